@@ -1,0 +1,5 @@
+#pragma once
+
+#include "cmake/Precompiled.h"
+
+#include <QtWidgets>

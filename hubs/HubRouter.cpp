@@ -1,0 +1,1 @@
+#include "hubs/HubRouter.h"

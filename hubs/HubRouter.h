@@ -1,0 +1,48 @@
+#pragma once
+
+#include "link/Bus.h"
+
+class EventLog;
+
+namespace model {
+struct Installation;
+}
+
+/// The way to a device that may stand behind a hub.
+///
+/// A device behind a hub is reached by command `N` to the hub: the device's address as a small number, the letter, the data.
+class HubRouter {
+public:
+    /// The references must outlive the router.
+    HubRouter(Bus& bus, const model::Installation& installation);
+
+    /// Where a device stands in its hub's member list.
+    struct Place {
+        qint16 hub = 0;  ///< object index of the hub
+        qint16 slot = 0; ///< 0 to 15
+    };
+
+    /// The place of `object` in the member list of the hub at its `HubIndex`, none if it is not listed there.
+    std::optional<Place> FindHubSlot(qint16 object) const;
+
+    /// Sends a command to an object, directly or through its hub. Through a hub the time-out is 1.2 s whatever is asked
+    /// for, and the reply's sixth character is taken out, so that it reads like a direct one. A device that its hub does
+    /// not list gets nothing; the reply has failed then.
+    QCoro::Task<Reply> SendToObject(qint16 object, char letter, QByteArray data, Bus::Milliseconds timeout, int tries);
+
+    /// Tells the object's hub that a long transfer begins or ends (command `J`). Nothing for an object without a hub or
+    /// not listed by it; the answer is ignored.
+    QCoro::Task<> HubTransferBegin(qint16 object);
+    QCoro::Task<> HubTransferEnd(qint16 object);
+
+private:
+    QCoro::Task<> SendBracket(qint16 object, char flag);
+
+    Bus& m_bus;
+    const model::Installation& m_installation;
+};
+
+/// Fills `HubTable`, `HubIndex` and `HubSlot` from the `HubId` links of the loaded objects. A row takes the first 16
+/// members in object order; each further one is logged by name as a warning and is not reachable. Rows of objects that are
+/// no hubs are emptied; `HubIndex` of an object whose hub is not loaded stays as it was.
+void BuildHubTable(model::Installation& installation, EventLog& log);

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "link/FrameReader.h"
+#include "platform/Completion.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QTimer>
+
+#include <qcoro/qcorotask.h>
+
+#include <array>
+#include <chrono>
+#include <deque>
+
+class EventLog;
+class SerialControl;
+
+/// What a command brought back.
+struct Reply {
+    bool ok = false;  ///< a device answered (a broadcast: it was written)
+    QByteArray frame; ///< from STX to ETX; without an answer whatever had been collected
+
+    explicit operator bool() const { return ok; }
+
+    /// `count` characters from position `first`, counted from 1 with the STX; shorter or empty where the reply is short.
+    /// The content of a reply begins at position 7.
+    QByteArray At(int first, int count = 1) const { return frame.mid(first - 1, count); }
+};
+
+/// The master of the line: every command of the system goes through `SendCommand`.
+///
+/// Commands are served one by one, first come first served; a command holds the line for all its tries. Meanwhile the
+/// event loop runs, so windows live and further commands may queue up.
+class Bus : public QObject {
+    Q_OBJECT
+
+public:
+    using Milliseconds = std::chrono::milliseconds;
+
+    static constexpr Milliseconds DirectTimeout{800};
+    static constexpr Milliseconds RelayTimeout{1200};
+
+    /// The references must outlive the bus.
+    Bus(SerialControl& control, EventLog& log, QObject* parent = nullptr);
+    ~Bus() override;
+
+    /// Sends a command and waits for the reply.
+    ///
+    /// Each try takes the next sequence digit of the address and waits `timeout` from the moment the frame has left the
+    /// machine (wire time at the line's speed is added). A good reply is acknowledged with one ACK. Address 127 is the
+    /// broadcast: sequence "*", no reply awaited, always ok once written. Data is sent as it stands: binary data must have
+    /// gone through `frames::EscapeData`, since writing stops at the first ETX. More than 254 characters of data wrap the
+    /// length field; that is logged.
+    /// Fails at once if the line is closed, and at once when it goes away or the bus is closed meanwhile.
+    QCoro::Task<Reply> SendCommand(quint8 address, char letter, QByteArray data, Milliseconds timeout = DirectTimeout,
+                                   int tries = 1);
+
+    /// Sets the sequence digits of addresses 0 to 31 to 0; those above stay as they are.
+    void ResetSequenceNumbers();
+
+    /// A command is on the line.
+    bool Sending() const { return m_sending; }
+
+    /// Ends the running command and all that wait as failed; every later one fails at once.
+    void Close();
+
+    const FrameReader::Counters& Counts() const { return m_reader.Counts(); }
+
+    /// Transmissions of a frame within one try.
+    qint16 FrameRepeats = 1;
+
+Q_SIGNALS:
+    /// One character came in, STX, ETX and ACK included.
+    void CharacterReceived(char character);
+    /// A frame goes out, whole as built.
+    void FrameSent(quint8 address, const QByteArray& frame);
+    /// The answer that a waiting command took.
+    void ReplyTaken(quint8 address, const QByteArray& frame);
+    /// No command is on the line any more and none waits.
+    void Idle();
+
+private:
+    class Turn;
+    enum class Outcome { Answered, TimedOut, Failed };
+
+    QCoro::Task<Reply> SendFrame(quint8 address, QByteArray frame, Milliseconds timeout);
+    Reply BroadcastFrame(quint8 address, const QByteArray& frame);
+    void WriteFrame(quint8 address, const QByteArray& frame);
+    void WriteChar(char character);
+    void OnCharacters();
+    void OnLineLost();
+    void OnDeadline();
+    void StartDeadline(qsizetype characters, Milliseconds timeout);
+    void EndWait(Outcome outcome);
+    void LeaveLine();
+
+    SerialControl& m_control;
+    EventLog& m_log;
+    FrameReader m_reader;
+    std::array<quint8, 256> m_sequenceNumber{};
+    bool m_sending = false;
+    bool m_closed = false;
+    std::deque<Completion<bool>*> m_queue;
+    Completion<Outcome>* m_wait = nullptr;
+    QTimer m_deadline;
+    Milliseconds m_timeout{0};
+    bool m_frameLeft = false;
+};

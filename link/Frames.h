@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QByteArray>
+
+/// The frames of the bus, as pure functions.
+///
+/// Master to device:
+///
+///     STX | address | sequence | length 2 | letter | data n | check sum 2 | ETX
+///
+/// - address: one character, code 0x30 plus the bus address; the broadcast address 127 gives 0xAF.
+/// - sequence: "0" to "9", "*" in a broadcast.
+/// - length: characters of letter and data, two upper-case hexadecimal digits; above 255 the two low digits.
+/// - check sum: low 8 bits of the sum of all bytes from STX to the last data byte, two upper-case hexadecimal digits.
+///
+/// Device to master: STX, at least two characters, check sum, ETX. A reply carries four head characters and one more
+/// before its content. Between STX and ETX no bare STX, ETX, ACK or 0xC0 may stand: binary data goes through `EscapeData`.
+namespace frames {
+
+constexpr char Stx = 0x02;
+constexpr char Etx = 0x03;
+constexpr char Eot = 0x04;
+constexpr char Ack = 0x06;
+constexpr char Escape = char(0xC0);
+
+constexpr quint8 Broadcast = 127;
+
+/// Characters of letter and data that the length field can tell.
+constexpr qsizetype LongestContent = 255;
+
+/// Address, sequence, length, letter and data of a command: what stands between STX and the check sum.
+/// @param sequence "0" to "9", or "*" in a broadcast.
+QByteArray Body(quint8 address, char sequence, char letter, const QByteArray& data);
+
+/// Puts STX before `body`, and the check sum and ETX behind it.
+QByteArray BuildFrame(const QByteArray& body);
+
+/// The sum of all bytes, low 8 bits.
+quint8 CheckSum(QByteArrayView bytes);
+
+/// Verifies a received frame without its ETX: the last two characters, read as hexadecimal digits of either case, are the
+/// check sum of all before them. A character that is no digit ends the number; no digit at all is 0. False for fewer than
+/// five characters.
+bool chkCS(QByteArrayView received);
+
+/// Replaces 0x02, 0x03, 0x06 and 0xC0 by 0xC0 and the byte plus 0x20.
+QByteArray EscapeData(QByteArrayView data);
+
+/// Undoes `EscapeData`: 0xC0 and the byte behind it become that byte less 0x20. A 0xC0 at the very end stays.
+QByteArray UnescapeData(QByteArrayView data);
+
+} // namespace frames

@@ -1,0 +1,60 @@
+#include "platform/Clock.h"
+
+#include "platform/Completion.h"
+
+#include <QTimer>
+
+#include <list>
+
+class SystemClock::Waits {
+public:
+    QCoro::Task<> Wait(int milliseconds) {
+        if (m_closed || milliseconds <= 0)
+            co_return;
+        Completion<bool> done;
+        QTimer timer;
+        timer.setSingleShot(true);
+        timer.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&timer, &QTimer::timeout, &timer, [&done] { done.Finish(true); });
+        timer.start(milliseconds);
+        const auto place = m_running.insert(m_running.end(), &done);
+        co_await done.Wait();
+        // After Close the list belongs to the loop there.
+        if (!m_closed)
+            m_running.erase(place);
+    }
+
+    void Close() {
+        m_closed = true;
+        const auto running = std::exchange(m_running, {});
+        for (Completion<bool>* wait : running)
+            wait->Finish(false);
+    }
+
+private:
+    std::list<Completion<bool>*> m_running;
+    bool m_closed = false;
+};
+
+SystemClock::SystemClock()
+    : m_waits(std::make_unique<Waits>()) {}
+
+SystemClock::~SystemClock() {
+    Close();
+}
+
+QDateTime SystemClock::Now() const {
+    return QDateTime::currentDateTime();
+}
+
+QCoro::Task<> SystemClock::DelayMilliseconds(qint16 n) {
+    return m_waits->Wait(n);
+}
+
+QCoro::Task<> SystemClock::DelaySeconds(qint16 n) {
+    return m_waits->Wait(int(n) * 1000);
+}
+
+void SystemClock::Close() {
+    m_waits->Close();
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QString>
+
+#include <qcoro/qcorotask.h>
+
+#include <functional>
+#include <memory>
+
+/// The kinds of modal box: the icon that a message or a question bears.
+enum class BoxKind { Plain, Information, Exclamation, Critical };
+
+/// A box that shows how far a long piece of work is. Going out of scope closes it.
+class ProgressBox {
+public:
+    virtual ~ProgressBox() = default;
+
+    /// Shows `text`, and `done` of `total`; a `total` of 0 means that nobody knows yet how much there is.
+    virtual void Show(const QString& text, qint64 done, qint64 total) = 0;
+
+    /// True once the user asked to stop.
+    virtual bool IsCancelled() const = 0;
+};
+
+/// What the program asks and tells its user in boxes. The windows' implementation opens them without blocking; the
+/// tests' one holds a queue of expected texts and answers.
+class Dialogs {
+public:
+    virtual ~Dialogs() = default;
+
+    /// Shows `text` and ends when the user has closed the box.
+    virtual QCoro::Task<> ShowMessage(BoxKind kind, QString text) = 0;
+
+    /// Asks `question` with the buttons Yes and No. Closing the box counts as No.
+    virtual QCoro::Task<bool> AskYesNo(BoxKind kind, QString question) = 0;
+
+    /// Lets the user choose an existing file. `filter` has the form "Text of all *.mdb|*.mdb"; `suggested` is the file
+    /// that the dialog offers first. Empty if the user cancelled.
+    virtual QCoro::Task<QString> ChooseFile(QString filter, QString suggested) = 0;
+
+    /// Opens a progress box with a Cancel button.
+    virtual std::unique_ptr<ProgressBox> ShowProgress(const QString& text) = 0;
+
+    /// Closes every open box (a question counts as No, a choice as cancelled) and lets every later one end at once.
+    virtual void Close() = 0;
+};

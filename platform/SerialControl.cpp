@@ -1,0 +1,121 @@
+#include "platform/SerialControl.h"
+
+#include <QSerialPort>
+
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+
+SerialControl::SerialControl(QObject* parent)
+    : QObject(parent)
+    , m_port(new QSerialPort(this)) {
+    connect(m_port, &QSerialPort::readyRead, this, &SerialControl::CharactersArrived);
+    // Queued: the port must not be closed from within its own notification.
+    connect(m_port, &QSerialPort::errorOccurred, this, &SerialControl::OnError, Qt::QueuedConnection);
+}
+
+SerialControl::~SerialControl() {
+    m_port->disconnect(this);
+    Close();
+}
+
+QString SerialControl::DeviceOf(const QString& portName) {
+    const QString name = portName.trimmed();
+    if (name.startsWith(u'/'))
+        return name;
+    if (name.startsWith(u"tty"))
+        return QStringLiteral("/dev/") + name;
+    if (name.startsWith(u"COM", Qt::CaseInsensitive)) {
+        bool isNumber = false;
+        const int number = QStringView(name).mid(3).toInt(&isNumber);
+        if (isNumber && number >= 1)
+            return QStringLiteral("/dev/ttyS%1").arg(number - 1);
+    }
+    return {};
+}
+
+SerialControl::Error SerialControl::SetPort(const QString& portName, const QString& settings) {
+    const QString device = DeviceOf(portName);
+    if (device.isEmpty())
+        return QStringLiteral("\"%1\" is no port name (COM1, ttyUSB0, /dev/...).").arg(portName);
+    const QStringList fields = settings.split(u',');
+    bool isNumber = false;
+    const qint32 baud = fields.first().toInt(&isNumber);
+    if (!isNumber || baud <= 0)
+        return QStringLiteral("\"%1\" is no speed in bit/s.").arg(fields.first());
+    if (fields.mid(1) != QStringList{QStringLiteral("n"), QStringLiteral("8"), QStringLiteral("1")})
+        return QStringLiteral("Line settings \"%1\" are not supported.").arg(settings);
+    m_device = device;
+    m_baud = baud;
+    return std::nullopt;
+}
+
+bool SerialControl::Open() {
+    if (m_port->isOpen())
+        return true;
+    m_port->setPortName(m_device);
+    m_port->setBaudRate(m_baud);
+    m_port->setDataBits(QSerialPort::Data8);
+    m_port->setParity(QSerialPort::NoParity);
+    m_port->setStopBits(QSerialPort::OneStop);
+    m_port->setFlowControl(QSerialPort::NoFlowControl);
+    if (!m_port->open(QIODevice::ReadWrite))
+        return false;
+    // The driver's exclusive mode does not hold against the super-user; a lock on the device file does.
+    if (::flock(m_port->handle(), LOCK_EX | LOCK_NB) != 0) {
+        m_port->close();
+        return false;
+    }
+    return true;
+}
+
+void SerialControl::Close() {
+    if (m_port->isOpen())
+        m_port->close();
+}
+
+bool SerialControl::IsOpen() const {
+    return m_port->isOpen();
+}
+
+QByteArray SerialControl::TakeAll() {
+    return m_port->readAll();
+}
+
+SerialControl::Error SerialControl::WriteCharacter(char character) {
+    if (m_port->write(&character, 1) == 1)
+        return std::nullopt;
+    return m_port->errorString();
+}
+
+void SerialControl::Flush() {
+    m_port->flush();
+}
+
+bool SerialControl::IsOutputSent() const {
+    if (!m_port->isOpen())
+        return true;
+    if (m_port->bytesToWrite() > 0)
+        return false;
+    int waiting = 0;
+    return ::ioctl(m_port->handle(), TIOCOUTQ, &waiting) != 0 || waiting == 0;
+}
+
+void SerialControl::OnError() {
+    // A failed open reports here too, when there is no line to lose.
+    if (!m_port->isOpen())
+        return;
+    switch (m_port->error()) {
+    case QSerialPort::ResourceError:
+    case QSerialPort::ReadError:
+    case QSerialPort::DeviceNotFoundError:
+    case QSerialPort::PermissionError: {
+        const QString reason = m_port->errorString();
+        m_port->close();
+        Q_EMIT LineLost(reason);
+        return;
+    }
+    default:
+        return;
+    }
+}

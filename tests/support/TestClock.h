@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+#include <vector>
+
+/// A clock that stands still until it is moved, and on which every wait passes at once and moves it.
+class TestClock final : public Clock {
+public:
+    QDateTime Time = QDateTime(QDate(2026, 11, 18), QTime(6, 13, 38));
+    std::vector<int> Waits; ///< milliseconds, in order
+
+    QDateTime Now() const override { return Time; }
+
+    QCoro::Task<> DelayMilliseconds(qint16 n) override {
+        Pass(n);
+        co_return;
+    }
+
+    QCoro::Task<> DelaySeconds(qint16 n) override {
+        Pass(int(n) * 1000);
+        co_return;
+    }
+
+    void Close() override {}
+
+private:
+    void Pass(int milliseconds) {
+        Waits.push_back(milliseconds);
+        Time = Time.addMSecs(milliseconds);
+    }
+};

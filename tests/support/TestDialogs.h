@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/Dialogs.h"
+
+#include <QStringList>
+
+#include <deque>
+
+/// Answers the boxes that a test expects, in order. A box that nobody expected fails the test, and so does one that has
+/// not come when this goes out of scope.
+class TestDialogs final : public Dialogs {
+public:
+    ~TestDialogs() override;
+
+    void ExpectMessage(BoxKind kind, const QString& text);
+    void ExpectQuestion(BoxKind kind, const QString& question, bool answer);
+    /// An empty `file` is a cancelled choice. `suggested` is not looked at if it is null.
+    void ExpectChoice(const QString& file, const QString& suggested = {});
+
+    /// Everything that a progress box showed, one text a call of `Show`.
+    QStringList ProgressTexts;
+    /// Answer of `ProgressBox::IsCancelled`.
+    bool CancelProgress = false;
+
+    QCoro::Task<> ShowMessage(BoxKind kind, QString text) override;
+    QCoro::Task<bool> AskYesNo(BoxKind kind, QString question) override;
+    QCoro::Task<QString> ChooseFile(QString filter, QString suggested) override;
+    std::unique_ptr<ProgressBox> ShowProgress(const QString& text) override;
+    void Close() override {}
+
+private:
+    struct Expected {
+        QString kind; ///< "message Critical", "question Exclamation", "choice"
+        QString text;
+        bool yes = false;
+        QString file;
+    };
+
+    Expected Next(const QString& kind, const QString& text);
+
+    std::deque<Expected> m_expected;
+};
