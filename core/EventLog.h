@@ -7,10 +7,10 @@ class Clock;
 
 /// The plain text log for the installer: one file per day of the month in the folder "Log" of the program folder.
 ///
-/// The files are Log1.txt to Log31.txt, UTF-8; a file is used again on the same day of the next month, and emptied first
-/// when it is larger than 1,000,000 bytes. A line is "yyyy-mm-dd hh:mm:ss##" and the message. The file is opened and
-/// closed for each line, the folder is made anew when it is gone, and what cannot be written is lost without a message:
-/// the log never stops the program.
+/// The files are Log1.txt to Log31.txt, UTF-8; a file is used again on the same day of the next month, and emptied
+/// first when it is larger than 1,000,000 bytes. A line is "yyyy-mm-dd hh:mm:ss##" and the message. The file is opened
+/// and closed for each line, the folder is made anew when it is gone, and what cannot be written is lost without a
+/// message: the log never stops the program.
 class EventLog : public QObject {
     Q_OBJECT
 

@@ -41,7 +41,8 @@ qint16 Installation::FindServiceById(qint32 id) const {
 }
 
 qint16 Installation::FindServiceByNumber(qint16 number) const {
-    return FirstMatch(QServices, NumServices, 0, [number](const QService& service) { return service.Number == number; });
+    return FirstMatch(QServices, NumServices, 0,
+                      [number](const QService& service) { return service.Number == number; });
 }
 
 qint16 Installation::FindObjectById(qint32 id) const {

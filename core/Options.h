@@ -56,10 +56,11 @@ struct Options {
     qint16 VoiceType = 0;
 };
 
-/// Reads every key from the file that `ini` works on, assigning the defaults first, then VoiceType, and writes the option
-/// log. A number that does not fit its field is logged with its key, and the default stays.
+/// Reads every key from the file that `ini` works on, assigning the defaults first, then VoiceType, and writes the
+/// option log. A number that does not fit its field is logged with its key, and the default stays.
 Options ReadOptions(IniUtility& ini, EventLog& log);
 
-/// Reads [Comm] OrvexType of voice.ini, which lies beside the file that `ini` works on; `ini` is pointed there and back.
+/// Reads [Comm] OrvexType of voice.ini, which lies beside the file that `ini` works on; `ini` is pointed there and
+/// back.
 /// @return 1 for "msg", 2 for "net" (in any case of letters), 0 for anything else.
 qint16 ReadVoiceType(IniUtility& ini);

@@ -73,6 +73,7 @@ void clsInfTbl::AddStringItems(const QString& text) {
         return;
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         const QStringView group = QStringView(text).mid(static_cast<qsizetype>(i) * RowCharacters, RowCharacters);
-        m_rows[i] = Row{.Counter = Digits(group.mid(4, 2)), .Ticket = Digits(group.left(4)), .Direction = Digits(group.mid(6, 1))};
+        m_rows[i] = Row{
+            .Counter = Digits(group.mid(4, 2)), .Ticket = Digits(group.left(4)), .Direction = Digits(group.mid(6, 1))};
     }
 }

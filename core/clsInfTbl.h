@@ -6,8 +6,8 @@
 
 /// The lines of one information display: a ring of rows, each a ticket number, a counter number and a direction.
 ///
-/// Text form of a row, 7 characters: the last four digits of the ticket, the last two of the counter, the last one of the
-/// direction, each filled with zeros on the left. A row with ticket 0 is empty and shows blanking characters.
+/// Text form of a row, 7 characters: the last four digits of the ticket, the last two of the counter, the last one of
+/// the direction, each filled with zeros on the left. A row with ticket 0 is empty and shows blanking characters.
 class clsInfTbl {
 public:
     /// @param mainDisplayType 0: an empty row shows ";<<<;<;"; else six characters of code 22 and one of code 27.

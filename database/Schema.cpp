@@ -6,24 +6,16 @@ namespace schema {
 namespace {
 
 constexpr Column QueueColumns[] = {
-    {"q_Id", Kind::Key},       {"q_Number", Kind::Small},  {"q_Series", Kind::Long},
-    {"q_route", Kind::Small},  {"q_On", Kind::YesNo, "0"}, {"q_Name", Kind::Text},
-    {"q_Description", Kind::Text}, {"q_Notes", Kind::Text}, {"q_Button", Kind::Byte},
+    {"q_Id", Kind::Key},           {"q_Number", Kind::Small},  {"q_Series", Kind::Long},
+    {"q_route", Kind::Small},      {"q_On", Kind::YesNo, "0"}, {"q_Name", Kind::Text},
+    {"q_Description", Kind::Text}, {"q_Notes", Kind::Text},    {"q_Button", Kind::Byte},
 };
 
 constexpr Column DisplayColumns[] = {
-    {"d_Id", Kind::Key},
-    {"d_Number", Kind::Byte},
-    {"d_Address", Kind::Byte},
-    {"d_Name", Kind::Text},
-    {"d_On", Kind::YesNo, "0"},
-    {"d_Type", Kind::Byte},
-    {"d_HubId", Kind::Long, "0"},
-    {"d_direction", Kind::Byte, "0"},
-    {"d_VoiceLocal", Kind::YesNo, "0"},
-    {"d_VoicerId", Kind::Text},
-    {"d_Description", Kind::Text},
-    {"LastInfo", Kind::Text},
+    {"d_Id", Kind::Key},          {"d_Number", Kind::Byte},         {"d_Address", Kind::Byte},
+    {"d_Name", Kind::Text},       {"d_On", Kind::YesNo, "0"},       {"d_Type", Kind::Byte},
+    {"d_HubId", Kind::Long, "0"}, {"d_direction", Kind::Byte, "0"}, {"d_VoiceLocal", Kind::YesNo, "0"},
+    {"d_VoicerId", Kind::Text},   {"d_Description", Kind::Text},    {"LastInfo", Kind::Text},
 };
 
 constexpr Column QueueDisplayColumns[] = {{"ID", Kind::Key}, {"q_Id", Kind::Long}, {"d_Id", Kind::Long}};
@@ -149,7 +141,8 @@ QString ReadableError(const QString& error) {
     // The driver appends its own general words behind the store's.
     QString text = error;
     text.remove(QStringLiteral("Unable to fetch row"));
-    for (const QString& prefix : {QStringLiteral("CHECK constraint failed: "), QStringLiteral("UNIQUE constraint failed: ")}) {
+    for (const QString& prefix :
+         {QStringLiteral("CHECK constraint failed: "), QStringLiteral("UNIQUE constraint failed: ")}) {
         if (text.startsWith(prefix))
             text.remove(0, prefix.size());
     }

@@ -1,1 +1,98 @@
 #include "hubs/HubRouter.h"
+
+#include "core/EventLog.h"
+#include "core/Installation.h"
+#include "link/Encodings.h"
+
+using model::Installation;
+
+HubRouter::HubRouter(Bus& bus, const Installation& installation)
+    : m_bus(bus)
+    , m_installation(installation) {}
+
+std::optional<HubRouter::Place> HubRouter::FindHubSlot(qint16 object) const {
+    const qint16 hub = m_installation.QObjects[static_cast<std::size_t>(object)].HubIndex;
+    const model::HubRow& row = m_installation.HubTable[static_cast<std::size_t>(hub)];
+    for (qint16 slot = 0; slot < row.Count; ++slot) {
+        if (row.Slots[static_cast<std::size_t>(slot)] == object)
+            return Place{hub, slot};
+    }
+    return std::nullopt;
+}
+
+QCoro::Task<Reply> HubRouter::SendToObject(qint16 object, char letter, QByteArray data, Bus::Milliseconds timeout,
+                                           int tries) {
+    const model::QObject& device = m_installation.QObjects[static_cast<std::size_t>(object)];
+    if (device.HubId == 0) {
+        const Reply direct = co_await m_bus.SendCommand(device.Address, letter, data, timeout, tries);
+        co_return direct;
+    }
+    const std::optional<Place> place = FindHubSlot(object);
+    if (!place)
+        co_return Reply{};
+    QByteArray relayed;
+    relayed += encoding::SmallNumber(device.Address);
+    relayed += letter;
+    relayed += data;
+    const quint8 hubAddress = m_installation.QObjects[static_cast<std::size_t>(place->hub)].Address;
+    Reply reply = co_await m_bus.SendCommand(hubAddress, 'N', relayed, Bus::RelayTimeout, tries);
+    // The hub's own letter goes out, so that the content stands where a direct reply has it.
+    reply.frame.remove(5, 1);
+    co_return reply;
+}
+
+QCoro::Task<> HubRouter::HubTransferBegin(qint16 object) {
+    return SendBracket(object, '0');
+}
+
+QCoro::Task<> HubRouter::HubTransferEnd(qint16 object) {
+    return SendBracket(object, '1');
+}
+
+QCoro::Task<> HubRouter::SendBracket(qint16 object, char flag) {
+    if (m_installation.QObjects[static_cast<std::size_t>(object)].HubId == 0)
+        co_return;
+    const std::optional<Place> place = FindHubSlot(object);
+    if (!place)
+        co_return;
+    const QByteArray data(1, flag);
+    const quint8 hubAddress = m_installation.QObjects[static_cast<std::size_t>(place->hub)].Address;
+    co_await m_bus.SendCommand(hubAddress, 'J', data, Bus::DirectTimeout, 1);
+}
+
+void BuildHubTable(Installation& installation, EventLog& log) {
+    const auto count = static_cast<std::size_t>(installation.NumObjects);
+    auto& objects = installation.QObjects;
+    // Rows behind the loaded objects too: a stale one must not make anything reachable.
+    for (model::HubRow& row : installation.HubTable)
+        row.Count = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        model::QObject& object = objects[i];
+        model::HubRow& row = installation.HubTable[i];
+        for (std::size_t j = 0; j < count; ++j) {
+            if (object.Type == model::Hub && objects[j].HubId == object.Id) {
+                if (row.Count < model::HubMembers) {
+                    row.Slots[static_cast<std::size_t>(row.Count++)] = static_cast<qint16>(j);
+                } else {
+                    log.WriteLog(QStringLiteral("Hub '%1' has more than %2 members, '%3' is not reachable.")
+                                     .arg(object.Name)
+                                     .arg(model::HubMembers)
+                                     .arg(objects[j].Name),
+                                 EventLog::Warning);
+                }
+            } else if (object.Type != model::Hub && object.HubId != 0 && objects[j].Id == object.HubId) {
+                object.HubIndex = static_cast<qint16>(j);
+            }
+        }
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        model::QObject& object = objects[i];
+        if (object.HubId <= 0)
+            continue;
+        const model::HubRow& row = installation.HubTable[static_cast<std::size_t>(object.HubIndex)];
+        for (qint16 slot = 0; slot < row.Count; ++slot) {
+            if (row.Slots[static_cast<std::size_t>(slot)] == static_cast<qint16>(i))
+                object.HubSlot = slot;
+        }
+    }
+}

@@ -10,7 +10,8 @@ struct Installation;
 
 /// The way to a device that may stand behind a hub.
 ///
-/// A device behind a hub is reached by command `N` to the hub: the device's address as a small number, the letter, the data.
+/// A device behind a hub is reached by command `N` to the hub: the device's address as a small number, the letter, the
+/// data.
 class HubRouter {
 public:
     /// The references must outlive the router.
@@ -26,8 +27,8 @@ public:
     std::optional<Place> FindHubSlot(qint16 object) const;
 
     /// Sends a command to an object, directly or through its hub. Through a hub the time-out is 1.2 s whatever is asked
-    /// for, and the reply's sixth character is taken out, so that it reads like a direct one. A device that its hub does
-    /// not list gets nothing; the reply has failed then.
+    /// for, and the reply's sixth character is taken out, so that it reads like a direct one. A device that its hub
+    /// does not list gets nothing; the reply has failed then.
     QCoro::Task<Reply> SendToObject(qint16 object, char letter, QByteArray data, Bus::Milliseconds timeout, int tries);
 
     /// Tells the object's hub that a long transfer begins or ends (command `J`). Nothing for an object without a hub or
@@ -43,6 +44,6 @@ private:
 };
 
 /// Fills `HubTable`, `HubIndex` and `HubSlot` from the `HubId` links of the loaded objects. A row takes the first 16
-/// members in object order; each further one is logged by name as a warning and is not reachable. Rows of objects that are
-/// no hubs are emptied; `HubIndex` of an object whose hub is not loaded stays as it was.
+/// members in object order; each further one is logged by name as a warning and is not reachable. Rows of objects that
+/// are no hubs are emptied; `HubIndex` of an object whose hub is not loaded stays as it was.
 void BuildHubTable(model::Installation& installation, EventLog& log);

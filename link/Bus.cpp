@@ -1,1 +1,211 @@
 #include "link/Bus.h"
+
+#include "core/EventLog.h"
+#include "link/Frames.h"
+#include "platform/SerialControl.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int BitsPerCharacter = 10; ///< start bit, 8 data bits, stop bit
+
+/// How often an output that should have left by now is looked at again.
+constexpr std::chrono::milliseconds OutputCheck{5};
+
+std::chrono::milliseconds WireTime(qsizetype characters, qint32 baud) {
+    if (baud <= 0)
+        return std::chrono::milliseconds{0};
+    return std::chrono::milliseconds{(characters * BitsPerCharacter * 1000 + baud - 1) / baud};
+}
+
+} // namespace
+
+/// Holds the line from its construction until it goes out of scope; then the next in the queue gets it.
+class Bus::Turn {
+public:
+    explicit Turn(Bus& bus)
+        : m_bus(bus) {}
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() { m_bus.LeaveLine(); }
+
+private:
+    Bus& m_bus;
+};
+
+Bus::Bus(SerialControl& control, EventLog& log, QObject* parent)
+    : QObject(parent)
+    , m_control(control)
+    , m_log(log) {
+    m_deadline.setSingleShot(true);
+    m_deadline.setTimerType(Qt::PreciseTimer);
+    connect(&m_deadline, &QTimer::timeout, this, &Bus::OnDeadline);
+    connect(&m_control, &SerialControl::CharactersArrived, this, &Bus::OnCharacters);
+    connect(&m_control, &SerialControl::LineLost, this, &Bus::OnLineLost);
+}
+
+Bus::~Bus() {
+    Close();
+}
+
+QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data, Milliseconds timeout, int tries) {
+    Reply reply;
+    if (m_closed || !m_control.IsOpen())
+        co_return reply;
+
+    if (m_sending) {
+        Completion<bool> turn;
+        m_queue.push_back(&turn);
+        const bool granted = co_await turn.Wait();
+        if (!granted)
+            co_return reply;
+    }
+    m_sending = true;
+    const Turn held(*this);
+
+    if (data.size() + 1 > frames::LongestContent) {
+        m_log.WriteLog(
+            QStringLiteral("Command %1 to address %2: %3 characters do not fit the length field, which wraps.")
+                .arg(QLatin1Char(letter))
+                .arg(address)
+                .arg(data.size() + 1),
+            EventLog::Warning);
+    }
+    for (int attempt = 0; attempt < tries && !reply.ok; ++attempt) {
+        if (m_closed || !m_control.IsOpen())
+            break;
+        const bool broadcast = address == frames::Broadcast;
+        const char sequence = broadcast ? '*' : static_cast<char>('0' + m_sequenceNumber[address]);
+        const QByteArray body = frames::Body(address, sequence, letter, data);
+        const QByteArray frame = frames::BuildFrame(body);
+        if (broadcast)
+            reply = BroadcastFrame(address, frame);
+        else
+            reply = co_await SendFrame(address, frame, timeout);
+    }
+    if (!reply.ok)
+        m_reader.ClearReceiveState();
+    co_return reply;
+}
+
+QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds timeout) {
+    Outcome outcome = Outcome::TimedOut;
+    for (qint16 repeat = 0; repeat < FrameRepeats && outcome == Outcome::TimedOut; ++repeat) {
+        Q_EMIT FrameSent(address, frame);
+        m_reader.ForgetReply();
+        Completion<Outcome> wait;
+        m_wait = &wait;
+        WriteFrame(address, frame);
+        StartDeadline(frame.size(), timeout);
+        outcome = co_await wait.Wait();
+        m_wait = nullptr;
+        m_deadline.stop();
+    }
+
+    Reply reply;
+    reply.ok = outcome == Outcome::Answered;
+    if (reply.ok) {
+        WriteChar(frames::Ack);
+        m_control.Flush();
+        reply.frame = m_reader.TakeReply();
+        Q_EMIT ReplyTaken(address, reply.frame);
+    } else {
+        reply.frame = m_reader.ReceiveBuffer();
+    }
+    quint8& sequence = m_sequenceNumber[address];
+    sequence = static_cast<quint8>((sequence + 1) % 10);
+    co_return reply;
+}
+
+Reply Bus::BroadcastFrame(quint8 address, const QByteArray& frame) {
+    Q_EMIT FrameSent(address, frame);
+    WriteFrame(address, frame);
+    return {.ok = true, .frame = {}};
+}
+
+void Bus::WriteFrame(quint8 address, const QByteArray& frame) {
+    Q_UNUSED(address);
+    for (const char character : frame) {
+        WriteChar(character);
+        if (character == frames::Etx)
+            break;
+    }
+    m_control.Flush();
+}
+
+void Bus::WriteChar(char character) {
+    if (!m_control.IsOpen())
+        return;
+    if (const SerialControl::Error error = m_control.WriteCharacter(character))
+        m_log.WriteLog(QStringLiteral("Write Comm Err,") + *error, EventLog::Error);
+}
+
+void Bus::StartDeadline(qsizetype characters, Milliseconds timeout) {
+    m_timeout = timeout;
+    m_frameLeft = false;
+    m_deadline.start(WireTime(characters, m_control.BaudRate()));
+}
+
+void Bus::OnDeadline() {
+    if (m_frameLeft) {
+        EndWait(Outcome::TimedOut);
+    } else if (!m_control.IsOutputSent()) {
+        m_deadline.start(OutputCheck);
+    } else {
+        m_frameLeft = true;
+        m_deadline.start(m_timeout);
+    }
+}
+
+void Bus::OnCharacters() {
+    const QByteArray characters = m_control.TakeAll();
+    for (const char character : characters)
+        Q_EMIT CharacterReceived(character);
+    m_reader.Feed(characters);
+    if (m_wait && m_reader.ReplyComplete())
+        EndWait(Outcome::Answered);
+}
+
+void Bus::OnLineLost() {
+    EndWait(Outcome::Failed);
+}
+
+void Bus::EndWait(Outcome outcome) {
+    if (m_wait)
+        std::exchange(m_wait, nullptr)->Finish(outcome);
+}
+
+void Bus::LeaveLine() {
+    if (m_queue.empty()) {
+        m_sending = false;
+        Q_EMIT Idle();
+        return;
+    }
+    // The line stays taken; the next command gets it from the event loop, not from within this one's last step.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            if (m_queue.empty())
+                return;
+            Completion<bool>* next = m_queue.front();
+            m_queue.pop_front();
+            next->Finish(true);
+        },
+        Qt::QueuedConnection);
+}
+
+void Bus::ResetSequenceNumbers() {
+    std::fill_n(m_sequenceNumber.begin(), 32, quint8(0));
+}
+
+void Bus::Close() {
+    m_closed = true;
+    EndWait(Outcome::Failed);
+    while (!m_queue.empty()) {
+        Completion<bool>* waiting = m_queue.front();
+        m_queue.pop_front();
+        waiting->Finish(false);
+    }
+    m_sending = false;
+}

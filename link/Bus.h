@@ -23,8 +23,8 @@ struct Reply {
 
     explicit operator bool() const { return ok; }
 
-    /// `count` characters from position `first`, counted from 1 with the STX; shorter or empty where the reply is short.
-    /// The content of a reply begins at position 7.
+    /// `count` characters from position `first`, counted from 1 with the STX; shorter or empty where the reply is
+    /// short. The content of a reply begins at position 7.
     QByteArray At(int first, int count = 1) const { return frame.mid(first - 1, count); }
 };
 
@@ -49,10 +49,10 @@ public:
     ///
     /// Each try takes the next sequence digit of the address and waits `timeout` from the moment the frame has left the
     /// machine (wire time at the line's speed is added). A good reply is acknowledged with one ACK. Address 127 is the
-    /// broadcast: sequence "*", no reply awaited, always ok once written. Data is sent as it stands: binary data must have
-    /// gone through `frames::EscapeData`, since writing stops at the first ETX. More than 254 characters of data wrap the
-    /// length field; that is logged.
-    /// Fails at once if the line is closed, and at once when it goes away or the bus is closed meanwhile.
+    /// broadcast: sequence "*", no reply awaited, always ok once written. Data is sent as it stands: binary data must
+    /// have gone through `frames::EscapeData`, since writing stops at the first ETX. More than 254 characters of data
+    /// wrap the length field; that is logged. Fails at once if the line is closed, and at once when it goes away or the
+    /// bus is closed meanwhile.
     QCoro::Task<Reply> SendCommand(quint8 address, char letter, QByteArray data, Milliseconds timeout = DirectTimeout,
                                    int tries = 1);
 

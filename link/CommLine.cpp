@@ -1,1 +1,80 @@
 #include "link/CommLine.h"
+
+#include "core/IniUtility.h"
+#include "platform/Clock.h"
+#include "platform/Dialogs.h"
+
+namespace {
+constexpr qint32 StateOpen = 0;
+constexpr qint32 StateNotOpen = 1;
+
+const QString& Section() {
+    static const QString section = QStringLiteral("Comm");
+    return section;
+}
+} // namespace
+
+CommLine::CommLine(SerialControl& control, IniUtility& ini, Dialogs& dialogs, const Clock& clock, QObject* parent)
+    : QObject(parent)
+    , m_control(control)
+    , m_ini(ini)
+    , m_dialogs(dialogs)
+    , m_clock(clock) {
+    connect(&m_control, &SerialControl::LineLost, this, &CommLine::CloseComm);
+}
+
+bool CommLine::LoadCommSettings() {
+    Settings = CommSettings{};
+    QString device;
+    if (!m_ini.ReadIni(Section(), QStringLiteral("Device"), device))
+        return false;
+    Settings.CommDevice = device;
+    Settings.CommName = device;
+    return m_ini.ReadIni(Section(), QStringLiteral("Baud"), Settings.CommBaud);
+}
+
+bool CommLine::SaveCommSettings() {
+    m_ini.WriteIni(Section(), QStringLiteral("Device"), Settings.CommName);
+    return m_ini.WriteIni(Section(), QStringLiteral("Baud"), Settings.CommBaud);
+}
+
+QCoro::Task<bool> CommLine::OpenPort() {
+    if (!Settings.CommDevice.isEmpty()) {
+        m_control.Close();
+        const QString lineSettings = Settings.CommBaud.trimmed() + QStringLiteral(",n,8,1");
+        const SerialControl::Error error = m_control.SetPort(Settings.CommName, lineSettings);
+        if (error) {
+            const QString description = *error;
+            co_await m_dialogs.ShowMessage(BoxKind::Critical, description);
+            co_return false;
+        }
+        m_control.Open();
+    }
+    if (m_control.IsOpen()) {
+        Settings.CommState = StateOpen;
+        m_portIsOpen = true;
+        co_return true;
+    }
+    Settings.CommState = StateNotOpen;
+    m_portIsOpen = false;
+    const QString message = QStringLiteral("COM port used by another program!");
+    co_await m_dialogs.ShowMessage(BoxKind::Critical, message);
+    co_return false;
+}
+
+void CommLine::ClosePort() {
+    Settings.CommState = StateNotOpen;
+    m_portIsOpen = false;
+    m_control.Close();
+}
+
+void CommLine::CloseComm() {
+    ClosePort();
+    SetCommStatus(Settings.CommDevice, Settings.CommBaud, false);
+}
+
+void CommLine::SetCommStatus(const QString& device, const QString& baud, bool opened) {
+    if (opened)
+        m_timeConnected = m_clock.Now();
+    Q_EMIT StatusChanged(device, baud, opened);
+}

@@ -35,8 +35,9 @@ public:
     /// Writes both keys. @return whether the second write succeeded.
     bool SaveCommSettings();
 
-    /// Closes the line if it is open and opens it with `Settings`. If it is not open then, shows "COM port used by another
-    /// program!"; if the settings make no sense, shows why and leaves `CommState` and `PortIsOpen` as they were.
+    /// Closes the line if it is open and opens it with `Settings`. If it is not open then, shows "COM port used by
+    /// another program!"; if the settings make no sense, shows why and leaves `CommState` and `PortIsOpen` as they
+    /// were.
     QCoro::Task<bool> OpenPort();
     void ClosePort();
     /// `ClosePort`, and the status goes out as closed.

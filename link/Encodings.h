@@ -14,7 +14,8 @@ char SmallNumber(int n);
 /// The number that a small number's character stands for, -48 to 207.
 int FromSmallNumber(char character);
 
-/// Hour, minute, second, year less 2000, month, day, weekday (Sunday 1) as seven small numbers. A year before 2000 is 0.
+/// Hour, minute, second, year less 2000, month, day, weekday (Sunday 1) as seven small numbers. A year before 2000 is
+/// 0.
 QByteArray ClockText(const QDateTime& moment);
 
 /// The first three characters of the clock text.

@@ -1,1 +1,65 @@
 #include "link/FrameReader.h"
+
+#include "link/Frames.h"
+
+#include <utility>
+
+void FrameReader::Feed(QByteArrayView characters) {
+    for (const char character : characters)
+        FeedOne(character);
+}
+
+void FrameReader::FeedOne(char character) {
+    switch (character) {
+    case frames::Ack:
+        m_ackReceived = true;
+        return;
+    case frames::Eot:
+        return;
+    case frames::Stx:
+        if (m_inFrame)
+            ++m_counters.Abandoned;
+        ClearReceiveState();
+        m_inFrame = true;
+        m_buffer.append(character);
+        return;
+    case frames::Etx:
+        if (!m_inFrame)
+            ++m_counters.Stray;
+        m_inFrame = false;
+        if (frames::chkCS(m_buffer)) {
+            ++m_counters.Frames;
+            m_replyComplete = true;
+            m_buffer.append(character);
+        } else {
+            if (!m_buffer.isEmpty())
+                ++m_counters.BadSums;
+            ClearReceiveState();
+        }
+        return;
+    default:
+        break;
+    }
+    if (!m_inFrame) {
+        ++m_counters.Stray;
+        return;
+    }
+    if (m_buffer.size() >= LongestFrame) {
+        ++m_counters.Overlong;
+        ClearReceiveState();
+        return;
+    }
+    m_buffer.append(character);
+}
+
+QByteArray FrameReader::TakeReply() {
+    m_replyComplete = false;
+    return std::exchange(m_buffer, QByteArray());
+}
+
+void FrameReader::ClearReceiveState() {
+    m_ackReceived = false;
+    m_inFrame = false;
+    m_replyComplete = false;
+    m_buffer.clear();
+}

@@ -1,1 +1,92 @@
 #include "link/Frames.h"
+
+#include "link/Encodings.h"
+
+namespace frames {
+namespace {
+
+constexpr char EscapeOffset = 0x20;
+
+bool NeedsEscape(char byte) {
+    return byte == Stx || byte == Etx || byte == Ack || byte == Escape;
+}
+
+int HexadecimalDigit(char character) {
+    if (character >= '0' && character <= '9')
+        return character - '0';
+    if (character >= 'A' && character <= 'F')
+        return character - 'A' + 10;
+    if (character >= 'a' && character <= 'f')
+        return character - 'a' + 10;
+    return -1;
+}
+
+} // namespace
+
+QByteArray Body(quint8 address, char sequence, char letter, const QByteArray& data) {
+    QByteArray body;
+    body.reserve(data.size() + 5);
+    body += encoding::SmallNumber(address);
+    body += sequence;
+    body += encoding::Hexadecimal(static_cast<quint32>(data.size() + 1), 2);
+    body += letter;
+    body += data;
+    return body;
+}
+
+QByteArray BuildFrame(const QByteArray& body) {
+    QByteArray frame;
+    frame.reserve(body.size() + 4);
+    frame += Stx;
+    frame += body;
+    frame += encoding::Hexadecimal(CheckSum(frame), 2);
+    frame += Etx;
+    return frame;
+}
+
+quint8 CheckSum(QByteArrayView bytes) {
+    quint8 sum = 0;
+    for (const char byte : bytes)
+        sum = static_cast<quint8>(sum + static_cast<quint8>(byte));
+    return sum;
+}
+
+bool chkCS(QByteArrayView received) {
+    constexpr qsizetype Shortest = 5;
+    if (received.size() < Shortest)
+        return false;
+    int told = 0;
+    for (const char character : received.last(2)) {
+        const int digit = HexadecimalDigit(character);
+        if (digit < 0)
+            break;
+        told = told * 16 + digit;
+    }
+    return CheckSum(received.chopped(2)) == told;
+}
+
+QByteArray EscapeData(QByteArrayView data) {
+    QByteArray escaped;
+    escaped.reserve(data.size() + data.size() / 8);
+    for (const char byte : data) {
+        if (NeedsEscape(byte)) {
+            escaped += Escape;
+            escaped += static_cast<char>(byte + EscapeOffset);
+        } else {
+            escaped += byte;
+        }
+    }
+    return escaped;
+}
+
+QByteArray UnescapeData(QByteArrayView data) {
+    QByteArray plain;
+    plain.reserve(data.size());
+    for (qsizetype i = 0; i < data.size(); ++i) {
+        const bool opensEscape = data[i] == Escape && i + 1 < data.size();
+        plain += opensEscape ? static_cast<char>(data[++i] - EscapeOffset) : data[i];
+    }
+    return plain;
+}
+
+} // namespace frames

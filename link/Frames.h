@@ -14,7 +14,8 @@
 /// - check sum: low 8 bits of the sum of all bytes from STX to the last data byte, two upper-case hexadecimal digits.
 ///
 /// Device to master: STX, at least two characters, check sum, ETX. A reply carries four head characters and one more
-/// before its content. Between STX and ETX no bare STX, ETX, ACK or 0xC0 may stand: binary data goes through `EscapeData`.
+/// before its content. Between STX and ETX no bare STX, ETX, ACK or 0xC0 may stand: binary data goes through
+/// `EscapeData`.
 namespace frames {
 
 constexpr char Stx = 0x02;
@@ -38,9 +39,9 @@ QByteArray BuildFrame(const QByteArray& body);
 /// The sum of all bytes, low 8 bits.
 quint8 CheckSum(QByteArrayView bytes);
 
-/// Verifies a received frame without its ETX: the last two characters, read as hexadecimal digits of either case, are the
-/// check sum of all before them. A character that is no digit ends the number; no digit at all is 0. False for fewer than
-/// five characters.
+/// Verifies a received frame without its ETX: the last two characters, read as hexadecimal digits of either case, are
+/// the check sum of all before them. A character that is no digit ends the number; no digit at all is 0. False for
+/// fewer than five characters.
 bool chkCS(QByteArrayView received);
 
 /// Replaces 0x02, 0x03, 0x06 and 0xC0 by 0xC0 and the byte plus 0x20.

@@ -15,7 +15,8 @@ public:
     /// Local date and time.
     virtual QDateTime Now() const = 0;
 
-    /// Waits `n` milliseconds while everything else goes on. Ends at once if `n` is 0 or less, or once `Close` was called.
+    /// Waits `n` milliseconds while everything else goes on. Ends at once if `n` is 0 or less, or once `Close` was
+    /// called.
     virtual QCoro::Task<> DelayMilliseconds(qint16 n) = 0;
 
     /// Waits `n` seconds, otherwise like `DelayMilliseconds`.

@@ -6,9 +6,11 @@
 
 /// One result that one coroutine waits for: `const T value = co_await completion.Wait();`.
 ///
-/// `Finish` resumes the waiting coroutine before it returns, so its caller must not rely on anything that the coroutine may
-/// destroy, the completion included. A result that comes before anybody waits is kept. Only the first `Finish` counts.
-template <typename T> class Completion {
+/// `Finish` resumes the waiting coroutine before it returns, so its caller must not rely on anything that the coroutine
+/// may destroy, the completion included. A result that comes before anybody waits is kept. Only the first `Finish`
+/// counts.
+template <typename T>
+class Completion {
 public:
     class Awaiter {
     public:

@@ -39,7 +39,8 @@ public:
     /// Takes all characters that have arrived.
     QByteArray TakeAll();
 
-    /// Puts one character on its way. On failure the description of the error. `Flush` hands what was put to the system.
+    /// Puts one character on its way. On failure the description of the error. `Flush` hands what was put to the
+    /// system.
     Error WriteCharacter(char character);
     void Flush();
 

@@ -42,7 +42,8 @@ void TestDialogs::ExpectMessage(BoxKind kind, const QString& text) {
 }
 
 void TestDialogs::ExpectQuestion(BoxKind kind, const QString& question, bool answer) {
-    m_expected.push_back({.kind = QStringLiteral("question ") + KindName(kind), .text = question, .yes = answer, .file = {}});
+    m_expected.push_back(
+        {.kind = QStringLiteral("question ") + KindName(kind), .text = question, .yes = answer, .file = {}});
 }
 
 void TestDialogs::ExpectChoice(const QString& file, const QString& suggested) {
@@ -57,8 +58,9 @@ TestDialogs::Expected TestDialogs::Next(const QString& kind, const QString& text
     const Expected box = m_expected.front();
     m_expected.pop_front();
     EXPECT_EQ(box.kind.toStdString(), kind.toStdString());
-    if (!box.text.isNull())
+    if (!box.text.isNull()) {
         EXPECT_EQ(box.text.toStdString(), text.toStdString());
+    }
     return box;
 }
 

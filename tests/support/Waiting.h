@@ -9,7 +9,8 @@
 #include <optional>
 
 /// Runs the event loop until `condition` holds. @return false if it does not within `milliseconds`.
-template <typename Condition> bool WaitUntil(Condition condition, int milliseconds = 10'000) {
+template <typename Condition>
+bool WaitUntil(Condition condition, int milliseconds = 10'000) {
     const QDeadlineTimer deadline(milliseconds);
     while (!condition()) {
         if (deadline.hasExpired())
@@ -20,6 +21,7 @@ template <typename Condition> bool WaitUntil(Condition condition, int millisecon
 }
 
 /// Runs the event loop until the operation is done, and gives its result.
-template <typename T> T Await(QCoro::Task<T>&& task) {
+template <typename T>
+T Await(QCoro::Task<T>&& task) {
     return QCoro::waitFor(std::move(task));
 }
