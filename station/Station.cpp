@@ -1,0 +1,89 @@
+#include "station/Station.h"
+
+#include "platform/Clock.h"
+#include "platform/Dialogs.h"
+
+/// Marks the station busy for as long as it lives.
+class Station::Operation {
+public:
+    explicit Operation(Station& station)
+        : m_station(station) {
+        m_station.m_busy = true;
+        Q_EMIT m_station.BusyChanged(true);
+    }
+    Operation(const Operation&) = delete;
+    Operation& operator=(const Operation&) = delete;
+    ~Operation() {
+        m_station.m_busy = false;
+        Q_EMIT m_station.ProgressChanged(QString());
+        Q_EMIT m_station.BusyChanged(false);
+    }
+
+private:
+    Station& m_station;
+};
+
+Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDialogs)
+    : ProgramFolder(std::move(programFolder))
+    , clock(stationClock)
+    , dialogs(stationDialogs)
+    , log(ProgramFolder, clock)
+    , ini(ProgramFolder + QStringLiteral("/Tallora.ini"))
+    , installation(std::make_unique<model::Installation>())
+    , line(control, ini, dialogs, clock)
+    , bus(control, log)
+    , router(bus, *installation)
+    , database(ProgramFolder, ini, log, clock)
+    , tickets(database, *installation, log)
+    , loaders(database, *installation, options, tickets, log)
+    , reload(database, *installation, loaders, tickets, log, dialogs)
+    , printers(
+          ProgramFolder, *installation, router, clock,
+          [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log) {
+    connect(&printers, &PrinterConfig::Progress, this, [this](const QString& printerName, int done, int total) {
+        Q_EMIT ProgressChanged(tr("Printer %1: %2 of %3").arg(printerName).arg(done).arg(total));
+    });
+}
+
+Station::~Station() {
+    Close();
+}
+
+void Station::Close() {
+    bus.Close();
+    clock.Close();
+    dialogs.Close();
+}
+
+QCoro::Task<bool> Station::ReloadOrExplain() {
+    if (m_busy) {
+        const QString running = QStringLiteral("Devices are being configured. Please try again when this is done.");
+        co_await dialogs.ShowMessage(BoxKind::Exclamation, running);
+        co_return false;
+    }
+    if (reload.ReloadAll() == ReloadResult::NoDatabase) {
+        const QString closed = QStringLiteral("Can't open Queue database!");
+        co_await dialogs.ShowMessage(BoxKind::Exclamation, closed);
+        co_return false;
+    }
+    co_return true;
+}
+
+QCoro::Task<> Station::RefreshModel() {
+    co_await ReloadOrExplain();
+}
+
+QCoro::Task<> Station::SetServiceConfig() {
+    const bool reloaded = co_await ReloadOrExplain();
+    if (!reloaded)
+        co_return;
+    bool all = false;
+    {
+        const Operation running(*this);
+        all = co_await printers.ConfigAllPrinters();
+    }
+    const BoxKind kind = all ? BoxKind::Information : BoxKind::Exclamation;
+    const QString outcome = all ? QStringLiteral("Set config to all objects OK.")
+                                : QStringLiteral("Error on setting config to all objects.");
+    co_await dialogs.ShowMessage(kind, outcome);
+}

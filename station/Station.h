@@ -1,0 +1,81 @@
+#pragma once
+
+#include "core/EventLog.h"
+#include "core/IniUtility.h"
+#include "core/Installation.h"
+#include "core/Options.h"
+#include "database/Database.h"
+#include "database/Loaders.h"
+#include "database/Reload.h"
+#include "database/TicketRecords.h"
+#include "hubs/HubRouter.h"
+#include "link/Bus.h"
+#include "link/CommLine.h"
+#include "platform/SerialControl.h"
+#include "printers/PrinterConfig.h"
+
+#include <QObject>
+
+class Clock;
+class Dialogs;
+
+/// The program without its windows: owns settings, model, line, database and the operations on them. Made once, at start.
+///
+/// A window gets a reference, starts operations and listens to signals; it may go away while an operation runs.
+class Station : public ::QObject {
+    Q_OBJECT
+
+public:
+    /// @param programFolder the folder of settings, log, backups and data files.
+    /// @param clock, dialogs  must outlive the station.
+    Station(QString programFolder, Clock& clock, Dialogs& dialogs);
+    ~Station() override;
+
+    const QString ProgramFolder;
+    Clock& clock;
+    Dialogs& dialogs;
+
+    EventLog log;
+    IniUtility ini;
+    Options options;
+    const std::unique_ptr<model::Installation> installation;
+
+    SerialControl control;
+    CommLine line;
+    Bus bus;
+    HubRouter router;
+
+    Database database;
+    TicketRecords tickets;
+    Loaders loaders;
+    Reload reload;
+
+    PrinterConfig printers;
+
+    /// An operation that reads the model over a longer time runs. `RefreshModel` and further such operations are refused
+    /// meanwhile, so that no device gets what was meant for another.
+    bool IsBusy() const { return m_busy; }
+
+    /// Reloads the model for the setup window's refresh. With the database closed, or while an operation runs, a box says so
+    /// and the model stays.
+    QCoro::Task<> RefreshModel();
+
+    /// Reloads the model, loads every printer and shows the outcome in a box.
+    QCoro::Task<> SetServiceConfig();
+
+    /// Ends every running operation: commands fail, waits and boxes end. Nothing can be started afterwards.
+    void Close();
+
+Q_SIGNALS:
+    /// A long operation has begun or ended.
+    void BusyChanged(bool busy);
+    /// What the running operation is at, for the status bar; empty when it has ended.
+    void ProgressChanged(const QString& text);
+
+private:
+    class Operation;
+
+    QCoro::Task<bool> ReloadOrExplain();
+
+    bool m_busy = false;
+};
