@@ -16,8 +16,9 @@ constexpr qint16 ClosingPause = 5;       ///< seconds
 
 } // namespace
 
-PrinterConfig::PrinterConfig(QString programFolder, const model::Installation& installation, HubRouter& router, Clock& clock,
-                             PrinterTables::CounterList counterListOfService, EventLog& log, ::QObject* parent)
+PrinterConfig::PrinterConfig(QString programFolder, const model::Installation& installation, HubRouter& router,
+                             Clock& clock, PrinterTables::CounterList counterListOfService, EventLog& log,
+                             ::QObject* parent)
     : ::QObject(parent)
     , m_programFolder(std::move(programFolder))
     , m_installation(installation)

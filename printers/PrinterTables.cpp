@@ -22,8 +22,9 @@ QByteArray Field(const QString& text, const QString& fieldName, const QString& s
     }
     const auto isControl = [](char byte) { return static_cast<quint8>(byte) < 0x20; };
     if (std::any_of(encoded.bytes.cbegin(), encoded.bytes.cend(), isControl)) {
-        log.WriteLog(QStringLiteral("Service '%1': %2 has control characters, sent as blanks.").arg(serviceName, fieldName),
-                     EventLog::Warning);
+        log.WriteLog(
+            QStringLiteral("Service '%1': %2 has control characters, sent as blanks.").arg(serviceName, fieldName),
+            EventLog::Warning);
         std::replace_if(encoded.bytes.begin(), encoded.bytes.end(), isControl, ' ');
     }
     return encoded.bytes.left(PrinterTables::TextPlaces).leftJustified(FieldLength, '\0');
@@ -38,12 +39,14 @@ QByteArray DecimalNumbers(QByteArrayView bytes) {
 
 } // namespace
 
-PrinterTables::PrinterTables(const model::Installation& installation, const CounterList& counterListOfService, EventLog& log) {
+PrinterTables::PrinterTables(const model::Installation& installation, const CounterList& counterListOfService,
+                             EventLog& log) {
     for (qint16 i = 0; i < installation.NumServices; ++i) {
         const model::QService& service = installation.QServices[static_cast<std::size_t>(i)];
         m_buttons += static_cast<char>(service.Button);
         const QString description = ExpandServiceText(service.Description, i, installation, counterListOfService);
-        m_rows.push_back(encoding::Hexadecimal(static_cast<quint32>(i), 2) + encoding::SmallNumber(service.SeriesIndex) +
+        m_rows.push_back(encoding::Hexadecimal(static_cast<quint32>(i), 2) +
+                         encoding::SmallNumber(service.SeriesIndex) +
                          Field(service.Name, QStringLiteral("Name"), service.Name, log) +
                          Field(description, QStringLiteral("Description"), service.Name, log));
     }
@@ -63,8 +66,8 @@ QByteArray PrinterTables::Listing() const {
         text += "0x" + encoding::Hexadecimal(static_cast<quint8>(number), 2) + ',';
     text += "0,0,0,0\nService Table:\n";
     for (const QByteArray& row : m_rows) {
-        text += QByteArray("{'") + row[2] + "'," + DecimalNumbers(QByteArrayView(row).sliced(NameOffset, FieldLength)) + ',' +
-                DecimalNumbers(QByteArrayView(row).sliced(DescriptionOffset, FieldLength)) + '}';
+        text += QByteArray("{'") + row[2] + "'," + DecimalNumbers(QByteArrayView(row).sliced(NameOffset, FieldLength)) +
+                ',' + DecimalNumbers(QByteArrayView(row).sliced(DescriptionOffset, FieldLength)) + '}';
         if (&row != &m_rows.back())
             text += ',';
         text += '\n';

@@ -59,7 +59,7 @@ private:
     std::vector<QByteArray> m_rows;
 };
 
-/// `text` with each "$1" replaced by the counters of the service, of its route target if it has one. A "$" at the very end
-/// is dropped, any other "$" is kept as typed.
+/// `text` with each "$1" replaced by the counters of the service, of its route target if it has one. A "$" at the very
+/// end is dropped, any other "$" is kept as typed.
 QString ExpandServiceText(const QString& text, qint16 serviceIndex, const model::Installation& installation,
                           const PrinterTables::CounterList& counterListOfService);

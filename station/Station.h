@@ -19,7 +19,8 @@
 class Clock;
 class Dialogs;
 
-/// The program without its windows: owns settings, model, line, database and the operations on them. Made once, at start.
+/// The program without its windows: owns settings, model, line, database and the operations on them. Made once, at
+/// start.
 ///
 /// A window gets a reference, starts operations and listens to signals; it may go away while an operation runs.
 class Station : public ::QObject {
@@ -52,12 +53,12 @@ public:
 
     PrinterConfig printers;
 
-    /// An operation that reads the model over a longer time runs. `RefreshModel` and further such operations are refused
-    /// meanwhile, so that no device gets what was meant for another.
+    /// An operation that reads the model over a longer time runs. `RefreshModel` and further such operations are
+    /// refused meanwhile, so that no device gets what was meant for another.
     bool IsBusy() const { return m_busy; }
 
-    /// Reloads the model for the setup window's refresh. With the database closed, or while an operation runs, a box says so
-    /// and the model stays.
+    /// Reloads the model for the setup window's refresh. With the database closed, or while an operation runs, a box
+    /// says so and the model stays.
     QCoro::Task<> RefreshModel();
 
     /// Reloads the model, loads every printer and shows the outcome in a box.
