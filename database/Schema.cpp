@@ -94,7 +94,7 @@ QString Definition(const Column& column) {
         break;
     }
     if (column.defaultValue)
-        text += QStringLiteral(" NOT NULL DEFAULT %1").arg(QString::fromLatin1(column.defaultValue));
+        text += QStringLiteral(" DEFAULT %1").arg(QString::fromLatin1(column.defaultValue));
     return text + check;
 }
 

@@ -9,7 +9,7 @@
 /// files and the checks of a foreign file.
 namespace schema {
 
-/// What a column holds. Columns are nullable unless their default says otherwise.
+/// What a column holds. Every column but a key takes null: what a null means is settled where the column is read.
 enum class Kind {
     Key,    ///< 32 bits signed, given by the database, never reused
     Byte,   ///< 0 to 255
@@ -23,7 +23,7 @@ enum class Kind {
 struct Column {
     const char* name;
     Kind kind;
-    const char* defaultValue = nullptr; ///< SQL literal; a column with one is never null
+    const char* defaultValue = nullptr; ///< SQL literal, what a new row gets that names no value
 };
 
 struct Table {

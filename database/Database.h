@@ -1,0 +1,100 @@
+#pragma once
+
+#include "database/Recordset.h"
+
+#include <QSqlDatabase>
+#include <QString>
+
+#include <optional>
+#include <vector>
+
+class Clock;
+class EventLog;
+class IniUtility;
+
+/// A statement with the values for its question marks.
+struct Statement {
+    QString text;
+    QVariantList values = {};
+};
+
+/// The store that describes the installation and holds the ticket records: one SQLite file and the one connection to
+/// it, with the three recordsets that live as long as it.
+///
+/// Nothing is written behind the file's back: the roll-back journal is the only file beside it, and only while a change
+/// is on its way. A store that another program holds locked is waited for up to 25 seconds.
+class Database {
+public:
+    /// What went wrong, in the store's words; nothing if all went well.
+    using Error = std::optional<QString>;
+
+    /// The references must outlive the database. `ini` is the settings file, for the marks of the backups.
+    Database(QString programFolder, IniUtility& ini, EventLog& log, const Clock& clock);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    /// Opens the store at `path`, closing the one that is open, upgrades it and opens the three recordsets. A file that
+    /// is missing, no SQLite file or without one of the station's tables is left as it is: the log gets "Can't open
+    /// Queue database!" and the reason, and the database stays closed.
+    void OpenDatabase(const QString& path);
+
+    /// Adds the columns DateTimeFinish, Action, Call and TicketFlag to `rData` and `qData` where `rData` lacks them,
+    /// and logs each. A statement that fails does not stop the others. All of it is one transaction.
+    void UpgradeDatabase();
+
+    /// Closes recordsets and connection; nothing happens if they are closed. No recordset or query made on `Connection`
+    /// may be in use any more.
+    void CloseDatabase();
+
+    /// Copies Harbinet.mdb of the program folder (whatever file was opened) to bak1.mdb (Sunday) to bak7.mdb, once a
+    /// day: the key item1 to item7 of [Bakup] holds the date of the copy, and is written first, so that a copy that
+    /// fails is not tried again that day. Says nothing if it fails; last week's copy then stays. To be called after
+    /// `CloseDatabase`.
+    void BackupDatabase();
+
+    bool IsOpen() const { return m_connection.isOpen(); }
+    /// The open file, empty while closed.
+    QString Path() const { return m_path; }
+    /// Why the last `OpenDatabase` failed, for a user to read; empty if it did not.
+    QString OpenError() const { return m_openError; }
+    /// Invalid while closed.
+    QSqlDatabase Connection() const { return m_connection; }
+
+    /// The lasting recordsets; closed while the database is. `RsDisplay` shows the rows as they were at the opening.
+    Recordset& RsData() { return m_rsData; }
+    Recordset& RsDisplay() { return m_rsDisplay; }
+    Recordset& RsMessage() { return m_rsMessage; }
+
+    /// Runs one statement without result.
+    Error Run(const Statement& statement);
+
+    /// Runs all statements or, if one fails, none.
+    Error RunTogether(const std::vector<Statement>& statements);
+
+    /// Runs a query whose rows the caller reads forward. Nothing, with `error` set, if it fails. The query must be at
+    /// its end or gone before the store is written to.
+    std::optional<QSqlQuery> Select(const Statement& statement, QString& error) const;
+
+    /// Deletes all rows of all tables but `Message`, or none if one cannot be emptied. The model is not touched.
+    Error EmptyDatabase();
+
+    /// Makes an empty store of the full schema at `path`, whole or not at all. An existing file is never touched: it is
+    /// an error.
+    static Error CreateEmpty(const QString& path);
+
+private:
+    Error Connect(const QString& path);
+
+    QString m_programFolder;
+    IniUtility& m_ini;
+    EventLog& m_log;
+    const Clock& m_clock;
+
+    QSqlDatabase m_connection;
+    QString m_path;
+    QString m_openError;
+    Recordset m_rsData;
+    Recordset m_rsDisplay;
+    Recordset m_rsMessage;
+};
