@@ -14,9 +14,14 @@ const QString& Settings() {
 
 TEST(SerialControl, MapsPortNamesToDevices) {
     const std::pair<QString, QString> cases[] = {
-        {u"COM1"_qs, u"/dev/ttyS0"_qs}, {u"com12"_qs, u"/dev/ttyS11"_qs},   {u"ttyUSB0"_qs, u"/dev/ttyUSB0"_qs},
-        {u"/dev/pts/3"_qs, u"/dev/pts/3"_qs}, {u"COM0"_qs, QString()},      {u"COM"_qs, QString()},
-        {u"LPT1"_qs, QString()},        {u""_qs, QString()},
+        {u"COM1"_qs, u"/dev/ttyS0"_qs},
+        {u"com12"_qs, u"/dev/ttyS11"_qs},
+        {u"ttyUSB0"_qs, u"/dev/ttyUSB0"_qs},
+        {u"/dev/pts/3"_qs, u"/dev/pts/3"_qs},
+        {u"COM0"_qs, QString()},
+        {u"COM"_qs, QString()},
+        {u"LPT1"_qs, QString()},
+        {u""_qs, QString()},
     };
     for (const auto& [name, device] : cases)
         EXPECT_EQ(SerialControl::DeviceOf(name), device) << qPrintable(name);

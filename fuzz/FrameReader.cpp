@@ -1,0 +1,33 @@
+#include "link/FrameReader.h"
+
+#include "link/Frames.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+/// The first byte chooses how the rest is sliced; whole and sliced must end alike, and a reply must be a whole frame.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size == 0)
+        return 0;
+    const QByteArrayView line(reinterpret_cast<const char*>(data) + 1, static_cast<qsizetype>(size) - 1);
+    const qsizetype slice = 1 + data[0] % 16;
+
+    FrameReader whole;
+    whole.Feed(line);
+    FrameReader sliced;
+    for (qsizetype at = 0; at < line.size(); at += slice)
+        sliced.Feed(line.sliced(at, std::min(slice, line.size() - at)));
+
+    if (whole.ReceiveBuffer() != sliced.ReceiveBuffer() || whole.ReplyComplete() != sliced.ReplyComplete())
+        std::abort();
+    if (whole.ReceiveBuffer().size() > FrameReader::LongestFrame + 1)
+        std::abort();
+    if (whole.ReplyComplete()) {
+        const QByteArray reply = whole.TakeReply();
+        if (!reply.startsWith(frames::Stx) || !reply.endsWith(frames::Etx) || !frames::chkCS(reply.chopped(1)))
+            std::abort();
+    }
+    if (frames::UnescapeData(frames::EscapeData(line)) != line.toByteArray())
+        std::abort();
+    return 0;
+}

@@ -1,0 +1,75 @@
+#!/usr/bin/env python3
+"""Checks from the #include lines that a folder includes only from folders below it, and QtWidgets only in windows."""
+
+import pathlib
+import re
+import sys
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+FLOORS = {
+    "platform": 0, "core": 1, "link": 2, "hubs": 3, "database": 4, "printers": 5, "station": 6,
+    "console": 7, "utilities": 7, "setup": 8, "operator": 8, "app": 9,
+}
+# Folders beside the house, and what they may include besides themselves.
+BESIDE = {
+    "simulator": {"platform", "core", "link"},
+    "jetimport": {"platform", "core", "database"},
+    "benchmarks": set(FLOORS) | {"simulator", "jetimport"},
+    "fuzz": set(FLOORS) | {"simulator", "jetimport"},
+    "tools": {"platform", "core", "database"},
+}
+# What the simulator may use of the link: encodings and frames, not the master's side.
+SIMULATOR_LINK = {"link/Encodings.h", "link/Frames.h", "link/FrameReader.h"}
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
+WIDGETS = re.compile(r"^(QtWidgets($|/)|Q(Application|Widget|Dialog|MainWindow|TableView|MessageBox|FileDialog|StyledItemDelegate)$)")
+
+
+def window_sources(folder: pathlib.Path) -> set[str]:
+    """Names of the files that stand in a WINDOWS target of the folder's CMakeLists.txt."""
+    lists = folder / "CMakeLists.txt"
+    names: set[str] = set()
+    if lists.exists():
+        for call in re.findall(r"orvex_(?:library|program)\(([^)]*)\)", lists.read_text()):
+            if "WINDOWS" in call.split():
+                names.update(call.split())
+    return names
+
+
+def check(path: pathlib.Path, problems: list[str]) -> None:
+    relative = path.relative_to(ROOT)
+    folder = relative.parts[0]
+    windows = window_sources(ROOT / folder)
+    for number, line in enumerate(path.read_text(errors="replace").splitlines(), 1):
+        found = INCLUDE.match(line)
+        if not found:
+            continue
+        name = found.group(2)
+        where = f"{relative}:{number}"
+        if WIDGETS.match(name) and str(pathlib.Path(*relative.parts[1:])) not in windows:
+            problems.append(f"{where}: includes {name}, but is not in a WINDOWS target")
+        target = name.split("/")[0]
+        if "/" not in name or target == folder or target not in {*FLOORS, *BESIDE, "tests"}:
+            continue
+        if folder in FLOORS:
+            if target not in FLOORS or FLOORS[target] >= FLOORS[folder]:
+                problems.append(f"{where}: {folder} must not include {name}")
+        elif target not in BESIDE[folder]:
+            problems.append(f"{where}: {folder} must not include {name}")
+        if folder == "simulator" and target == "link" and name not in SIMULATOR_LINK:
+            problems.append(f"{where}: the simulator must not include {name}")
+
+
+def main() -> int:
+    problems: list[str] = []
+    files = [path for folder in (*FLOORS, *BESIDE) for path in (ROOT / folder).rglob("*")
+             if path.suffix in {".h", ".cpp"}]
+    for path in files:
+        check(path, problems)
+    print("\n".join(problems) if problems else f"{len(files)} files keep to their floors")
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
