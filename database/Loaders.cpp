@@ -1,0 +1,382 @@
+#include "database/Loaders.h"
+
+#include "core/EventLog.h"
+#include "core/Installation.h"
+#include "core/Options.h"
+#include "database/RowReader.h"
+#include "database/TicketRecords.h"
+
+#include <QSqlError>
+#include <QSqlRecord>
+
+#include <limits>
+
+namespace {
+
+constexpr std::size_t MostEntries = std::numeric_limits<qint16>::max(); ///< of a table whose count has 16 bits
+
+// Columns of the statements below, behind the row's number in the store.
+enum QueueColumn { q_RowId, q_Id, q_Number, q_Series, q_route, q_On, q_Name, q_Description, q_Notes, q_Button };
+enum DisplayColumn {
+    d_RowId,
+    d_Id,
+    d_Number,
+    d_Address,
+    d_Name,
+    d_On,
+    d_Type,
+    d_HubId,
+    d_direction,
+    d_VoiceLocal,
+    d_VoicerId
+};
+
+/// What the log calls a row: its key or, in a store that others made, its number.
+const QVariant& KeyOf(const Loaders::Row& row) {
+    return row[1].isNull() ? row[0] : row[1];
+}
+
+model::QService& At(std::array<model::QService, model::SlotCount>& services, qint16 index) {
+    return services[static_cast<std::size_t>(index)];
+}
+
+} // namespace
+
+struct Loaders::ServiceFields {
+    qint16 id;
+    quint8 button;
+    qint16 number;
+    qint16 route;
+    qint32 series;
+
+    void CopyTo(model::QService& service, const Row& row) const {
+        service.Name = row[q_Name].toString();
+        service.Description = row[q_Description].toString();
+        service.Notes = row[q_Notes].toString();
+        service.Button = button;
+        service.Number = number;
+        service.Route = route;
+        service.Series = series;
+    }
+};
+
+Loaders::Loaders(Database& database, const TicketRecords& tickets, model::Installation& installation,
+                 const Options& options, EventLog& log)
+    : m_database(database)
+    , m_tickets(tickets)
+    , m_installation(installation)
+    , m_options(options)
+    , m_log(log) {}
+
+std::optional<std::vector<Loaders::Row>> Loaders::Read(const Statement& statement, const char* table) const {
+    QString error;
+    std::vector<Row> rows;
+    std::optional<QSqlQuery> query = m_database.Select(statement, error);
+    if (query) {
+        const int count = query->record().count();
+        while (query->next()) {
+            Row& row = rows.emplace_back();
+            row.reserve(static_cast<std::size_t>(count));
+            for (int i = 0; i < count; ++i)
+                row.push_back(query->value(i));
+        }
+        if (!query->lastError().isValid())
+            return rows;
+        error = query->lastError().databaseText();
+    }
+    m_log.WriteLog(QStringLiteral("Load database: %1: %2").arg(QString::fromLatin1(table), error), EventLog::Error);
+    return std::nullopt;
+}
+
+std::optional<qint16> Loaders::LoadServices() {
+    const auto rows = ReadServices(true);
+    return rows ? std::optional(TakeServices(*rows)) : std::nullopt;
+}
+
+std::optional<std::vector<Loaders::ServiceRow>> Loaders::ReadServices(bool withTickets) const {
+    const auto rows =
+        Read({QStringLiteral("SELECT rowid,[Queue].[q_Id],[Queue].[q_Number],[Queue].[q_Series],[Queue].[q_route],"
+                             "[Queue].[q_On],[Queue].[q_Name],[Queue].[q_Description],[Queue].[q_Notes],"
+                             "[Queue].[q_Button] FROM [Queue] ORDER BY rowid")},
+             "Queue");
+    if (!rows)
+        return std::nullopt;
+    std::vector<ServiceRow> services;
+    for (const Row& row : *rows) {
+        if (!RowReader::YesNo(row[q_On]))
+            continue;
+        ServiceRow& service = services.emplace_back(ServiceRow{row});
+        bool isId = false;
+        const qint32 id = row[q_Id].toInt(&isId);
+        if (!withTickets || !isId)
+            continue;
+        const std::optional<qint32> highest = m_tickets.GetMaxTicket(id);
+        if (!highest)
+            return std::nullopt;
+        service.maxTicket = *highest;
+    }
+    return services;
+}
+
+std::optional<Loaders::ServiceFields> Loaders::FieldsOf(const Row& row) const {
+    RowReader read(m_log, KeyOf(row));
+    ServiceFields fields{};
+    fields.id = read.Needed<qint16>(row[q_Id], "q_Id");
+    fields.button = read.NeededOr<quint8>(row[q_Button], "q_Button", 0);
+    fields.number = read.NeededOr<qint16>(row[q_Number], "q_Number", 0);
+    fields.route = read.NeededOr<qint16>(row[q_route], "q_route", 0);
+    fields.series = read.NeededOr<qint32>(row[q_Series], "q_Series", 1);
+    return read.IsGood() ? std::optional(fields) : std::nullopt;
+}
+
+qint16 Loaders::TakeServices(const std::vector<ServiceRow>& rows) {
+    qint16 count = 0;
+    for (const ServiceRow& row : rows) {
+        const std::optional<ServiceFields> fields = FieldsOf(row.fields);
+        if (!fields)
+            continue;
+        model::QService& service = At(m_installation.QServices, count);
+        service.Id = fields->id;
+        fields->CopyTo(service, row.fields);
+        service.SeriesIndex = 0;
+        const qint32 last = row.maxTicket == 0 ? service.Series : row.maxTicket;
+        // A series at the very end of its range has no number behind it; held there, not wrapped.
+        service.NextNumber = last == std::numeric_limits<qint32>::max() ? last : last + 1;
+        service.WaitRing.ResetRing();
+        service.FlaggedRing.ResetRing();
+        if (++count == model::SlotCount) {
+            m_log.WriteLog(QStringLiteral("Load database:Invalid Service Count."), EventLog::Error);
+            break;
+        }
+    }
+    return count;
+}
+
+bool Loaders::RefreshService(const ServiceRow& row) {
+    const std::optional<ServiceFields> fields = FieldsOf(row.fields);
+    if (!fields)
+        return true;
+    const qint16 index = m_installation.FindServiceById(fields->id);
+    if (index < 0)
+        return false;
+    fields->CopyTo(At(m_installation.QServices, index), row.fields);
+    return true;
+}
+
+void Loaders::MergeRoutedNumbers() {
+    if (!m_options.RoutedSeries)
+        return;
+    for (qint16 i = 0; i < m_installation.NumServices; ++i) {
+        const model::QService& service = At(m_installation.QServices, i);
+        if (service.Route == 0)
+            continue;
+        model::QService& target = At(m_installation.QServices, m_installation.FindServiceByNumber(service.Route));
+        target.NextNumber = std::max(service.NextNumber, target.NextNumber);
+    }
+}
+
+void Loaders::AssignSeriesIndexes(qint16 count) {
+    auto& services = m_installation.QServices;
+    qint16 next = 0;
+    for (qint16 i = 0; i < count; ++i) {
+        model::QService& service = At(services, i);
+        if (!m_options.RoutedSeries || service.Route == 0)
+            service.OwnSeriesIndex = next++;
+    }
+    for (qint16 i = 0; i < count; ++i) {
+        model::QService& service = At(services, i);
+        const bool isRouted = m_options.RoutedSeries && service.Route != 0;
+        const qint16 owner = isRouted ? m_installation.FindServiceByNumber(service.Route) : i;
+        service.SeriesIndex = At(services, owner).OwnSeriesIndex;
+    }
+}
+
+std::optional<qint16> Loaders::LoadCounters() {
+    const auto rows = ReadCounters();
+    return rows ? std::optional(TakeCounters(*rows)) : std::nullopt;
+}
+
+std::optional<std::vector<Loaders::CounterRow>> Loaders::ReadCounters() const {
+    auto rows = Read({QStringLiteral("SELECT rowid,[d_Id],[d_Number],[d_Address],[d_Name],[d_On],[d_Type],[d_HubId],"
+                                     "[d_direction],[d_VoiceLocal],[d_VoicerId] FROM [Display] ORDER BY rowid")},
+                     "Display");
+    if (!rows)
+        return std::nullopt;
+    std::vector<CounterRow> counters;
+    for (Row& row : *rows) {
+        if (!RowReader::YesNo(row[d_On]))
+            continue;
+        auto assignments =
+            Read({QStringLiteral("SELECT rowid,[ID],[q_Id] FROM [Queue-Display] WHERE [d_Id]=? ORDER BY rowid"),
+                  {row[d_Id]}},
+                 "Queue-Display");
+        if (!assignments)
+            return std::nullopt;
+        counters.push_back({std::move(row), std::move(*assignments)});
+    }
+    return counters;
+}
+
+qint16 Loaders::TakeCounters(const std::vector<CounterRow>& rows) {
+    qint16 count = 0;
+    for (const auto& [row, assignments] : rows) {
+        RowReader read(m_log, KeyOf(row));
+        const auto address = read.Needed<quint8>(row[d_Address], "d_Address");
+        if (!read.IsGood())
+            continue;
+        if (!IsAddressFree(static_cast<qint16>(count - 1), address)) {
+            m_log.WriteLog(QStringLiteral("Duplicate Address on display counter '%1'").arg(row[d_Name].toString()),
+                           EventLog::Warning);
+            continue;
+        }
+        const auto id = read.Needed<qint32>(row[d_Id], "d_Id");
+        const auto direction = read.Needed<quint8>(row[d_direction], "d_direction");
+        const auto number = read.Needed<quint8>(row[d_Number], "d_Number");
+        const bool isVoiceLocal = read.NeededYesNo(row[d_VoiceLocal], "d_VoiceLocal");
+        const auto type = read.NeededOr<quint8>(row[d_Type], "d_Type", 0);
+        const auto hubId = read.NeededOr<qint32>(row[d_HubId], "d_HubId", 0);
+        if (!read.IsGood())
+            continue;
+
+        model::QObject& object = m_installation.QObjects[static_cast<std::size_t>(count)];
+        object.Id = id;
+        object.Direction = direction;
+        object.Number = number;
+        object.Address = address;
+        object.Name = row[d_Name].toString();
+        object.VoiceLocal = isVoiceLocal;
+        object.VoicerId = row[d_VoicerId].toString().trimmed().toLower();
+        object.Type = type;
+        object.HubId = hubId;
+        object.State = 0;
+        object.Changed = true;
+        object.Dirty = true;
+        object.CommandDelay = 0;
+        object.RetryDelay = 0;
+        object.WaitRing.ResetRing();
+        object.FlaggedRing.ResetRing();
+        object.InfoTable.reset();
+        if (type == model::Display) {
+            object.InfoTable = std::make_unique<clsInfTbl>(m_options.MainDisplayType);
+            object.InfoTable->Init(m_options.InfoNumLine);
+            object.InfoTable->SetName(object.Name);
+        }
+        TakeAssignments(count, assignments);
+        if (++count == model::SlotCount) {
+            m_log.WriteLog(QStringLiteral("Load database: Number of counter exceed maximum value."), EventLog::Error);
+            break;
+        }
+    }
+    return count;
+}
+
+void Loaders::TakeAssignments(qint16 index, const std::vector<Row>& assignments) {
+    constexpr std::size_t ServiceId = 2;
+    model::QObject& object = m_installation.QObjects[static_cast<std::size_t>(index)];
+    object.FirstServiceId = -1;
+    object.ServiceCount = 0;
+    bool hasFirst = false;
+    for (const Row& row : assignments) {
+        // The first row needs a service, a later one without is passed over.
+        if (hasFirst && row[ServiceId].isNull())
+            continue;
+        RowReader read(m_log, KeyOf(row));
+        const auto id = read.Needed<qint32>(row[ServiceId], "q_Id");
+        if (!read.IsGood())
+            continue;
+        if (!hasFirst)
+            object.FirstServiceId = id;
+        hasFirst = true;
+        const qint16 service = m_installation.FindServiceById(id);
+        if (service >= 0 && object.ServiceCount < model::SlotCount)
+            object.ServiceIndexes[static_cast<std::size_t>(object.ServiceCount++)] = static_cast<quint8>(service);
+    }
+}
+
+bool Loaders::IsAddressFree(qint16 lastIndex, quint8 address) const {
+    const auto begin = m_installation.QObjects.begin();
+    return std::none_of(begin, begin + std::clamp(lastIndex + 1, 0, model::SlotCount),
+                        [address](const model::QObject& object) { return object.Address == address; });
+}
+
+std::optional<qint16> Loaders::LoadScanPlan() {
+    const auto rows = ReadScanPlan();
+    return rows ? std::optional(TakeScanPlan(*rows)) : std::nullopt;
+}
+
+std::optional<std::vector<Loaders::Row>> Loaders::ReadScanPlan() const {
+    return Read({QStringLiteral("SELECT rowid,[ID],[d_Id] FROM [ScanPlan] ORDER BY [Order],rowid")}, "ScanPlan");
+}
+
+qint16 Loaders::TakeScanPlan(const std::vector<Row>& rows) {
+    auto& order = m_installation.ScanOrder;
+    order.clear();
+    if (rows.empty())
+        m_log.WriteLog(QStringLiteral("Scan Plan not built"));
+    for (const Row& row : rows) {
+        RowReader read(m_log, KeyOf(row));
+        const auto id = read.Needed<qint32>(row[2], "d_Id");
+        if (!read.IsGood())
+            continue;
+        const qint16 object = m_installation.FindObjectById(id);
+        if (object < 0) {
+            m_log.WriteLog(QStringLiteral("Error in Scan Plan Table"));
+            continue;
+        }
+        if (order.size() == MostEntries) {
+            m_log.WriteLog(QStringLiteral("Load database: ScanPlan has more than %1 rows.").arg(MostEntries),
+                           EventLog::Error);
+            break;
+        }
+        order.push_back(object);
+    }
+    return static_cast<qint16>(order.size());
+}
+
+std::optional<qint16> Loaders::LoadDirections() {
+    const auto rows = ReadDirections();
+    return rows ? std::optional(TakeDirections(*rows)) : std::nullopt;
+}
+
+std::optional<std::vector<Loaders::Row>> Loaders::ReadDirections() const {
+    return Read({QStringLiteral("SELECT rowid,[inf_Id],[d_Id],[Dir_Id] FROM [Info-Direction] ORDER BY [inf_Id],rowid")},
+                "Info-Direction");
+}
+
+qint16 Loaders::TakeDirections(const std::vector<Row>& rows) {
+    auto& table = m_installation.DirectionTable;
+    table.clear();
+    if (rows.empty())
+        m_log.WriteLog(QStringLiteral("Main Display direction not built."));
+    for (const Row& row : rows) {
+        // This table has no key.
+        RowReader read(m_log, row[0]);
+        model::DirectionRow direction;
+        direction.inf_Id = read.Needed<qint16>(row[1], "inf_Id");
+        direction.d_Id = read.Needed<qint16>(row[2], "d_Id");
+        direction.Dir_Id = read.Needed<qint16>(row[3], "Dir_Id");
+        if (!read.IsGood())
+            continue;
+        if (table.size() == MostEntries) {
+            m_log.WriteLog(QStringLiteral("Load database: Info-Direction has more than %1 rows.").arg(MostEntries),
+                           EventLog::Error);
+            break;
+        }
+        table.push_back(direction);
+    }
+    return static_cast<qint16>(table.size());
+}
+
+QString Loaders::CounterListOfService(qint32 serviceId) const {
+    const auto rows = Read({QStringLiteral("SELECT Display.d_Number FROM [Queue-Display] INNER JOIN Display"
+                                           " ON [Queue-Display].d_Id = Display.d_Id WHERE [Queue-Display].q_Id=?"
+                                           " ORDER BY [Queue-Display].rowid"),
+                            {serviceId}},
+                           "Queue-Display");
+    QStringList numbers;
+    for (const Row& row : rows.value_or(std::vector<Row>())) {
+        if (!row[0].isNull())
+            numbers += row[0].toString();
+    }
+    return numbers.join(QStringLiteral(", "));
+}
