@@ -142,7 +142,8 @@ bool IniUtility::WriteIni(const QString& section, const QString& key, const QStr
     const Place place = Find(lines, section, key);
     if (place.keyLine >= 0) {
         QByteArray& line = lines[place.keyLine];
-        line = line.first(line.indexOf('=') + 1) + oneLine.toUtf8() + lineEnd;
+        const QByteArray ownEnd = line.endsWith("\r\n") ? QByteArrayLiteral("\r\n") : QByteArrayLiteral("\n");
+        line = line.first(line.indexOf('=') + 1) + oneLine.toUtf8() + ownEnd;
     } else {
         const QByteArray line = (key + u'=' + oneLine).toUtf8() + lineEnd;
         if (place.sectionEnd >= 0) {

@@ -17,7 +17,7 @@ BESIDE = {
     "jetimport": {"platform", "core", "database"},
     "benchmarks": set(FLOORS) | {"simulator", "jetimport"},
     "fuzz": set(FLOORS) | {"simulator", "jetimport"},
-    "tools": {"platform", "core", "database"},
+    "tools": {"platform", "core", "database", "printers"},
 }
 # What the simulator may use of the link: encodings and frames, not the master's side.
 SIMULATOR_LINK = {"link/Encodings.h", "link/Frames.h", "link/FrameReader.h"}

@@ -21,4 +21,4 @@ BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-de
 CHECK_PACKAGES=(clang clang-format libclang-rt-14-dev python3 sqlite3 mdbtools libbenchmark-dev libmodbus-dev
                 python3-fonttools)
 # What a machine without a display takes to show the program.
-DISPLAY_PACKAGES=(xvfb openbox xdotool imagemagick x11-utils)
+DISPLAY_PACKAGES=(sqlite3 xvfb openbox xdotool imagemagick x11-utils)

@@ -1,0 +1,59 @@
+// Makes the store of the demonstration installation.
+// usage: MakeDemo DATABASE STATEMENTS
+//   DATABASE    file to make; must not exist
+//   STATEMENTS  text file, one SQL statement a line; lines that are empty or begin with "--" are passed over. Vietnamese
+//               letters go into the store in VNI.
+
+#include "database/Schema.h"
+#include "printers/VniText.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+
+#include <cstdio>
+
+namespace {
+
+int Fail(const QString& text) {
+    std::fprintf(stderr, "MakeDemo: %s\n", qPrintable(text));
+    return 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() != 3)
+        return Fail(QStringLiteral("usage: MakeDemo DATABASE STATEMENTS"));
+    if (QFile::exists(arguments[1]))
+        return Fail(QStringLiteral("%1 exists already").arg(arguments[1]));
+    QFile statements(arguments[2]);
+    if (!statements.open(QIODevice::ReadOnly))
+        return Fail(QStringLiteral("%1: %2").arg(arguments[2], statements.errorString()));
+
+    QSqlDatabase store = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
+    store.setDatabaseName(arguments[1]);
+    if (!store.open())
+        return Fail(store.lastError().text());
+    QSqlQuery query(store);
+    store.transaction();
+    for (const QString& statement : schema::CreateStatements()) {
+        if (!query.exec(statement))
+            return Fail(statement + QStringLiteral(": ") + query.lastError().text());
+    }
+    int number = 0;
+    while (!statements.atEnd()) {
+        const QString line = QString::fromUtf8(statements.readLine()).trimmed();
+        ++number;
+        if (line.isEmpty() || line.startsWith(QStringLiteral("--")))
+            continue;
+        if (!query.exec(vni::FromUnicode(line)))
+            return Fail(QStringLiteral("%1, line %2: %3").arg(arguments[2]).arg(number).arg(query.lastError().text()));
+    }
+    query.finish();
+    return store.commit() ? 0 : Fail(store.lastError().text());
+}

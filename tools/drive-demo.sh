@@ -1,0 +1,80 @@
+#!/usr/bin/env bash
+# Drives the station on a virtual display through its first use: open the demonstration database, look at the services,
+# load every printer, close. Leaves screenshots in FOLDER/screenshots and fails if a printer was not loaded.
+# usage: drive-demo.sh FOLDER
+#   FOLDER  program folder with Orvex, Harbinet.mdb and Tallora.ini; the bus simulator runs and writes FOLDER/bus.txt
+set -euo pipefail
+demo=$1
+pictures=$demo/screenshots
+rm -rf "$pictures"
+mkdir -p "$pictures"
+
+# A display of our own, whose number the server chooses.
+exec 3< <(exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp 2> /dev/null)
+server=$!
+read -r number <&3
+export DISPLAY=:$number
+openbox > /dev/null 2>&1 &
+manager=$!
+"$demo/Orvex" > "$demo/station.txt" 2>&1 &
+station=$!
+trap 'kill $station $manager $server 2> /dev/null || true' EXIT
+
+fail() {
+    import -window root "$pictures/failed.png" || true
+    echo "The demonstration stopped: $1. See $pictures/failed.png and $demo/station.txt" >&2
+    exit 1
+}
+
+# Waits until a window with that title has the keyboard.
+await_window() {
+    for _ in $(seq 300); do
+        kill -0 $station 2> /dev/null || fail "the station ended while \"$1\" was awaited"
+        [ "$(xdotool getactivewindow getwindowname 2> /dev/null || true)" = "$1" ] && return 0
+        sleep 0.1
+    done
+    fail "no window \"$1\""
+}
+
+# The window has had time to draw once two pictures of it are the same.
+picture() {
+    local before="" after
+    for _ in $(seq 50); do
+        import -window root "$pictures/$1.png"
+        after=$(md5sum < "$pictures/$1.png")
+        [ "$after" = "$before" ] && break
+        before=$after
+        sleep 0.2
+    done
+}
+
+await_window "Open"
+picture 1-open
+xdotool key Return
+await_window "Setup Queue System"
+picture 2-services
+xdotool key alt+c
+sleep 0.3
+xdotool key Down Right
+picture 3-menu
+xdotool key Return
+sleep 1
+import -window root "$pictures/4-loading.png"
+await_window "Orvex"
+picture 5-done
+xdotool key Return
+await_window "Setup Queue System"
+xdotool key alt+F4
+for _ in $(seq 100); do
+    kill -0 $station 2> /dev/null || break
+    sleep 0.1
+done
+kill -0 $station 2> /dev/null && fail "the station did not end"
+
+printers=$(sqlite3 "$demo/Harbinet.mdb" "SELECT COUNT(*) FROM Display WHERE d_On AND d_Type = 1")
+loaded=$(grep -c "finished loading" "$demo/bus.txt" || true)
+echo
+echo "Printers in the database: $printers, loaded: $loaded"
+echo "Screenshots: $pictures"
+echo "Bus transcript: $demo/transcript.txt"
+[ "$printers" = "$loaded" ] || fail "not every printer was loaded"
