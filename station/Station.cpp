@@ -35,8 +35,8 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     , router(bus, *installation)
     , database(ProgramFolder, ini, log, clock)
     , tickets(database, *installation, log)
-    , loaders(database, *installation, options, tickets, log)
-    , reload(database, *installation, loaders, tickets, log, dialogs)
+    , loaders(database, tickets, *installation, options, log)
+    , reload(database, loaders, tickets, *installation, log)
     , printers(
           ProgramFolder, *installation, router, clock,
           [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log) {
@@ -61,7 +61,7 @@ QCoro::Task<bool> Station::ReloadOrExplain() {
         co_await dialogs.ShowMessage(BoxKind::Exclamation, running);
         co_return false;
     }
-    if (reload.ReloadAll() == ReloadResult::NoDatabase) {
+    if (reload.ReloadAll() == Reload::Outcome::NoDatabase) {
         const QString closed = QStringLiteral("Can't open Queue database!");
         co_await dialogs.ShowMessage(BoxKind::Exclamation, closed);
         co_return false;
