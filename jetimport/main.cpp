@@ -1,0 +1,122 @@
+// JetImport SOURCE TARGET: takes over an Access/Jet file into a new store of the station.
+//
+// Lines on standard output, UTF-8:
+//   progress TABLE DONE TOTAL   rows of a table so far; TABLE "Check" with 0 0 while the new store is checked
+//   note TEXT                   something the user may want to know; not a failure
+//   done ROWS                   all is taken over; exit code 0
+//   error TEXT                  nothing is taken over, TARGET does not exist; exit code 1
+// Exit code 2: wrong arguments (usage on standard error).
+//
+// The reading of a foreign file happens in a child process with bounded memory and time: whatever the file does to it,
+// the parent removes what was written and says so.
+
+#include "jetimport/Import.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+
+namespace {
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool BoundMemory = false; // AddressSanitizer reserves terabytes of address space.
+#else
+constexpr bool BoundMemory = true;
+#endif
+
+constexpr rlim_t MemoryBytes = 1024UL * 1024 * 1024;
+constexpr rlim_t CpuSeconds = 300;
+// A Jet file has at most 2 GB, and the store is no larger than a few times its source.
+constexpr rlim_t FileBytes = 8UL * 1024 * 1024 * 1024;
+
+void Limit(__rlimit_resource resource, rlim_t most) {
+    rlimit limit{};
+    if (getrlimit(resource, &limit) != 0)
+        return;
+    limit.rlim_cur = std::min(most, limit.rlim_max);
+    limit.rlim_max = limit.rlim_cur;
+    setrlimit(resource, &limit);
+}
+
+void Say(const QString& line) {
+    QString single = line;
+    single.replace(u'\n', u' ').replace(u'\r', u' ');
+    const QByteArray bytes = single.toUtf8() + '\n';
+    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+    std::fflush(stdout);
+}
+
+int Work(int argc, char** argv, pid_t parent) {
+    // Without the parent nobody would remove what is left half done.
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent)
+        return 1;
+    if (BoundMemory)
+        Limit(RLIMIT_AS, MemoryBytes);
+    Limit(RLIMIT_CPU, CpuSeconds);
+    Limit(RLIMIT_FSIZE, FileBytes);
+    Limit(RLIMIT_CORE, 0);
+
+    const QCoreApplication application(argc, argv);
+    const jet::Listener listener = {
+        .Progress = [](const QString& table, qint64 done,
+                       qint64 total) { Say(QStringLiteral("progress %1 %2 %3").arg(table).arg(done).arg(total)); },
+        .Note = [](const QString& text) { Say(QStringLiteral("note ") + text); },
+    };
+    const jet::ImportResult result = jet::Import(QFile::decodeName(argv[1]), QFile::decodeName(argv[2]), listener);
+    if (!result.error.isEmpty()) {
+        Say(QStringLiteral("error ") + result.error);
+        return 1;
+    }
+    Say(QStringLiteral("done %1").arg(result.rows));
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: JetImport SOURCE TARGET\n"
+                             "Takes over the Access/Jet file SOURCE into the new store TARGET.\n");
+        return 2;
+    }
+    // Nobody's file is removed below.
+    const QString target = QFile::decodeName(argv[2]);
+    if (QFileInfo::exists(target) || QFileInfo(target).isSymLink()) {
+        Say(QStringLiteral("error The file %1 exists already.").arg(target));
+        return 1;
+    }
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child == 0)
+        return Work(argc, argv, parent);
+    int status = 0;
+    if (child < 0 || waitpid(child, &status, 0) != child) {
+        Say(QStringLiteral("error A process cannot be started: ") + qt_error_string());
+        return 1;
+    }
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 0)
+        return 0;
+    QFile::remove(target);
+    QFile::remove(target + QStringLiteral("-journal"));
+    if (WIFEXITED(status) && WEXITSTATUS(status) == 1)
+        return 1;
+    const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    if (signal == SIGXCPU || signal == SIGKILL)
+        Say(QStringLiteral("error The file is damaged: reading it does not come to an end."));
+    else if (signal == SIGXFSZ)
+        Say(QStringLiteral("error The file is damaged: it never stops giving rows."));
+    else
+        Say(QStringLiteral("error The file is damaged: the reader broke down over it (%1).")
+                .arg(signal ? QStringLiteral("signal %1").arg(signal)
+                            : QStringLiteral("exit code %1").arg(WEXITSTATUS(status))));
+    return 1;
+}
