@@ -42,6 +42,8 @@ bool Recordset::Run(QSqlQuery& query, const QString& statement, const QVariantLi
 
 bool Recordset::Open(const QSqlDatabase& connection, const QString& source, const QVariantList& values, Cursor cursor) {
     Close();
+    if (!connection.isOpen())
+        return Fail(QStringLiteral("The database is closed."));
     const bool isTable = IsTable(source);
     QSqlQuery query(connection);
     if (isTable) {

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "core/EventLog.h"
+#include "core/IniUtility.h"
+#include "core/Installation.h"
+#include "core/Options.h"
+#include "database/Database.h"
+#include "database/Loaders.h"
+#include "database/Reload.h"
+#include "database/TicketRecords.h"
+#include "tests/support/TestClock.h"
+
+#include <QSqlError>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+/// A program folder with an empty store, and everything that works on it.
+class World {
+public:
+    explicit World(bool opens = true) {
+        ::QObject::connect(&log, &EventLog::Written, &log, [this](const QString& message) { lines += message; });
+        EXPECT_FALSE(Database::CreateEmpty(store));
+        if (opens)
+            database.OpenDatabase(store);
+    }
+
+    void Sql(const QString& statement) {
+        const Database::Error error = database.Run({statement});
+        EXPECT_FALSE(error) << qPrintable(statement) << ": " << qPrintable(error.value_or(QString()));
+    }
+
+    /// The first column of all rows, joined by commas; a null is "null".
+    QString Values(const QString& statement) {
+        QString error;
+        auto query = database.Select({statement}, error);
+        EXPECT_TRUE(query) << qPrintable(error);
+        QStringList values;
+        while (query && query->next())
+            values += query->value(0).isNull() ? QStringLiteral("null") : query->value(0).toString();
+        return values.join(u',');
+    }
+
+    /// The log lines since the last call.
+    QStringList TakeLines() { return std::exchange(lines, {}); }
+
+    /// Loads services and objects the way a reload does, but nothing more.
+    void LoadBoth() {
+        installation->NumServices = loaders.LoadServices().value_or(-1);
+        installation->NumObjects = loaders.LoadCounters().value_or(-1);
+    }
+
+    QTemporaryDir folder;
+    QString store = folder.filePath(QStringLiteral("Harbinet.mdb"));
+    TestClock clock;
+    EventLog log{folder.path(), clock};
+    QStringList lines;
+    IniUtility ini{folder.filePath(QStringLiteral("Tallora.ini"))};
+    Options options;
+    std::unique_ptr<model::Installation> installation = std::make_unique<model::Installation>();
+    Database database{folder.path(), ini, log, clock};
+    TicketRecords tickets{database, *installation, log};
+    Loaders loaders{database, tickets, *installation, options, log};
+    Reload reload{database, loaders, tickets, *installation, log};
+};
