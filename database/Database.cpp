@@ -142,6 +142,8 @@ Database::Error Database::Connect(const QString& path) {
 }
 
 void Database::UpgradeDatabase() {
+    if (!IsOpen())
+        return;
     std::vector<AddedColumn> columns = {
         {QStringLiteral("DateTimeFinish"), QStringLiteral("Date"), QStringLiteral("DateTimeFinish")},
         {QStringLiteral("Action"), QStringLiteral("smallint"), QStringLiteral("Act")},
