@@ -1,0 +1,2 @@
+#include "benchmarks/Benchmarks.h"
+void BenchmarkPrinterLoad() {}
