@@ -162,7 +162,7 @@ TEST_F(LoadersTest, SkipsRowsThatTheModelCannotHold) {
         const char* fault;
     } rows[] = {
         {service, "NULL, 1, 0, 0, 0, 1", "q_Id of row 1 is empty"},
-        {service, "32768, 1, 0, 0, 0, 1", "q_Id of row 32768 is too large"},
+        {service, "32768, 1, 256, 0, 0, 1", "q_Id of row 32768 is too large"},
         {service, "3, 1, 256, 0, 0, 1", "q_Button of row 3 is too large"},
         {service, "4, 1, 0, -32769, 0, 1", "q_route of row 4 is too large"},
         {service, "5, 1, 0, 0, 1e40, 1", "q_Number of row 5 is too large"},
@@ -217,12 +217,12 @@ TEST_F(LoadersTest, LoadsPlanAndDirectionsInTheirOrder) {
                                               QStringLiteral("Scan Plan not built")}));
     world.Sql(QStringLiteral("INSERT INTO Display (d_Id, d_Number, d_Address, d_On) VALUES (1, 1, 1, 1), (2, 2, 2, 1),"
                              " (3, 3, 3, 0)"));
-    world.Sql(QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) VALUES (1, 9), (3, 1), (2, 2), (1, NULL), (77, 3)"));
+    world.Sql(QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) VALUES (1, 9), (3, 1), (2, 2), (2, NULL), (77, 3)"));
     world.Sql(QStringLiteral("INSERT INTO [Info-Direction] VALUES (9, 1, 4), (2, 5, 1), (9, 1, 3)"));
     world.LoadBoth();
     model.NumScanEntries = world.loaders.LoadScanPlan().value_or(-1);
     model.NumDirections = world.loaders.LoadDirections().value_or(-1);
-    EXPECT_EQ(model.ScanOrder, std::vector<qint16>({0, 1, 0}));
+    EXPECT_EQ(model.ScanOrder, std::vector<qint16>({1, 1, 0}));
     EXPECT_EQ(world.TakeLines(), QStringList(2, QStringLiteral("Error in Scan Plan Table")));
     EXPECT_EQ(model.NumDirections, 3);
     EXPECT_EQ(model.DirectionTable[0].inf_Id, 2);
