@@ -103,6 +103,12 @@ bool IsOfLaterDays(const schema::Column& column) {
     return Names.contains(Latin(column.name), Qt::CaseInsensitive);
 }
 
+QString Reason(const QSqlError& error) {
+    if (error.databaseText().startsWith(QStringLiteral("UNIQUE")))
+        return QStringLiteral("Another row has the same key.");
+    return error.databaseText();
+}
+
 class Importer {
 public:
     Importer(JetFile& file, Store& store, const Listener& listener)
@@ -243,7 +249,7 @@ private:
                         .arg(name)
                         .arg(done + 1)
                         .arg(key >= 0 ? QStringLiteral(" (%1 %2)").arg(keyName, values[key].toString()) : QString())
-                        .arg(schema::ReadableError(insert.lastError().text())));
+                        .arg(Reason(insert.lastError())));
             if (++done % RowsPerReport == 0)
                 m_listener.Progress(name, done, std::max(done, total));
             return true;
@@ -280,7 +286,7 @@ private:
 
     void Check() {
         const QString verdict = m_store.Ask(QStringLiteral("PRAGMA integrity_check")).toString();
-        if (verdict != QStringLiteral("ok") && !IsAboutValues(verdict))
+        if (verdict != QStringLiteral("ok"))
             throw Failure(QStringLiteral("The new store is damaged: ") + verdict);
         for (const Counted& counted : m_counted) {
             const qint64 rows =
@@ -289,11 +295,6 @@ private:
                 throw Failure(
                     QStringLiteral("Table %1: %2 of %3 rows arrived.").arg(counted.table).arg(rows).arg(counted.rows));
         }
-    }
-
-    // Values outside their column's kind are kept on purpose.
-    static bool IsAboutValues(const QString& verdict) {
-        return verdict.startsWith(QStringLiteral("CHECK constraint failed"));
     }
 
     JetFile& m_file;

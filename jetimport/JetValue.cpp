@@ -103,13 +103,16 @@ QString Text4(QByteArrayView bytes) {
 
 QVariant Moment(double days) {
     constexpr double FirstDay = -657434;
-    constexpr double LastDay = 2958466;
-    if (!(days > FirstDay - 1 && days < LastDay))
+    constexpr double EndDay = 2958466;
+    if (!(days > FirstDay - 1 && days < EndDay))
         return days;
     const double wholeDays = std::trunc(days);
     auto seconds = qint64(std::llround(std::abs(days - wholeDays) * 86400));
     const QDate date = QDate(1899, 12, 30).addDays(qint64(wholeDays) + seconds / 86400);
     seconds %= 86400;
+    // Rounded up out of the last day.
+    if (date.year() > 9999)
+        return days;
     return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d", date.year(), date.month(), date.day(),
                              int(seconds / 3600), int(seconds / 60 % 60), int(seconds % 60));
 }

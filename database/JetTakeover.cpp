@@ -1,0 +1,301 @@
+#include "database/JetTakeover.h"
+
+#include "core/EventLog.h"
+#include "database/ImporterRun.h"
+#include "database/Schema.h"
+#include "database/StoreKind.h"
+#include "platform/Dialogs.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QUuid>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <memory>
+#include <utility>
+
+namespace {
+
+QString TemporaryStore(const QString& file) {
+    return file + QStringLiteral(".takeover");
+}
+
+QString TemporaryCopy(const QString& file) {
+    return file + QStringLiteral(".takeover-copy");
+}
+
+void RemoveLeftovers(const QString& file) {
+    QFile::remove(TemporaryStore(file));
+    QFile::remove(TemporaryStore(file) + QStringLiteral("-journal"));
+    QFile::remove(TemporaryCopy(file));
+}
+
+bool IsSameFile(const QString& a, const QString& b) {
+    struct stat first {};
+    struct stat second {};
+    return stat(QFile::encodeName(a).constData(), &first) == 0 &&
+           stat(QFile::encodeName(b).constData(), &second) == 0 && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
+
+/// The name that keeps the old file: the first that is free, or that a killed run has already given it.
+QString KeptName(const QString& file) {
+    const QFileInfo info(file);
+    const QString stem = info.dir().filePath(info.completeBaseName() + QStringLiteral(".jet"));
+    for (int number = 1;; ++number) {
+        const QString name =
+            (number == 1 ? stem : QStringLiteral("%1-%2").arg(stem).arg(number)) + QStringLiteral(".mdb");
+        const QFileInfo candidate(name);
+        if ((!candidate.exists() && !candidate.isSymLink()) || IsSameFile(name, file))
+            return name;
+    }
+}
+
+bool FlushPath(const QString& path) {
+    const int descriptor = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    const bool flushed = descriptor >= 0 && fsync(descriptor) == 0;
+    if (descriptor >= 0)
+        close(descriptor);
+    return flushed;
+}
+
+/// @return what went wrong; empty if `kept` is a second name, or a whole copy, of `file`.
+QString Keep(const QString& file, const QString& kept) {
+    if (IsSameFile(file, kept) || link(QFile::encodeName(file).constData(), QFile::encodeName(kept).constData()) == 0)
+        return {};
+    // Not every file system has links.
+    const QString copy = TemporaryCopy(file);
+    QFile source(file);
+    if (source.copy(copy) && FlushPath(copy) && QFile::rename(copy, kept))
+        return {};
+    const QString reason = source.error() == QFileDevice::NoError ? qt_error_string() : source.errorString();
+    QFile::remove(copy);
+    return QStringLiteral("The old file cannot be kept as %1: %2.").arg(kept, reason);
+}
+
+/// Gives the store `temporary` the name `file`, and the file's bytes the name `kept`.
+/// @return what went wrong; then all is as it was.
+QString Swap(const QString& file, const QString& temporary, const QString& kept) {
+    const QString folder = QFileInfo(file).path();
+    // A store has to be writable for its owner, whatever the old file was.
+    const QFileDevice::Permissions permissions =
+        QFile::permissions(file) | QFileDevice::ReadOwner | QFileDevice::WriteOwner;
+    if (!QFile::setPermissions(temporary, permissions) || !FlushPath(temporary))
+        return QStringLiteral("The new store cannot be finished: %1.").arg(qt_error_string());
+    const bool wasKept = IsSameFile(file, kept);
+    const QString error = Keep(file, kept);
+    if (!error.isEmpty())
+        return error;
+    FlushPath(folder);
+    if (std::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(file).constData()) != 0) {
+        const QString reason = qt_error_string();
+        if (!wasKept)
+            QFile::remove(kept);
+        return QStringLiteral("The new store cannot take the file's name: %1.").arg(reason);
+    }
+    FlushPath(folder);
+    return {};
+}
+
+/// Removes a connection of Qt's list when it goes out of scope.
+class Connection {
+public:
+    explicit Connection(const QString& path)
+        : m_name(QUuid::createUuid().toString())
+        , Database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name)) {
+        Database.setDatabaseName(path);
+    }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    ~Connection() {
+        Database.close();
+        Database = {};
+        QSqlDatabase::removeDatabase(m_name);
+    }
+
+private:
+    QString m_name;
+
+public:
+    QSqlDatabase Database;
+};
+
+QString Native(const QString& path) {
+    return QDir::toNativeSeparators(path);
+}
+
+} // namespace
+
+JetTakeover::JetTakeover(Dialogs& dialogs, EventLog& log, QString importer, std::chrono::milliseconds patience)
+    : m_dialogs(dialogs)
+    , m_log(log)
+    , m_importer(std::move(importer))
+    , m_patience(patience) {}
+
+JetTakeover::~JetTakeover() = default;
+
+QString JetTakeover::StoreFault(const QString& path) {
+    const Connection connection(path);
+    QSqlDatabase database = connection.Database;
+    if (!database.open())
+        return QStringLiteral("It cannot be opened: %1.").arg(database.lastError().databaseText());
+    QSqlQuery query(database);
+    // Values outside their column's range are the loaders' business.
+    query.exec(QStringLiteral("PRAGMA ignore_check_constraints = ON"));
+    if (!query.exec(QStringLiteral("PRAGMA quick_check(1)")) || !query.next())
+        return QStringLiteral("It is damaged: %1.").arg(query.lastError().databaseText());
+    const QString verdict = query.value(0).toString();
+    if (verdict != QStringLiteral("ok"))
+        return QStringLiteral("It is damaged: %1.").arg(verdict);
+    query.finish();
+    const QStringList present = database.tables();
+    QStringList missing;
+    for (const schema::Table& table : schema::Tables()) {
+        const QString name = QString::fromLatin1(table.name);
+        if (!present.contains(name, Qt::CaseInsensitive))
+            missing += name;
+    }
+    if (!missing.isEmpty())
+        return QStringLiteral("It is no database of this program; it lacks the table(s) %1.")
+            .arg(missing.join(QStringLiteral(", ")));
+    return {};
+}
+
+QCoro::Task<bool> JetTakeover::Prepare(QString path) {
+    if (m_closed)
+        co_return false;
+    QString fault;
+    switch (StoreKindOfFile(path)) {
+    case StoreKind::Sqlite:
+        fault = StoreFault(path);
+        if (fault.isEmpty())
+            co_return true;
+        fault = QStringLiteral("The database %1 cannot be used.\n\n%2").arg(Native(path), fault);
+        break;
+    case StoreKind::Jet3:
+    case StoreKind::Jet4:
+    case StoreKind::Ace: {
+        const Result result = co_await TakeOver(path);
+        co_return result == Result::Done;
+    }
+    case StoreKind::Missing:
+        fault = QStringLiteral("The file %1 does not exist.").arg(Native(path));
+        break;
+    case StoreKind::Unreadable:
+        fault = QStringLiteral("The file %1 cannot be read.").arg(Native(path));
+        break;
+    case StoreKind::Empty:
+        fault = QStringLiteral("The file %1 is empty; it holds no database.").arg(Native(path));
+        break;
+    case StoreKind::Other:
+        fault = QStringLiteral("The file %1 is neither a database of this program nor an Access database.")
+                    .arg(Native(path));
+        break;
+    }
+    m_log.WriteLog(fault.simplified(), EventLog::Error);
+    co_await m_dialogs.ShowMessage(BoxKind::Critical, fault);
+    co_return false;
+}
+
+QCoro::Task<JetTakeover::Result> JetTakeover::TakeOver(QString file) {
+    if (m_closed)
+        co_return Result::Cancelled;
+    // What a link names is replaced, not the link.
+    const QString canonical = QFileInfo(file).canonicalFilePath();
+    if (!canonical.isEmpty())
+        file = canonical;
+    const QString question =
+        QStringLiteral("%1\nis an Access database. This program keeps its data in a store of another kind.\n\n"
+                       "Take all data over into a new store now?\n\n"
+                       "The new store gets the name of this file. The old file is kept unchanged as %2.")
+            .arg(Native(file), QFileInfo(KeptName(file)).fileName());
+    const bool agreed = co_await m_dialogs.AskYesNo(BoxKind::Information, question);
+    if (m_closed)
+        co_return Result::Cancelled;
+    if (!agreed)
+        co_return Result::Declined;
+
+    QLockFile lock(file + QStringLiteral(".takeover-lock"));
+    // The age of a lock says nothing: only that of a dead process may be taken away.
+    lock.setStaleLockTime(0);
+    if (!lock.tryLock(0)) {
+        const QString reason = lock.error() == QLockFile::LockFailedError
+                                   ? QStringLiteral("Another program is taking it over right now.")
+                                   : QStringLiteral("Its folder cannot be written to.");
+        const Result failed = co_await Fail(file, reason);
+        co_return failed;
+    }
+    RemoveLeftovers(file);
+    const Result result = co_await TakeOverLocked(file);
+    RemoveLeftovers(file);
+    co_return result;
+}
+
+QCoro::Task<JetTakeover::Result> JetTakeover::TakeOverLocked(QString file) {
+    const QString temporary = TemporaryStore(file);
+    const QFileInfo before(file);
+    const QDateTime changed = before.lastModified();
+    const qint64 size = before.size();
+
+    ImporterRun::Outcome outcome;
+    QString reason;
+    {
+        const std::unique_ptr<ProgressBox> box =
+            m_dialogs.ShowProgress(QStringLiteral("Taking over %1").arg(before.fileName()));
+        auto run = std::make_unique<ImporterRun>(*box, m_patience);
+        m_run = run.get();
+        run->Start(m_importer, file, temporary);
+        outcome = co_await run->Done().Wait();
+        run.release()->Retire();
+        if (!outcome.stopped && box->IsCancelled())
+            outcome.stopped = true;
+    }
+    if (outcome.stopped || m_closed)
+        co_return Result::Cancelled;
+
+    reason = outcome.error;
+    if (reason.isEmpty())
+        reason = StoreFault(temporary);
+    const QFileInfo after(file);
+    if (reason.isEmpty() && (after.lastModified() != changed || after.size() != size))
+        reason = QStringLiteral("Another program changed it meanwhile.");
+    const QString kept = KeptName(file);
+    if (reason.isEmpty())
+        reason = Swap(file, temporary, kept);
+    if (!reason.isEmpty()) {
+        const Result failed = co_await Fail(file, reason);
+        co_return failed;
+    }
+    for (const QString& note : std::as_const(outcome.notes))
+        m_log.WriteLog(QStringLiteral("Take over: ") + note, EventLog::Warning);
+    m_log.WriteLog(QStringLiteral("%1 taken over, %2 rows. The old file is kept as %3.")
+                       .arg(Native(file))
+                       .arg(outcome.rows)
+                       .arg(Native(kept)));
+    co_return Result::Done;
+}
+
+QCoro::Task<JetTakeover::Result> JetTakeover::Fail(QString file, QString reason) {
+    m_log.WriteLog(QStringLiteral("%1 was not taken over: %2").arg(Native(file), reason.simplified()), EventLog::Error);
+    const QString text =
+        QStringLiteral("%1 was not taken over.\n\n%2\n\nThe file is as it was.").arg(Native(file), reason);
+    co_await m_dialogs.ShowMessage(BoxKind::Critical, text);
+    co_return Result::Failed;
+}
+
+void JetTakeover::Close() {
+    m_closed = true;
+    if (m_run)
+        m_run->Stop();
+}
