@@ -12,6 +12,8 @@ public:
     PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
     QString Path() const { return m_path; }
+    /// The file descriptor of this end.
+    int Descriptor() const { return m_master; }
 
     /// All that the program has written since the last call; does not wait.
     QByteArray Read();

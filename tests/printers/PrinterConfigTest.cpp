@@ -1,0 +1,143 @@
+#include "printers/PrinterConfig.h"
+
+#include "core/EventLog.h"
+#include "core/Installation.h"
+#include "hubs/HubRouter.h"
+#include "platform/SerialControl.h"
+#include "tests/support/AnsweringEnd.h"
+#include "tests/support/Files.h"
+#include "tests/support/TestClock.h"
+#include "tests/support/Waiting.h"
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+
+namespace {
+
+/// Two services, a printer on the bus, and one behind a hub.
+class PrinterConfigTest : public ::testing::Test {
+protected:
+    PrinterConfigTest() {
+        EXPECT_FALSE(m_control.SetPort(m_end.Terminal.Path(), QStringLiteral("115200,n,8,1")).has_value());
+        EXPECT_TRUE(m_control.Open());
+        ::QObject::connect(&m_log, &EventLog::Written, [this](const QString& message) { m_messages += message; });
+        ::QObject::connect(&m_config, &PrinterConfig::Progress, [this](const QString& name, int done, int total) {
+            m_progress += QStringLiteral("%1 %2/%3").arg(name).arg(done).arg(total);
+        });
+        for (const QString& name : {QStringLiteral("A"), QStringLiteral("B")}) {
+            model::QService& service = m_installation->QServices[static_cast<std::size_t>(m_installation->NumServices)];
+            service.Name = name;
+            service.SeriesIndex = m_installation->NumServices++;
+            service.Button = static_cast<quint8>(m_installation->NumServices);
+        }
+        Add(1, 1, model::Counter, 0);
+        Add(2, 32, model::Printer, 0);
+        Add(3, 33, model::Printer, 4);
+        Add(4, 64, model::Hub, 0);
+        BuildHubTable(*m_installation, m_log);
+    }
+
+    void Add(qint32 id, quint8 address, model::ObjectType type, qint32 hubId) {
+        model::QObject& object = m_installation->QObjects[static_cast<std::size_t>(m_installation->NumObjects++)];
+        object.Id = id;
+        object.Name = QStringLiteral("object %1").arg(id);
+        object.Address = address;
+        object.Type = type;
+        object.HubId = hubId;
+    }
+
+    static QByteArray Row(const QByteArray& head, const QByteArray& name) {
+        return head + name.leftJustified(64, '\0') + QByteArray(64, '\0');
+    }
+
+    QTemporaryDir m_folder;
+    TestClock m_clock;
+    EventLog m_log{m_folder.path(), m_clock};
+    AnsweringEnd m_end;
+    SerialControl m_control;
+    Bus m_bus{m_control, m_log};
+    std::unique_ptr<model::Installation> m_installation = std::make_unique<model::Installation>();
+    HubRouter m_router{m_bus, *m_installation};
+    PrinterConfig m_config{
+        m_folder.path(), *m_installation, m_router, m_clock, [](qint32) { return QString(); }, m_log};
+    QStringList m_messages;
+    QStringList m_progress;
+};
+
+bool IsLetter(const QByteArray& command, char letter) {
+    return command[2] == letter;
+}
+
+} // namespace
+
+TEST_F(PrinterConfigTest, AFullLoadSendsTablesAndClosesThem) {
+    EXPECT_TRUE(Await(m_config.SendPrinterConfig(1, true)));
+    EXPECT_EQ(m_end.Commands,
+              (QByteArrayList{"P K0201021", "P P", "P " + Row("M000", "A"), "P " + Row("M011", "B"), "P N"}));
+    EXPECT_EQ(m_clock.Waits, (std::vector<int>{200, 5000}));
+    EXPECT_TRUE(m_messages.isEmpty());
+    EXPECT_EQ(m_progress.first(), QStringLiteral("object 2 0/5"));
+    EXPECT_EQ(m_progress.last(), QStringLiteral("object 2 5/5"));
+    EXPECT_TRUE(ReadFile(m_folder.filePath(QStringLiteral("TDSVCfg.log")))
+                    .startsWith("Button Table:\n0x02,0x01,0x02,0,0,0,0\n"));
+}
+
+TEST_F(PrinterConfigTest, AStartUpLoadLeavesTheTableOpenAndAlwaysSucceeds) {
+    m_end.IsSilent = [](const QByteArray& command) { return IsLetter(command, 'K'); };
+    EXPECT_TRUE(Await(m_config.SendPrinterConfig(1, false)));
+    EXPECT_EQ(m_end.Commands, (QByteArrayList{"P K020102!", "P P", "P " + Row("M000", "A"), "P " + Row("M011", "B")}));
+    EXPECT_EQ(m_messages, QStringList{QStringLiteral("Error on set btn table")});
+}
+
+TEST_F(PrinterConfigTest, BehindAHubEverythingIsRelayedWithinTheBracket) {
+    EXPECT_TRUE(Await(m_config.SendPrinterConfig(2, true)));
+    EXPECT_EQ(m_end.Commands, (QByteArrayList{"p J0", "p NQK0201021", "p NQP", "p NQ" + Row("M000", "A"),
+                                              "p NQ" + Row("M011", "B"), "p NQN", "p J1"}));
+}
+
+TEST_F(PrinterConfigTest, AFailedRowIsTriedTwiceLoggedAndPassedOver) {
+    m_end.IsSilent = [](const QByteArray& command) { return command.startsWith("P M00"); };
+    EXPECT_TRUE(Await(m_config.SendPrinterConfig(1, true)));
+    const QByteArray row = "P " + Row("M000", "A");
+    EXPECT_EQ(m_end.Commands, (QByteArrayList{"P K0201021", "P P", row, row, "P " + Row("M011", "B"), "P N"}));
+    EXPECT_EQ(m_messages, QStringList{QStringLiteral("Error on set service table")});
+}
+
+TEST_F(PrinterConfigTest, WithoutTheClosingAnswerTheLoadFailsAtOnceAndTheNextPrinterFollows) {
+    m_end.IsSilent = [](const QByteArray& command) { return command == "p NQN" || command == "P N"; };
+    EXPECT_FALSE(Await(m_config.ConfigAllPrinters()));
+    EXPECT_EQ(m_end.Commands.mid(4, 4), (QByteArrayList{"P N", "P N", "p J0", "p NQK0201021"}));
+    EXPECT_EQ(m_end.Commands.last(3), (QByteArrayList{"p NQN", "p NQN", "p J1"}));
+    EXPECT_EQ(m_clock.Waits, (std::vector<int>{200, 200}));
+    EXPECT_EQ(m_messages.count(QStringLiteral("Error on set service table")), 2);
+}
+
+TEST_F(PrinterConfigTest, APrinterThatItsHubDoesNotListGetsNothing) {
+    m_installation->HubTable[3].Count = 0;
+    EXPECT_FALSE(Await(m_config.SendPrinterConfig(2, true)));
+    EXPECT_TRUE(m_end.Commands.isEmpty());
+    EXPECT_EQ(m_messages.size(), 4);
+}
+
+TEST_F(PrinterConfigTest, WithoutServicesOnlyTheButtonTableAndTheEndGoOut) {
+    m_installation->NumServices = 0;
+    EXPECT_TRUE(Await(m_config.SendPrinterConfig(1, true)));
+    EXPECT_EQ(m_end.Commands, (QByteArrayList{"P K001", "P P", "P N"}));
+    EXPECT_EQ(ReadFile(m_folder.filePath(QStringLiteral("TDSVCfg.log"))),
+              "Button Table:\n0x00,0,0,0,0\nService Table:\n");
+}
+
+TEST_F(PrinterConfigTest, WithoutPrintersAllIsWell) {
+    m_installation->NumObjects = 1;
+    EXPECT_TRUE(Await(m_config.ConfigAllPrinters()));
+    EXPECT_TRUE(m_end.Commands.isEmpty());
+}
+
+TEST_F(PrinterConfigTest, EndingTheProgramUnwindsARunningLoad) {
+    m_end.IsSilent = [](const QByteArray&) { return true; };
+    const auto running = m_config.ConfigAllPrinters();
+    ASSERT_TRUE(WaitUntil([this] { return !m_end.Commands.isEmpty(); }));
+    m_bus.Close();
+    EXPECT_TRUE(running.isReady());
+}

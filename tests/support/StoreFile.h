@@ -1,0 +1,25 @@
+#pragma once
+
+#include "database/Database.h"
+
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+/// A new store of the full schema at `path`, with what `statements` put into it.
+inline void MakeStore(const QString& path, const QStringList& statements) {
+    const Database::Error error = Database::CreateEmpty(path);
+    ASSERT_FALSE(error.has_value()) << qPrintable(*error);
+    {
+        QSqlDatabase store = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("MakeStore"));
+        store.setDatabaseName(path);
+        ASSERT_TRUE(store.open());
+        QSqlQuery query(store);
+        for (const QString& statement : statements)
+            ASSERT_TRUE(query.exec(statement)) << qPrintable(statement) << ": " << qPrintable(query.lastError().text());
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("MakeStore"));
+}
