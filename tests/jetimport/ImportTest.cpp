@@ -109,6 +109,14 @@ TEST_F(Import, FollowsAMovedRowAndReadsItOnce) {
     EXPECT_EQ(All("rData"), tickets);
 }
 
+TEST_F(Import, ReadsLongTextsWhereverTheyLie) {
+    const QString text = QStringLiteral("Xin ch\u00E0o! ").repeated(40) + QChar(0x1EBF);
+    ASSERT_EQ(Run(WithMessages(Wide(text))).code, 0);
+    const QString quoted = u'\'' + text + u'\'';
+    EXPECT_EQ(Lines(All("Message")),
+              Lines({u"1|"_qs + quoted, u"2|"_qs + quoted, u"3|"_qs + quoted, QStringLiteral("4|-")}));
+}
+
 TEST_F(Import, CarriesUnknownColumnsAndMakesLackingOnes) {
     const auto place = Bytes().indexOf(Wide(u"Notes"), 33 * PageSize);
     ASSERT_LT(place, 34 * PageSize);

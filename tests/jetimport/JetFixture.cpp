@@ -32,10 +32,10 @@ void SetRowCount(QByteArray& bytes, int rows) {
     Put<quint32>(bytes, TicketDefinitionPage * PageSize + 16, quint32(rows));
 }
 
-QByteArray Page(const QByteArrayList& rows, quint16 marks) {
+QByteArray Page(const QByteArrayList& rows, quint16 marks, quint32 owner = TicketDefinitionPage) {
     QByteArray page(PageSize, '\0');
     page[0] = page[1] = 1;
-    Put<quint32>(page, 4, TicketDefinitionPage);
+    Put<quint32>(page, 4, owner);
     Put<quint16>(page, RowsOffset, quint16(rows.size()));
     int place = PageSize;
     for (int row = 0; row < rows.size(); ++row) {
@@ -47,12 +47,30 @@ QByteArray Page(const QByteArrayList& rows, quint16 marks) {
     return page;
 }
 
-int Append(QByteArray& bytes, const QByteArray& page) {
+int Append(QByteArray& bytes, const QByteArray& page, int mapPage = TicketMapPage) {
     const int number = int(bytes.size() / PageSize);
     bytes += page;
-    char& eight = bytes.data()[TicketMapPage * PageSize + 4 + number / 8];
+    char& eight = bytes.data()[mapPage * PageSize + 4 + number / 8];
     eight = char(eight | 1 << number % 8);
     return number;
+}
+
+template <typename T>
+QByteArray Little(T value) {
+    QByteArray bytes(sizeof(T), '\0');
+    Put<T>(bytes, 0, value);
+    return bytes;
+}
+
+// A row of one fixed column of four bytes and one of any length.
+QByteArray MessageRow(qint32 id, const QByteArray& value) {
+    const auto end = quint16(6 + value.size());
+    return Little<quint16>(2) + Little(id) + value + Little(end) + Little<quint16>(6) + Little<quint16>(1) +
+           (value.isEmpty() ? '\1' : '\3');
+}
+
+QByteArray Reference(qsizetype length, quint32 kind, int page, int row) {
+    return Little(quint32(length) | kind) + Little(quint32(page) << 8 | quint32(row)) + Little<quint32>(0);
 }
 
 } // namespace
@@ -100,6 +118,28 @@ QByteArray WithoutTickets() {
     for (int row = 0; row < 7; ++row)
         Put<quint16>(bytes, TicketPage * PageSize + RowTable + 2 * row, quint16(Place(bytes, row) | 0xC000));
     SetRowCount(bytes, 0);
+    return bytes;
+}
+
+QByteArray WithMessages(const QByteArray& text) {
+    constexpr int DefinitionPage = 41;
+    constexpr int MapOfMaps = 42;
+    constexpr quint32 LongValues = 0x4C41564C; // "LVAL" in place of the owner
+    QByteArray bytes = Bytes();
+    const auto values = int(bytes.size() / PageSize);
+    const qsizetype half = text.size() / 2;
+    bytes += Page({text, Little(quint32(values) << 8 | 2) + text.first(half), Little<quint32>(0) + text.sliced(half)},
+                  0, LongValues);
+    const int map = values + 1;
+    bytes += QByteArray("\5\1", 2) + QByteArray(PageSize - 2, '\0');
+    Put<quint32>(bytes, MapOfMaps * PageSize + 0xFBC, quint32(map));
+    Append(bytes,
+           Page({MessageRow(1, Reference(text.size(), 0x80000000, 0, 0) + text),
+                 MessageRow(2, Reference(text.size(), 0x40000000, values, 0)),
+                 MessageRow(3, Reference(text.size(), 0, values, 1)), MessageRow(4, {})},
+                0, DefinitionPage),
+           map);
+    Put<quint32>(bytes, DefinitionPage * PageSize + 16, 4);
     return bytes;
 }
 

@@ -22,6 +22,9 @@ QByteArray WithMovedTicket(int row);
 /// The same with all rows of `rData` deleted.
 QByteArray WithoutTickets();
 
+/// The same with rows 1 to 4 in `Message`: `text` behind its reference, in a row elsewhere, in two chained rows, null.
+QByteArray WithMessages(const QByteArray& text);
+
 struct Finished {
     int code = -1; ///< -1 after a signal
     QString output;
