@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=$1
-export ORVEX_JETIMPORT="$2/JetImport"
+export JETIMPORT="$2/JetImport"
 for corpus in fuzz/corpus/*/; do
     target=fuzz_$(basename "$corpus")
     echo "$target: $(find "$corpus" -type f | wc -l) inputs"
