@@ -1,0 +1,38 @@
+#include "simulator/Faults.h"
+
+Faults::Faults(FaultSettings settings)
+    : m_settings(std::move(settings))
+    , m_engine(m_settings.Seed) {}
+
+bool Faults::Happens(double probability) {
+    // The library's distributions differ between implementations, the engine does not.
+    constexpr double range = 4294967296.0;
+    return double(m_engine()) / range < probability;
+}
+
+Faults::Plan Faults::Next() {
+    Plan plan;
+    plan.DropRequest = Happens(m_settings.DropRequest);
+    plan.DropReply = Happens(m_settings.DropReply);
+    const bool corrupt = Happens(m_settings.Corrupt);
+    plan.Delay = Happens(m_settings.Delay);
+    const bool noise = Happens(m_settings.Noise);
+    plan.Slice = Happens(m_settings.Slice);
+    if (corrupt) {
+        plan.CorruptMask = static_cast<quint8>(1u << (m_engine() % 8));
+        plan.CorruptPlace = static_cast<quint32>(m_engine());
+    }
+    if (noise) {
+        const quint32 count = 1 + static_cast<quint32>(m_engine()) % 8;
+        for (quint32 i = 0; i < count; ++i)
+            plan.Noise += static_cast<char>(m_engine() % 256);
+    }
+    return plan;
+}
+
+void Faults::Corrupt(QByteArray& bytes, const Plan& plan) {
+    if (plan.CorruptMask == 0 || bytes.isEmpty())
+        return;
+    const qsizetype place = qsizetype(plan.CorruptPlace) % bytes.size();
+    bytes[place] = static_cast<char>(static_cast<quint8>(bytes[place]) ^ plan.CorruptMask);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "simulator/SimulatedDevice.h"
+
+/// A main display: `H` shows a text behind a four-digit number, `S` is its query.
+class InformationDisplay final : public SimulatedDevice {
+public:
+    using SimulatedDevice::SimulatedDevice;
+
+    /// The four hexadecimal digits of the last `H`, empty before.
+    const QByteArray& NumberText() const { return m_number; }
+    /// The text behind them.
+    const QByteArray& Text() const { return m_text; }
+
+    Answer Handle(char letter, const QByteArray& data) override;
+    QString Meaning(char letter) const override;
+    QString Summary() const override;
+
+private:
+    QByteArray m_number;
+    QByteArray m_text;
+};

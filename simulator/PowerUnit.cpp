@@ -1,0 +1,22 @@
+#include "simulator/PowerUnit.h"
+
+SimulatedDevice::Answer PowerUnit::Handle(char letter, const QByteArray& data) {
+    if (letter != 'G' && letter != 'T')
+        return UnknownLetter();
+    if (data.size() != 2)
+        return WrongLength(data);
+    if (data != (letter == 'G' ? "77" : "68"))
+        return Refused(QStringLiteral("wrong key word"));
+    m_on = letter == 'G';
+    return Reply();
+}
+
+QString PowerUnit::Meaning(char letter) const {
+    if (letter == 'G')
+        return QStringLiteral("switch on");
+    return letter == 'T' ? QStringLiteral("switch off") : QString();
+}
+
+QString PowerUnit::Summary() const {
+    return QStringLiteral("%1: %2\n").arg(Title(), m_on ? QStringLiteral("on") : QStringLiteral("off"));
+}

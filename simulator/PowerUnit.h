@@ -1,0 +1,18 @@
+#pragma once
+
+#include "simulator/SimulatedDevice.h"
+
+/// A power supply: `G` with "77" switches on, `T` with "68" off.
+class PowerUnit final : public SimulatedDevice {
+public:
+    using SimulatedDevice::SimulatedDevice;
+
+    bool IsOn() const { return m_on; }
+
+    Answer Handle(char letter, const QByteArray& data) override;
+    QString Meaning(char letter) const override;
+    QString Summary() const override;
+
+private:
+    bool m_on = false;
+};

@@ -1,0 +1,398 @@
+#include "simulator/SimulatedBus.h"
+
+#include "link/Encodings.h"
+#include "link/Frames.h"
+#include "simulator/CounterKeypad.h"
+#include "simulator/InformationDisplay.h"
+#include "simulator/PowerUnit.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSocketNotifier>
+
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <stdlib.h>
+#include <sys/timerfd.h>
+#include <termios.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr qint64 Second = 1'000'000'000;
+constexpr qint64 Millisecond = 1'000'000;
+constexpr int BitsPerCharacter = 10;
+/// Waking for each character of a fast line would cost more than it shows.
+constexpr qint64 PacedBurst = 2 * Millisecond;
+/// Apart far enough that the reader sees most characters one by one.
+constexpr qint64 SliceGap = Millisecond / 5;
+constexpr int SlaveWatchMilliseconds = 10;
+
+qint64 Now() {
+    timespec time{};
+    ::clock_gettime(CLOCK_MONOTONIC, &time);
+    return qint64(time.tv_sec) * Second + time.tv_nsec;
+}
+
+std::unique_ptr<SimulatedDevice> MakeDevice(const BusDevice& identity) {
+    switch (identity.Class) {
+    case DeviceClass::Counter:
+        return std::make_unique<CounterKeypad>(identity);
+    case DeviceClass::Printer:
+        return std::make_unique<TicketPrinter>(identity);
+    case DeviceClass::Display:
+        return std::make_unique<InformationDisplay>(identity);
+    case DeviceClass::Hub:
+        return std::make_unique<DeviceHub>(identity);
+    case DeviceClass::PowerUnit:
+        break;
+    }
+    return std::make_unique<PowerUnit>(identity);
+}
+
+QString SystemError(const QString& what) {
+    return QStringLiteral("%1: %2").arg(what, QString::fromLocal8Bit(std::strerror(errno)));
+}
+
+} // namespace
+
+SimulatedBus::SimulatedBus(const BusInstallation& installation, QObject* parent)
+    : QObject(parent)
+    , m_timer(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {
+    for (const BusDevice& identity : installation.Devices()) {
+        m_devices.push_back(MakeDevice(identity));
+        m_byAddress[identity.Address] = m_devices.back().get();
+        if (auto* const printer = dynamic_cast<TicketPrinter*>(m_devices.back().get()))
+            printer->OnLoaded = [this, address = int(identity.Address)] { Q_EMIT PrinterLoaded(address); };
+    }
+    for (const std::unique_ptr<SimulatedDevice>& device : m_devices) {
+        if (!device->Identity().Hub)
+            continue;
+        if (auto* const hub = FindAs<DeviceHub>(*device->Identity().Hub))
+            hub->Attach(*device);
+    }
+    m_decoder.OnAck = [this] { ++m_counters.Acks; };
+    m_decoder.OnCommand = [this](const FrameDecoder::Command& command) { HandleCommand(command); };
+
+    m_slaveWatch.setInterval(SlaveWatchMilliseconds);
+    connect(&m_slaveWatch, &QTimer::timeout, this, &SimulatedBus::WaitForSlave);
+    if (m_timer >= 0) {
+        m_timerNotifier = new QSocketNotifier(m_timer, QSocketNotifier::Read, this);
+        connect(m_timerNotifier, &QSocketNotifier::activated, this, [this] {
+            quint64 expirations = 0;
+            if (::read(m_timer, &expirations, sizeof expirations) > 0)
+                Pump();
+        });
+    }
+}
+
+SimulatedBus::~SimulatedBus() {
+    blockSignals(true);
+    HangUp();
+    delete m_timerNotifier;
+    if (m_timer >= 0)
+        ::close(m_timer);
+}
+
+void SimulatedBus::SetBaudRate(int baudRate) {
+    m_characterTime = baudRate > 0 ? Second * BitsPerCharacter / baudRate : 0;
+}
+
+void SimulatedBus::SetFaults(const FaultSettings& settings) {
+    m_faults = Faults(settings);
+    for (const std::unique_ptr<SimulatedDevice>& device : m_devices)
+        device->SetSilent(settings.Silent.count(device->Identity().Address) > 0);
+}
+
+bool SimulatedBus::SetSilent(int address, bool silent) {
+    SimulatedDevice* const device = Find(address);
+    if (device != nullptr)
+        device->SetSilent(silent);
+    return device != nullptr;
+}
+
+SimulatedDevice* SimulatedBus::Find(int address) const {
+    return address >= 0 && address < int(m_byAddress.size()) ? m_byAddress[size_t(address)] : nullptr;
+}
+
+QString SimulatedBus::Summary() const {
+    QString text;
+    for (const std::unique_ptr<SimulatedDevice>& device : m_devices)
+        text += device->Summary();
+    return text;
+}
+
+QString SimulatedBus::Open() {
+    if (IsOpen())
+        return {};
+    if (m_timer < 0)
+        return QStringLiteral("no timer for the bus");
+    m_master = ::posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    termios settings{};
+    std::array<char, 128> name{};
+    if (m_master < 0 || ::grantpt(m_master) != 0 || ::unlockpt(m_master) != 0 ||
+        ::tcgetattr(m_master, &settings) != 0 || ::ptsname_r(m_master, name.data(), name.size()) != 0) {
+        const QString problem = SystemError(QStringLiteral("pseudo-terminal"));
+        HangUp();
+        return problem;
+    }
+    ::cfmakeraw(&settings);
+    ::tcsetattr(m_master, TCSANOW, &settings);
+    const QString slavePath = QString::fromLocal8Bit(name.data());
+    if (!m_linkPath.isEmpty()) {
+        if (QFileInfo(m_linkPath).isSymLink())
+            QFile::remove(m_linkPath);
+        if (!QFile::link(slavePath, m_linkPath)) {
+            const QString problem = SystemError(m_linkPath);
+            ::close(std::exchange(m_master, -1));
+            return problem;
+        }
+    }
+    m_slavePath = slavePath;
+    m_readable = new QSocketNotifier(m_master, QSocketNotifier::Read, this);
+    connect(m_readable, &QSocketNotifier::activated, this, &SimulatedBus::ReadLine);
+    return {};
+}
+
+void SimulatedBus::HangUp() {
+    if (!IsOpen())
+        return;
+    if (m_readable != nullptr) {
+        // It may be the one whose signal is being handled.
+        m_readable->setEnabled(false);
+        m_readable->deleteLater();
+        m_readable = nullptr;
+    }
+    m_slaveWatch.stop();
+    ::close(std::exchange(m_master, -1));
+    if (!m_linkPath.isEmpty() && QFileInfo(m_linkPath).isSymLink() && QFile::symLinkTarget(m_linkPath) == m_slavePath)
+        QFile::remove(m_linkPath);
+    m_slavePath.clear();
+    Forget();
+    m_transcript.Remark(QStringLiteral("hung up"));
+    Q_EMIT HungUp();
+}
+
+void SimulatedBus::Forget() {
+    m_decoder.Reset();
+    m_incoming.clear();
+    m_outgoing.clear();
+    m_inFree = m_outFree = 0;
+}
+
+void SimulatedBus::WaitForSlave() {
+    // A master whose slave nobody holds open is always ready to read and gives nothing.
+    pollfd state{m_master, POLLIN, 0};
+    if (::poll(&state, 1, 0) >= 0 && (state.revents & POLLHUP) != 0)
+        return;
+    m_slaveWatch.stop();
+    m_readable->setEnabled(true);
+}
+
+void SimulatedBus::ReadLine() {
+    std::array<char, 4096> buffer{};
+    while (IsOpen()) {
+        const ssize_t count = ::read(m_master, buffer.data(), buffer.size());
+        if (count > 0) {
+            Queue(QByteArray(buffer.data(), count));
+            if (size_t(count) < buffer.size())
+                return;
+            continue;
+        }
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0 && errno == EAGAIN)
+            return;
+        m_readable->setEnabled(false);
+        m_slaveWatch.start();
+        Forget();
+        return;
+    }
+}
+
+void SimulatedBus::Queue(const QByteArray& bytes) {
+    if (m_characterTime == 0 && m_incoming.empty()) {
+        m_wireTime = 0;
+        m_decoder.Feed(bytes);
+        return;
+    }
+    const qint64 start = std::max(Now(), m_inFree);
+    qsizetype begin = 0;
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        if (bytes[i] != frames::Etx && bytes[i] != frames::Ack && i + 1 < bytes.size())
+            continue;
+        m_incoming.push_back({start + (i + 1) * m_characterTime, bytes.sliced(begin, i + 1 - begin)});
+        begin = i + 1;
+    }
+    m_inFree = start + bytes.size() * m_characterTime;
+    ArmTimer();
+}
+
+void SimulatedBus::Pump() {
+    const qint64 now = Now();
+    while (!m_incoming.empty() && m_incoming.front().due <= now) {
+        const Incoming piece = std::move(m_incoming.front());
+        m_incoming.pop_front();
+        m_wireTime = piece.due;
+        m_decoder.Feed(piece.bytes);
+    }
+    ArmTimer();
+}
+
+void SimulatedBus::ArmTimer() {
+    const qint64 now = Now();
+    qint64 next = WriteDue(now);
+    if (!m_incoming.empty() && (next == 0 || m_incoming.front().due < next))
+        next = m_incoming.front().due;
+    itimerspec when{};
+    when.it_value.tv_sec = next / Second;
+    when.it_value.tv_nsec = next % Second;
+    ::timerfd_settime(m_timer, TFD_TIMER_ABSTIME, &when, nullptr);
+}
+
+qint64 SimulatedBus::WriteDue(qint64 now) {
+    while (IsOpen() && !m_outgoing.empty()) {
+        Outgoing& piece = m_outgoing.front();
+        const qsizetype size = piece.bytes.size();
+        if (now < piece.start)
+            return piece.start + (piece.gap > 0 ? piece.gap : 0);
+        const qsizetype ready = piece.gap > 0 ? std::min(size, qsizetype((now - piece.start) / piece.gap)) : size;
+        if (ready > piece.sent) {
+            const ssize_t written = ::write(m_master, piece.bytes.constData() + piece.sent, size_t(ready - piece.sent));
+            if (written > 0)
+                piece.sent += written;
+            if (piece.sent < ready)
+                return now + Millisecond; // the reader has fallen behind
+        }
+        if (piece.sent == size) {
+            m_outgoing.pop_front();
+            continue;
+        }
+        const qint64 following = piece.start + (piece.sent + 1) * piece.gap;
+        return std::min(piece.start + size * piece.gap, std::max(following, now + piece.burst));
+    }
+    return 0;
+}
+
+SimulatedDevice::Answer SimulatedBus::Ask(const FrameDecoder::Command& command, bool& retry) {
+    SimulatedDevice* const device = Find(command.Address);
+    if (device == nullptr)
+        return {std::nullopt, QStringLiteral("no device has this address")};
+    if (device->Identity().Hub || device->Identity().Detached)
+        return {std::nullopt, QStringLiteral("it stands behind a hub")};
+    if (device->IsSilent())
+        return {std::nullopt, QStringLiteral("it is set silent")};
+    LastCommand& last = m_last[command.Address];
+    const QByteArray content = command.Raw.sliced(3, command.Raw.size() - 6);
+    if (last.content == content && last.ackCount == m_counters.Acks) {
+        retry = true;
+        return {last.reply, {}};
+    }
+    SimulatedDevice::Answer answer = device->Handle(command.Letter, command.Data);
+    if (answer.Content)
+        last = {content, *answer.Content, m_counters.Acks};
+    else
+        last = {};
+    return answer;
+}
+
+void SimulatedBus::Broadcast(const FrameDecoder::Command& command) {
+    for (const std::unique_ptr<SimulatedDevice>& device : m_devices) {
+        if (!device->IsSilent())
+            device->Hear(command.Letter, command.Data);
+    }
+}
+
+void SimulatedBus::HandleCommand(const FrameDecoder::Command& command) {
+    ++m_counters.Commands;
+    const bool hangsUp = m_counters.Commands == quint64(m_faults.Settings().HangUpAfter);
+    const Faults::Plan plan = m_faults.Next();
+    const bool broadcast = command.Address == frames::Broadcast;
+
+    SimulatedDevice::Answer answer;
+    bool retry = false;
+    if (!command.Fault.isEmpty()) {
+        ++m_counters.Bad;
+        answer.Silence = command.Fault;
+    } else if (plan.DropRequest) {
+        answer.Silence = QStringLiteral("fault, the request was lost");
+    } else if (broadcast) {
+        Broadcast(command);
+    } else {
+        answer = Ask(command, retry);
+    }
+    m_counters.Retries += retry ? 1 : 0;
+
+    QString who;
+    QString what;
+    if (m_transcript.IsOn()) {
+        const SimulatedDevice* const device = Find(command.Address);
+        who = broadcast           ? QStringLiteral("all")
+              : device != nullptr ? device->Title()
+                                  : QStringLiteral("address %1").arg(command.Address);
+        QString meaning = broadcast           ? QStringLiteral("clock")
+                          : device != nullptr ? device->Meaning(command.Letter)
+                                              : QString();
+        if (const auto* const hub = dynamic_cast<const DeviceHub*>(device); hub != nullptr && command.Letter == 'N')
+            meaning += u' ' + hub->RelayedMeaning(command.Data);
+        what = Transcript::Readable(QByteArray(1, command.Letter)) + u' ' + meaning;
+        const QString remark = retry ? QStringLiteral("retry, not applied") : command.Fault;
+        m_transcript.Frame(true, who, command.Sequence, what.trimmed(), command.Data, command.Raw, remark);
+    }
+    if (hangsUp) {
+        HangUp();
+        return;
+    }
+    if (!answer.Content) {
+        if (!answer.Silence.isEmpty())
+            m_transcript.Remark(QStringLiteral("silent: ") + answer.Silence);
+        return;
+    }
+    if (plan.DropReply) {
+        m_transcript.Remark(QStringLiteral("silent: fault, the reply was lost"));
+        return;
+    }
+    SendReply(command, *answer.Content, plan, who, what);
+}
+
+void SimulatedBus::SendReply(const FrameDecoder::Command& command, const QByteArray& content, const Faults::Plan& plan,
+                             const QString& who, const QString& what) {
+    QByteArray bytes = frames::BuildFrame(
+        frames::Body(command.Address, command.Sequence, command.Letter, frames::EscapeData(content)));
+    Faults::Corrupt(bytes, plan);
+    ++m_counters.Replies;
+    if (m_transcript.IsOn()) {
+        const FrameDecoder::Command reply = FrameDecoder::Decode(bytes);
+        QStringList remarks;
+        if (!reply.Fault.isEmpty())
+            remarks += reply.Fault;
+        if (reply.Address != command.Address || reply.Sequence != command.Sequence || reply.Letter != command.Letter)
+            remarks += QStringLiteral("the head does not fit the request");
+        if (plan.Delay)
+            remarks += QStringLiteral("late");
+        if (!plan.Noise.isEmpty())
+            remarks += QStringLiteral("behind noise ") + QString::fromLatin1(plan.Noise.toHex(' '));
+        m_transcript.Frame(false, who, reply.Sequence, what.trimmed(), reply.Data, bytes,
+                           remarks.join(QStringLiteral(", ")));
+    }
+    bytes.prepend(plan.Noise);
+
+    const bool sliced = plan.Slice && m_characterTime < SliceGap;
+    const qint64 gap = sliced ? SliceGap : m_characterTime;
+    qint64 start = m_wireTime;
+    if (start == 0 && (gap > 0 || plan.Delay || !m_outgoing.empty()))
+        start = Now();
+    if (plan.Delay)
+        start += m_faults.Settings().DelayMilliseconds * Millisecond;
+    start = std::max(start, m_outFree);
+    m_outgoing.push_back({start, gap, plan.Slice ? 0 : PacedBurst, bytes});
+    m_outFree = gap > 0 || plan.Delay ? start + bytes.size() * gap : m_outFree;
+    if (start == 0 && m_outgoing.size() == 1)
+        WriteDue(1);
+    if (!m_outgoing.empty())
+        ArmTimer();
+}

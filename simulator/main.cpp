@@ -1,0 +1,176 @@
+// Plays all devices of an installation behind a pseudo-terminal.
+
+#include "simulator/BusConsole.h"
+#include "simulator/SimulatedBus.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+/// The end of the pipe into which the handler writes; a signal handler can reach nothing but a global.
+volatile int signalEnd = -1;
+
+void NoteSignal(int number) {
+    const char byte = static_cast<char>(number);
+    [[maybe_unused]] const ssize_t written = ::write(signalEnd, &byte, 1);
+}
+
+void Print(const QString& text) {
+    std::fputs(qUtf8Printable(text), stdout);
+    std::fflush(stdout);
+}
+
+int Fail(const QString& text) {
+    std::fprintf(stderr, "OrvexBus: %s\n", qUtf8Printable(text));
+    return 1;
+}
+
+struct Probability {
+    const char* name;
+    const char* meaning;
+    double FaultSettings::*field;
+};
+
+constexpr Probability Probabilities[] = {
+    {"drop-request", "Part of the commands that are lost, 0 to 1.", &FaultSettings::DropRequest},
+    {"drop-reply", "Part of the replies that are lost, 0 to 1.", &FaultSettings::DropReply},
+    {"corrupt", "Part of the replies with one changed byte, 0 to 1.", &FaultSettings::Corrupt},
+    {"delay", "Part of the replies that come late, 0 to 1.", &FaultSettings::Delay},
+    {"noise", "Part of the replies with noise before them, 0 to 1.", &FaultSettings::Noise},
+    {"slice", "Part of the replies that come byte by byte, 0 to 1.", &FaultSettings::Slice},
+};
+
+/// A whole number option; `value` stays as it is where the option is absent.
+bool ReadNumber(const QCommandLineParser& parser, const QString& name, int& value, QString& problem) {
+    if (!parser.isSet(name))
+        return true;
+    bool reads = false;
+    value = parser.value(name).toInt(&reads);
+    if (!reads || value < 0)
+        problem = QStringLiteral("--%1: \"%2\" is no number from 0").arg(name, parser.value(name));
+    return problem.isEmpty();
+}
+
+QString ReadFaults(const QCommandLineParser& parser, const BusInstallation& installation, FaultSettings& faults) {
+    QString problem;
+    for (const Probability& probability : Probabilities) {
+        const QString name = QLatin1String(probability.name);
+        if (!parser.isSet(name))
+            continue;
+        bool reads = false;
+        const double value = parser.value(name).toDouble(&reads);
+        if (!reads || !(value >= 0 && value <= 1))
+            return QStringLiteral("--%1: \"%2\" is not from 0 to 1").arg(name, parser.value(name));
+        faults.*probability.field = value;
+    }
+    int seed = 1;
+    if (!ReadNumber(parser, QStringLiteral("delay-ms"), faults.DelayMilliseconds, problem) ||
+        !ReadNumber(parser, QStringLiteral("hang-up-after"), faults.HangUpAfter, problem) ||
+        !ReadNumber(parser, QStringLiteral("seed"), seed, problem))
+        return problem;
+    faults.Seed = static_cast<quint32>(seed);
+    for (const QString& text : parser.values(QStringLiteral("silent"))) {
+        bool reads = false;
+        const int address = text.toInt(&reads);
+        bool known = false;
+        for (const BusDevice& device : installation.Devices())
+            known = known || (reads && device.Address == address);
+        if (!known)
+            return QStringLiteral("--silent: no device at address \"%1\"").arg(text);
+        faults.Silent.insert(static_cast<quint8>(address));
+    }
+    return {};
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Plays all devices of an installation behind a pseudo-terminal.\n"
+                                                    "Commands on standard input:\n") +
+                                     BusConsole::Help());
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("installation"), QStringLiteral("A station database or a text file."));
+    const QString path = QStringLiteral("path");
+    const QString number = QStringLiteral("number");
+    parser.addOptions({
+        {QStringLiteral("link"), QStringLiteral("Symbolic link to make to the pseudo-terminal."), path},
+        {QStringLiteral("baud"), QStringLiteral("Keep to this baud rate in both directions."), number},
+        {QStringLiteral("transcript"), QStringLiteral("Append what goes over the line to this file."), path},
+        {QStringLiteral("print-path"), QStringLiteral("Print the bare device name at start.")},
+        {QStringLiteral("delay-ms"), QStringLiteral("How late late replies are, 100 ms by default."), number},
+        {QStringLiteral("silent"), QStringLiteral("Address that never answers; may be repeated."), number},
+        {QStringLiteral("hang-up-after"), QStringLiteral("Pull the adapter after this many frames."), number},
+        {QStringLiteral("seed"), QStringLiteral("Seed of the faults, 1 by default."), number},
+    });
+    for (const Probability& probability : Probabilities)
+        parser.addOption({QLatin1String(probability.name), QLatin1String(probability.meaning), QStringLiteral("p")});
+    parser.process(application);
+    if (parser.positionalArguments().size() != 1)
+        parser.showHelp(2);
+
+    QString problem;
+    const std::optional<BusInstallation> installation =
+        BusInstallation::Read(parser.positionalArguments().front(), problem);
+    if (!installation)
+        return Fail(problem);
+    FaultSettings faults;
+    problem = ReadFaults(parser, *installation, faults);
+    int baudRate = 0;
+    if (!problem.isEmpty() || !ReadNumber(parser, QStringLiteral("baud"), baudRate, problem))
+        return Fail(problem);
+
+    SimulatedBus bus(*installation);
+    bus.SetLinkPath(parser.value(QStringLiteral("link")));
+    bus.SetBaudRate(baudRate);
+    bus.SetFaults(faults);
+    if (parser.isSet(QStringLiteral("transcript"))) {
+        problem = bus.Log().OpenFile(parser.value(QStringLiteral("transcript")));
+        if (!problem.isEmpty())
+            return Fail(problem);
+    }
+    problem = bus.Open();
+    if (!problem.isEmpty())
+        return Fail(problem);
+    Print(parser.isSet(QStringLiteral("print-path"))
+              ? bus.SlavePath() + u'\n'
+              : QStringLiteral("%1 devices at %2\n").arg(bus.Devices().size()).arg(bus.SlavePath()));
+
+    QObject::connect(&bus, &SimulatedBus::PrinterLoaded, &application, [&bus](int address) {
+        const SimulatedDevice* const printer = bus.Find(address);
+        Print(printer->Title() + QStringLiteral(" finished loading\n") + printer->Summary());
+    });
+    QObject::connect(&bus, &SimulatedBus::HungUp, &application, [] { Print(QStringLiteral("hung up\n")); });
+
+    std::array<int, 2> ends{};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()) != 0)
+        return Fail(QStringLiteral("no pipe for signals"));
+    signalEnd = ends[0];
+    QSocketNotifier signalled(ends[1], QSocketNotifier::Read);
+    QObject::connect(&signalled, &QSocketNotifier::activated, &application, [&bus, end = ends[1]] {
+        char signalNumber = 0;
+        if (::read(end, &signalNumber, 1) != 1)
+            return;
+        Print(bus.Summary());
+        if (signalNumber != SIGUSR1)
+            QCoreApplication::quit();
+    });
+    for (const int signalNumber : {SIGINT, SIGTERM, SIGUSR1})
+        std::signal(signalNumber, NoteSignal);
+    std::signal(SIGPIPE, SIG_IGN);
+
+    BusConsole console(bus);
+    QObject::connect(&console, &BusConsole::QuitAsked, &application, &QCoreApplication::quit, Qt::QueuedConnection);
+    return QCoreApplication::exec();
+}
