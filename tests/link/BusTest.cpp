@@ -1,15 +1,9 @@
 #include "link/Bus.h"
 
-#include "core/EventLog.h"
 #include "link/Frames.h"
-#include "platform/SerialControl.h"
+#include "tests/support/BusWorld.h"
 #include "tests/support/PseudoTerminal.h"
-#include "tests/support/TestClock.h"
 #include "tests/support/Waiting.h"
-
-#include <gtest/gtest.h>
-
-#include <QTemporaryDir>
 
 using namespace std::chrono_literals;
 
@@ -21,13 +15,9 @@ const QByteArray& Answer() {
 }
 
 /// A bus on a pseudo-terminal whose other end the test plays byte by byte.
-class BusTest : public ::testing::Test {
+class BusTest : public BusWorld {
 protected:
-    BusTest() {
-        EXPECT_FALSE(m_control.SetPort(m_terminal.Path(), QStringLiteral("115200,n,8,1")).has_value());
-        EXPECT_TRUE(m_control.Open());
-        QObject::connect(&m_log, &EventLog::Written, [this](const QString& message) { m_messages += message; });
-    }
+    BusTest() { Open(m_terminal.Path()); }
 
     /// The bytes that have come from the station once there are `count` of them.
     QByteArray Line(qsizetype count) {
@@ -45,14 +35,8 @@ protected:
         return frame;
     }
 
-    QTemporaryDir m_folder;
-    TestClock m_clock;
-    EventLog m_log{m_folder.path(), m_clock};
     PseudoTerminal m_terminal;
-    SerialControl m_control;
-    Bus m_bus{m_control, m_log};
     QByteArray m_line;
-    QStringList m_messages;
 };
 
 QCoro::Task<> Record(QCoro::Task<Reply> task, std::vector<Reply>& replies) {
@@ -182,8 +166,7 @@ TEST_F(BusTest, ALineThatGoesAwayFailsTheCommandAndTheQueueGoesOn) {
     EXPECT_FALSE(m_bus.Sending());
 
     PseudoTerminal another;
-    ASSERT_FALSE(m_control.SetPort(another.Path(), QStringLiteral("9600,n,8,1")).has_value());
-    ASSERT_TRUE(m_control.Open());
+    Open(another.Path());
     const auto third = Record(m_bus.SendCommand(5, 'P', QByteArray(), 2s, 1), replies);
     QByteArray line;
     ASSERT_TRUE(WaitUntil([&] { return (line += another.Read()).size() == 9; }));
@@ -207,8 +190,7 @@ TEST_F(BusTest, ClosingEndsTheRunningCommandAndAllThatWait) {
 TEST_F(BusTest, ADeadlineStartsWhenTheFrameHasLeft) {
     // 40 characters at 2400 bit/s take 167 ms, so a wait of 1 ms lasts longer than that.
     m_control.Close();
-    ASSERT_FALSE(m_control.SetPort(m_terminal.Path(), QStringLiteral("2400,n,8,1")).has_value());
-    ASSERT_TRUE(m_control.Open());
+    Open(m_terminal.Path(), QStringLiteral("2400"));
     QElapsedTimer elapsed;
     elapsed.start();
     EXPECT_FALSE(Await(m_bus.SendCommand(5, 'P', QByteArray(31, 'd'), 1ms, 1)).ok);

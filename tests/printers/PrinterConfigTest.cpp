@@ -1,27 +1,18 @@
 #include "printers/PrinterConfig.h"
 
-#include "core/EventLog.h"
-#include "core/Installation.h"
 #include "hubs/HubRouter.h"
-#include "platform/SerialControl.h"
 #include "tests/support/AnsweringEnd.h"
+#include "tests/support/BusWorld.h"
 #include "tests/support/Files.h"
-#include "tests/support/TestClock.h"
 #include "tests/support/Waiting.h"
-
-#include <gtest/gtest.h>
-
-#include <QTemporaryDir>
 
 namespace {
 
 /// Two services, a printer on the bus, and one behind a hub.
-class PrinterConfigTest : public ::testing::Test {
+class PrinterConfigTest : public BusWorld {
 protected:
     PrinterConfigTest() {
-        EXPECT_FALSE(m_control.SetPort(m_end.Terminal.Path(), QStringLiteral("115200,n,8,1")).has_value());
-        EXPECT_TRUE(m_control.Open());
-        ::QObject::connect(&m_log, &EventLog::Written, [this](const QString& message) { m_messages += message; });
+        Open(m_end.Terminal.Path());
         ::QObject::connect(&m_config, &PrinterConfig::Progress, [this](const QString& name, int done, int total) {
             m_progress += QStringLiteral("%1 %2/%3").arg(name).arg(done).arg(total);
         });
@@ -38,30 +29,14 @@ protected:
         BuildHubTable(*m_installation, m_log);
     }
 
-    void Add(qint32 id, quint8 address, model::ObjectType type, qint32 hubId) {
-        model::QObject& object = m_installation->QObjects[static_cast<std::size_t>(m_installation->NumObjects++)];
-        object.Id = id;
-        object.Name = QStringLiteral("object %1").arg(id);
-        object.Address = address;
-        object.Type = type;
-        object.HubId = hubId;
-    }
-
     static QByteArray Row(const QByteArray& head, const QByteArray& name) {
         return head + name.leftJustified(64, '\0') + QByteArray(64, '\0');
     }
 
-    QTemporaryDir m_folder;
-    TestClock m_clock;
-    EventLog m_log{m_folder.path(), m_clock};
     AnsweringEnd m_end;
-    SerialControl m_control;
-    Bus m_bus{m_control, m_log};
-    std::unique_ptr<model::Installation> m_installation = std::make_unique<model::Installation>();
     HubRouter m_router{m_bus, *m_installation};
     PrinterConfig m_config{
         m_folder.path(), *m_installation, m_router, m_clock, [](qint32) { return QString(); }, m_log};
-    QStringList m_messages;
     QStringList m_progress;
 };
 
