@@ -170,14 +170,14 @@ QString DeviceHub::Summary() const {
             texts += QStringLiteral("type %1 at %2").arg(member.Type).arg(member.Address);
         members = QStringLiteral("%1 (%2)").arg(m_members->size()).arg(texts.join(QStringLiteral(", ")));
     }
-    QString text = QStringLiteral("%1: %2 attached, members %3, configuration %4 bytes, option %5, clock %6%7\n")
-                       .arg(Title())
-                       .arg(m_attached.size())
-                       .arg(members)
-                       .arg(m_configuration.size())
-                       .arg(m_option ? QString::number(*m_option) : QStringLiteral("not set"))
-                       .arg(ClockSummary())
-                       .arg(m_inTransfer ? QStringLiteral(", in a transfer") : QString());
+    QString text =
+        Title() + QStringLiteral(": %1 attached, members %2, configuration %3 bytes, option %4, clock %5%6\n")
+                      .arg(m_attached.size())
+                      .arg(members)
+                      .arg(m_configuration.size())
+                      .arg(m_option ? QString::number(*m_option) : QStringLiteral("not set"))
+                      .arg(ClockSummary())
+                      .arg(m_inTransfer ? QStringLiteral(", in a transfer") : QString());
     for (const auto& [slot, shown] : m_slotTexts)
         text += QStringLiteral("    slot %1 shows \"%2\"\n").arg(slot).arg(ansi::Decode(shown));
     return text;

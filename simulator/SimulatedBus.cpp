@@ -91,7 +91,9 @@ SimulatedBus::SimulatedBus(const BusInstallation& installation, QObject* parent)
 }
 
 SimulatedBus::~SimulatedBus() {
+    // Whoever listens may have gone before the bus.
     blockSignals(true);
+    m_transcript.OnLine = nullptr;
     HangUp();
     delete m_timerNotifier;
     if (m_timer >= 0)

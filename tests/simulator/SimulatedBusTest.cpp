@@ -1,0 +1,277 @@
+#include "link/Encodings.h"
+#include "simulator/CounterKeypad.h"
+#include "simulator/InformationDisplay.h"
+#include "tests/simulator/BusClient.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Content = std::optional<QByteArray>;
+const QByteArray Clock("6=VJ;B4");
+
+BusInstallation Installation() {
+    QString problem;
+    const QString text =
+        QStringLiteral("counter 1 1 First\ncounter 8 2 hub=64 Behind\nprinter 32 1 Main\n"
+                       "printer 33 2 hub=64 Second\ndisplay 40 1 Board\nhub 64 1 Hall\npower 100 1 Supply\n");
+    return BusInstallation::Parse(text, QStringLiteral("test"), problem).value_or(BusInstallation());
+}
+
+QByteArray Row(int index, int series, const QByteArray& name, const QByteArray& description) {
+    return encoding::Hexadecimal(quint32(index), 2) + encoding::SmallNumber(series) + name.leftJustified(64, '\0') +
+           description.leftJustified(64, '\0');
+}
+
+class SimulatedBusTest : public testing::Test {
+protected:
+    SimulatedBusTest() { EXPECT_EQ(m_bus.Open(), QString()); }
+
+    void LoadTables(BusClient& client) {
+        EXPECT_TRUE(client.Ask(32, 'K', "0205071"));
+        EXPECT_TRUE(client.Ask(32, 'M', Row(0, 0, "Cash", "Desk 1")));
+        EXPECT_TRUE(client.Ask(32, 'M', Row(1, 1, QByteArray(63, 'n'), "")));
+    }
+
+    SimulatedBus m_bus{Installation()};
+    TicketPrinter& m_printer = *m_bus.FindAs<TicketPrinter>(32);
+    TicketPrinter& m_second = *m_bus.FindAs<TicketPrinter>(33);
+    DeviceHub& m_hub = *m_bus.FindAs<DeviceHub>(64);
+};
+
+} // namespace
+
+TEST_F(SimulatedBusTest, AnswersKnownCommandsAndIsSilentOnOthers) {
+    BusClient client(m_bus);
+    const Content silence;
+    const struct {
+        int address;
+        char letter;
+        QByteArray data;
+        Content content;
+    } rows[] = {
+        {1, 'H', "0012", ""},
+        {1, 'P', "", "0012"},
+        {1, 'H', "012", silence},
+        {1, 'Z', "", silence},
+        {1, 'S', "6=V", ""},
+        {2, 'P', "", silence},
+        {8, 'P', "", silence},
+        {32, 'P', "", "000001"},
+        {32, 'S', Clock, ""},
+        {32, 'K', "02051", silence},
+        {32, 'K', "001", ""},
+        {32, 'P', "", "110001"},
+        {32, 'M', "00", silence},
+        {32, 'Q', "0001000", "1000/0000"},
+        {40, 'H', "0000Hello", ""},
+        {40, 'S', "", ""},
+        {64, 'L', "0ANa_Relt", silence},
+        {64, 'L', QByteArray("0ANa_Relt\0", 10), ""},
+        {64, 'K', ":", ""},
+        {64, 'J', "0", ""},
+        {64, 'J', "2", silence},
+        {100, 'G', "77", ""},
+        {100, 'G', "78", silence},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(client.Ask(row.address, row.letter, row.data), row.content) << row.address << row.letter;
+    EXPECT_EQ(m_bus.FindAs<InformationDisplay>(40)->Text(), "Hello");
+    EXPECT_EQ(m_hub.Option(), 10);
+    EXPECT_TRUE(m_hub.InTransfer());
+
+    const QByteArray good = frames::BuildFrame(frames::Body(1, '0', 'P', {}));
+    EXPECT_FALSE(client.Exchange(good).isEmpty());
+    QByteArray badSum = good;
+    badSum[badSum.size() - 2] = '!';
+    EXPECT_EQ(client.Exchange(badSum), QByteArray());
+    EXPECT_EQ(client.Exchange(frames::BuildFrame("1002P")), QByteArray());
+}
+
+TEST_F(SimulatedBusTest, TakesCommandsInAnySlicing) {
+    BusClient client(m_bus);
+    QByteArray reply;
+    for (const char byte : "junk" + frames::BuildFrame(frames::Body(1, '3', 'P', {}))) {
+        client.Write(QByteArray(1, byte));
+        QCoreApplication::processEvents();
+    }
+    ASSERT_TRUE(WaitUntil([&] { return (reply += client.Read()).endsWith(frames::Etx); }));
+    EXPECT_EQ(reply, frames::BuildFrame(frames::Body(1, '3', 'P', {})));
+}
+
+TEST_F(SimulatedBusTest, PrinterReportsWhatItHolds) {
+    BusClient client(m_bus);
+    int loaded = 0;
+    QObject::connect(&m_bus, &SimulatedBus::PrinterLoaded, [&](int address) { loaded += address; });
+    LoadTables(client);
+    EXPECT_TRUE(client.Ask(32, 'N'));
+    EXPECT_EQ(loaded, 32);
+    EXPECT_EQ(m_printer.ServiceRows().at(0), (TicketPrinter::ServiceRow{0, "Cash", "Desk 1"}));
+    EXPECT_EQ(m_printer.ServiceRows().at(1).Name, QByteArray(63, 'n'));
+    EXPECT_EQ(client.Ask(32, 'P'), "110001");
+    EXPECT_TRUE(
+        m_printer.Summary().contains(QStringLiteral("service 0: series 0, name \"Cash\", description \"Desk 1\"")));
+    EXPECT_TRUE(client.Ask(32, 'K', "0205071"));
+    EXPECT_EQ(client.Ask(32, 'P'), "010001") << "a new button table empties the rows";
+
+    const QByteArray form = QByteArray::fromHex("03D91B401B741B453002") + QByteArray(3, 0x02);
+    QByteArray good = form;
+    quint16 sum = 0;
+    for (const char byte : form.sliced(2))
+        sum = quint16(sum + quint8(byte));
+    good[0] = char(sum / 256);
+    good[1] = char(sum % 256);
+    const QByteArray length = encoding::Hexadecimal(quint32(form.size()), 4);
+    const struct {
+        QByteArray form;
+        QByteArray announced;
+        const char* flags;
+    } forms[] = {
+        {good, length, "011001"}, {good, "0040", "010001"}, {good, length, "011001"}, {form, length, "010001"}};
+    for (const auto& row : forms) {
+        EXPECT_TRUE(client.Ask(32, 'L', row.announced));
+        EXPECT_TRUE(client.Ask(32, 'O', frames::EscapeData(row.form)));
+        EXPECT_TRUE(client.Ask(32, 'V', "1"));
+        EXPECT_EQ(client.Ask(32, 'P'), row.flags);
+        EXPECT_EQ(m_printer.Form(), row.flags[2] == '1' ? good : QByteArray());
+    }
+
+    EXPECT_TRUE(client.Ask(32, 'G'));
+    EXPECT_TRUE(client.Ask(32, 'J', frames::EscapeData("\x03\x06z")));
+    EXPECT_EQ(client.Ask(32, 'P'), "010001");
+    EXPECT_TRUE(client.Ask(32, 'T'));
+    EXPECT_EQ(client.Ask(32, 'P'), "010101");
+    EXPECT_EQ(m_printer.Letters(), "\x03\x06z");
+}
+
+TEST_F(SimulatedBusTest, RetryIsAnsweredButNotAppliedAgain) {
+    BusClient client(m_bus);
+    LoadTables(client);
+    EXPECT_FALSE(m_printer.PressButton(6));
+    EXPECT_TRUE(m_printer.PressButton(7));
+    EXPECT_TRUE(m_printer.PressButton(5));
+    const QByteArray numbers = frames::EscapeData(QByteArray::fromHex("03E907D1"));
+    EXPECT_EQ(client.Ask(32, 'Q', numbers, false), "100"
+                                                   "11"
+                                                   "07D1");
+    EXPECT_EQ(client.Ask(32, 'Q', numbers), "100"
+                                            "11"
+                                            "07D1");
+    EXPECT_EQ(client.Ask(32, 'Q', numbers), "100"
+                                            "10"
+                                            "03E9");
+    EXPECT_EQ(client.Ask(32, 'Q', numbers), "1000/0000");
+    EXPECT_EQ(m_printer.PrintedTickets(), (std::vector<TicketPrinter::Ticket>{{7, 1, 2001}, {5, 0, 1001}}));
+    EXPECT_EQ(m_bus.Counts().Retries, 1u);
+}
+
+TEST_F(SimulatedBusTest, HubRelaysToItsMembersOnly) {
+    BusClient client(m_bus);
+    EXPECT_EQ(client.Ask(64, 'N', "QP"), "P000001");
+    EXPECT_EQ(client.Ask(64, 'N', "PP"), Content()) << "the main printer is not attached";
+    EXPECT_EQ(client.Ask(64, 'W', "10"), Content());
+    EXPECT_EQ(client.Ask(64, 'W', "108"), "");
+    EXPECT_EQ(client.Ask(64, 'N', "QP"), Content()) << "the list does not name it";
+    EXPECT_EQ(client.Ask(64, 'N', "8H0012"), "H");
+    EXPECT_EQ(client.Ask(64, 'W', "2081Q"), "");
+    EXPECT_EQ(client.Ask(64, 'N', "QK00!"), "K");
+    EXPECT_EQ(m_second.LoadFlag(), '!');
+    m_bus.SetSilent(33, true);
+    EXPECT_EQ(client.Ask(64, 'N', "QP"), Content());
+
+    m_bus.SetSilent(33, false);
+    EXPECT_EQ(client.Exchange(frames::BuildFrame(frames::Body(frames::Broadcast, '*', 'R', Clock))), QByteArray());
+    EXPECT_EQ(m_second.ClockText(), Clock);
+    EXPECT_EQ(m_bus.Find(8)->ClockText(), Clock.first(3));
+}
+
+TEST_F(SimulatedBusTest, SameSeedGivesTheSameFaults) {
+    const auto run = [](quint32 seed) {
+        SimulatedBus bus{Installation()};
+        FaultSettings faults;
+        faults.DropRequest = faults.DropReply = faults.Corrupt = faults.Noise = 0.2;
+        faults.Seed = seed;
+        bus.SetFaults(faults);
+        EXPECT_EQ(bus.Open(), QString());
+        BusClient client(bus);
+        QByteArray all;
+        for (int i = 0; i < 60; ++i) {
+            const QByteArray frame = frames::BuildFrame(frames::Body(1, char('0' + i % 10), 'P', {}));
+            const quint64 commands = bus.Counts().Commands;
+            client.Write(frame);
+            EXPECT_TRUE(WaitUntil([&] { return bus.Counts().Commands > commands; }));
+            all += client.Read() + '|';
+        }
+        return all;
+    };
+    const QByteArray first = run(7);
+    EXPECT_EQ(first, run(7));
+    EXPECT_NE(first, run(8));
+    EXPECT_TRUE(first.contains("||"));
+    EXPECT_TRUE(first.contains(frames::BuildFrame(frames::Body(1, '0', 'P', {})).chopped(4)));
+}
+
+TEST_F(SimulatedBusTest, DelayedAndSlicedRepliesComeWhole) {
+    FaultSettings faults;
+    faults.Delay = faults.Slice = 1;
+    faults.DelayMilliseconds = 30;
+    faults.Silent = {40};
+    m_bus.SetFaults(faults);
+    BusClient client(m_bus);
+    QElapsedTimer time;
+    time.start();
+    EXPECT_EQ(client.Ask(32, 'P'), "000001");
+    EXPECT_GE(time.elapsed(), 30);
+    EXPECT_EQ(client.Ask(40, 'S'), Content());
+}
+
+TEST_F(SimulatedBusTest, PacingKeepsToTheWireTime) {
+    m_bus.SetBaudRate(9600);
+    BusClient client(m_bus);
+    constexpr int rounds = 20;
+    const double perRound = (9 + 15 + 1) * 10 / 9600.0;
+    QElapsedTimer time;
+    time.start();
+    for (int i = 0; i < rounds; ++i)
+        EXPECT_EQ(client.Ask(32, 'P'), "000001");
+    const double seconds = double(time.nsecsElapsed()) / 1e9;
+    // The last ACK is still on its way; above there is room for a loaded machine.
+    EXPECT_GE(seconds, rounds * perRound - 0.002);
+    EXPECT_LE(seconds, rounds * perRound * 1.25);
+}
+
+TEST_F(SimulatedBusTest, HangsUpAndOpensAgain) {
+    FaultSettings faults;
+    faults.HangUpAfter = 2;
+    m_bus.SetFaults(faults);
+    {
+        BusClient client(m_bus);
+        EXPECT_TRUE(client.Ask(1, 'H', "0007"));
+        client.Write(frames::BuildFrame(frames::Body(1, '1', 'P', {})));
+        EXPECT_TRUE(WaitUntil([&] { return !m_bus.IsOpen(); }));
+    }
+    ASSERT_EQ(m_bus.Open(), QString());
+    for (int station = 0; station < 2; ++station) {
+        BusClient client(m_bus);
+        EXPECT_EQ(client.Ask(1, 'P'), "0007") << "the second one opens a line that the first one left";
+    }
+}
+
+TEST_F(SimulatedBusTest, TranscriptTellsWhatHappened) {
+    QStringList lines;
+    m_bus.Log().OnLine = [&](const QString& line) { lines += line.sliced(13); };
+    BusClient client(m_bus);
+    client.Ask(64, 'N', "QP", false);
+    client.Ask(64, 'N', "QP");
+    client.Ask(32, 'E');
+    client.Exchange("\x02"
+                    "1002P1D\x03");
+    const QString all = lines.join(u'\n');
+    for (const QString& expected :
+         {QStringLiteral(
+              ">> hub 64 \"Hall\", seq 0, N relay to printer 33 \"Second\", P status, data \"QP\" [02 70 30"),
+          QStringLiteral("<< hub 64 \"Hall\", seq 0, N relay to printer 33 \"Second\", P status, data \"P000001\" ["),
+          QStringLiteral("(retry, not applied)"), QStringLiteral("-- silent: unknown letter"),
+          QStringLiteral("(bad check sum)\n-- silent: bad check sum")})
+        EXPECT_TRUE(all.contains(expected)) << qPrintable(expected) << "\nin\n" << qPrintable(all);
+}
