@@ -45,7 +45,7 @@ public:
         EXPECT_TRUE(WaitUntil([&] { return m_bus.Counts().Commands > before.Commands; }));
         QByteArray reply;
         if (m_bus.Counts().Replies > before.Replies)
-            WaitUntil([&] { return (reply += Read()).endsWith(frames::Etx); }, 1000);
+            WaitUntil([&] { return (reply += Read()).endsWith(frames::Etx); }, 500);
         return reply;
     }
 

@@ -1,5 +1,5 @@
 #include "link/Encodings.h"
-#include "simulator/CounterKeypad.h"
+#include "simulator/BusConsole.h"
 #include "simulator/InformationDisplay.h"
 #include "tests/simulator/BusClient.h"
 
@@ -274,4 +274,72 @@ TEST_F(SimulatedBusTest, TranscriptTellsWhatHappened) {
           QStringLiteral("(retry, not applied)"), QStringLiteral("-- silent: unknown letter"),
           QStringLiteral("(bad check sum)\n-- silent: bad check sum")})
         EXPECT_TRUE(all.contains(expected)) << qPrintable(expected) << "\nin\n" << qPrintable(all);
+}
+
+TEST_F(SimulatedBusTest, LogosAreKeptOnlyWhole) {
+    BusClient client(m_bus);
+    const QByteArray block = QByteArray::fromHex("1C7101") + QByteArray(61, 0x06);
+    EXPECT_TRUE(client.Ask(32, 'Y', "early"));
+    EXPECT_TRUE(client.Ask(32, 'X'));
+    EXPECT_TRUE(client.Ask(32, 'Y', frames::EscapeData(block)));
+    EXPECT_EQ(m_printer.Logos(), QByteArray());
+    EXPECT_TRUE(client.Ask(32, 'Y', "end"));
+    EXPECT_TRUE(client.Ask(32, 'Z'));
+    EXPECT_EQ(m_printer.Logos(), block + "end");
+
+    EXPECT_TRUE(client.Ask(32, 'X'));
+    const QByteArray chunk(240, 'x');
+    for (qsizetype sent = 0; sent <= TicketPrinter::LargestBlock; sent += chunk.size())
+        EXPECT_TRUE(client.Ask(32, 'Y', chunk));
+    EXPECT_TRUE(client.Ask(32, 'Z'));
+    EXPECT_EQ(m_printer.Logos(), block + "end") << "an endless block does not replace a good one";
+}
+
+TEST_F(SimulatedBusTest, AcceptedRepliesAreWholeUnderFaults) {
+    FaultSettings faults;
+    faults.DropRequest = faults.DropReply = faults.Corrupt = 0.05;
+    faults.Noise = 0.1;
+    m_bus.SetFaults(faults);
+    BusClient client(m_bus);
+    int accepted = 0;
+    for (int i = 0; i < 300; ++i) {
+        const QByteArray text = QByteArray::number(1000 + i);
+        const Content set = client.Ask(1, 'H', text);
+        const Content shown = client.Ask(1, 'P');
+        accepted += shown ? 1 : 0;
+        if (set && shown) {
+            EXPECT_EQ(shown, text);
+        }
+    }
+    EXPECT_GT(accepted, 200);
+    EXPECT_LT(accepted, 300);
+}
+
+TEST_F(SimulatedBusTest, ConsoleCommandsAreCarriedOutOrExplained) {
+    BusClient client(m_bus);
+    LoadTables(client);
+    BusConsole console(m_bus);
+    const struct {
+        const char* line;
+        const char* answer;
+    } rows[] = {
+        {"press 32 7", "pressed"},
+        {"press 32 9", "the button table of printer 32 \"Main\" has no key \"9\""},
+        {"press 1 7", "no printer at address \"1\""},
+        {"silent 40 on", "display 40 \"Board\" is silent"},
+        {"silent 41 on", "no device at address \"41\""},
+        {"silent 40", "silent ADDRESS on|off"},
+        {"  ", ""},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(console.Execute(QString::fromUtf8(row.line)).toStdString(), row.answer) << row.line;
+    EXPECT_EQ(client.Ask(32, 'Q', "0065000"), "100"
+                                              "11"
+                                              "0065");
+    EXPECT_EQ(client.Ask(40, 'S'), Content());
+    console.Execute(QStringLiteral("hangup"));
+    EXPECT_FALSE(m_bus.IsOpen());
+    const QString opened = console.Execute(QStringLiteral("open"));
+    EXPECT_TRUE(m_bus.IsOpen());
+    EXPECT_EQ(opened, m_bus.SlavePath());
 }
