@@ -1,0 +1,154 @@
+#include "station/Station.h"
+
+#include "simulator/BusInstallation.h"
+#include "simulator/SimulatedBus.h"
+#include "tests/support/Files.h"
+#include "tests/support/StoreFile.h"
+#include "tests/support/TestClock.h"
+#include "tests/support/TestDialogs.h"
+#include "tests/support/Waiting.h"
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+
+namespace {
+
+/// Two services (and a disabled one), a printer on the bus and one behind a hub, all simulated from the same store.
+class StationTest : public ::testing::Test {
+protected:
+    StationTest() {
+        MakeStore(m_store,
+                  {QStringLiteral(
+                       "INSERT INTO Queue (q_Id, q_Number, q_Series, q_On, q_Name, q_Description, q_Button) VALUES "
+                       "(1, 1, 1000, 1, 'G\u00F4\u00FBi tie\u00E0n', 'Qua\u00E0y $1', 7), (2, 2, 2000, 1, 'B', '', "
+                       "NULL), (3, 3, 3000, 0, 'off', '', 9)"),
+                   QStringLiteral(
+                       "INSERT INTO Display (d_Id, d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) VALUES "
+                       "(1, 5, 1, 'Counter', 1, 0, 0), (2, 1, 32, 'Main', 1, 1, 0), (3, 2, 33, 'Second', 1, 1, 4), "
+                       "(4, 1, 64, 'HUB', 1, 3, 0)"),
+                   QStringLiteral("INSERT INTO [Queue-Display] (q_Id, d_Id) VALUES (1, 1)"),
+                   QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) VALUES (1, 1)")});
+        QString problem;
+        const auto installation = BusInstallation::Read(m_store, problem);
+        EXPECT_TRUE(installation.has_value()) << qPrintable(problem);
+        m_devices = std::make_unique<SimulatedBus>(*installation);
+        EXPECT_EQ(m_devices->Open(), QString());
+        m_station.database.OpenDatabase(m_store);
+    }
+
+    void OpenLine() {
+        m_station.line.Settings = {.CommDevice = m_devices->SlavePath(),
+                                   .CommName = m_devices->SlavePath(),
+                                   .CommBaud = QStringLiteral("115200")};
+        EXPECT_TRUE(Await(m_station.line.OpenPort()));
+    }
+
+    QTemporaryDir m_folder;
+    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
+    std::unique_ptr<SimulatedBus> m_devices;
+    TestClock m_clock;
+    TestDialogs m_dialogs;
+    Station m_station{m_folder.path(), m_clock, m_dialogs};
+};
+
+} // namespace
+
+TEST_F(StationTest, EveryPrinterEndsUpHoldingWhatTheStoreDescribes) {
+    OpenLine();
+    QStringList progress;
+    std::vector<bool> busy;
+    ::QObject::connect(&m_station, &Station::ProgressChanged, [&](const QString& text) { progress += text; });
+    ::QObject::connect(&m_station, &Station::BusyChanged, [&](bool isBusy) { busy.push_back(isBusy); });
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
+    Await(m_station.SetServiceConfig());
+
+    const std::map<int, TicketPrinter::ServiceRow> rows = {
+        {0, {.SeriesIndex = 0, .Name = "G\xF4\xFBi tie\xE0n", .Description = "Qua\xE0y 5"}},
+        {1, {.SeriesIndex = 1, .Name = "B", .Description = ""}},
+    };
+    for (const int address : {32, 33}) {
+        const TicketPrinter* printer = m_devices->FindAs<TicketPrinter>(address);
+        ASSERT_NE(printer, nullptr);
+        EXPECT_EQ(printer->Buttons(), (std::vector<quint8>{7, 0})) << address;
+        EXPECT_EQ(printer->ServiceRows(), rows) << address;
+        EXPECT_EQ(printer->LoadsFinished(), 1) << address;
+        EXPECT_TRUE(printer->Flags().startsWith("11")) << address;
+    }
+    EXPECT_EQ(busy, (std::vector<bool>{true, false}));
+    EXPECT_TRUE(progress.contains(QStringLiteral("Printer Second: 5 of 5")));
+    EXPECT_TRUE(progress.last().isEmpty());
+}
+
+TEST_F(StationTest, AnEditIsSentWithTheNextLoad) {
+    OpenLine();
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
+    Await(m_station.SetServiceConfig());
+    ASSERT_FALSE(
+        m_station.database.Run({QStringLiteral("UPDATE Queue SET q_Button = 200, q_Name = 'C' WHERE q_Id = 2")}));
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
+    Await(m_station.SetServiceConfig());
+    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->Buttons(), (std::vector<quint8>{7, 200}));
+    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->ServiceRows().at(1).Name, "C");
+}
+
+TEST_F(StationTest, ASilentPrinterIsToldAtTheEnd) {
+    OpenLine();
+    m_devices->SetSilent(32, true);
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
+    Await(m_station.SetServiceConfig());
+    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->LoadsFinished(), 1);
+}
+
+TEST_F(StationTest, WithTheLineClosedNothingHangs) {
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
+    Await(m_station.SetServiceConfig());
+    EXPECT_EQ(m_devices->Counts().Commands, 0U);
+}
+
+TEST_F(StationTest, APulledAdapterFailsTheLoadAndTheLineOpensAgain) {
+    OpenLine();
+    bool isOpen = true;
+    ::QObject::connect(&m_station.line, &CommLine::StatusChanged,
+                       [&](const QString&, const QString&, bool opened) { isOpen = opened; });
+    FaultSettings faults;
+    faults.HangUpAfter = 3;
+    m_devices->SetFaults(faults);
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
+    Await(m_station.SetServiceConfig());
+    EXPECT_TRUE(WaitUntil([&] { return !isOpen; }));
+
+    m_devices->SetFaults({});
+    ASSERT_EQ(m_devices->Open(), QString());
+    OpenLine();
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
+    Await(m_station.SetServiceConfig());
+}
+
+TEST_F(StationTest, AClosedDatabaseEndsTheCommandsAndLeavesTheModel) {
+    m_station.reload.ReloadAll();
+    m_station.database.CloseDatabase();
+    for (int command = 0; command < 2; ++command) {
+        m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Can't open Queue database!"));
+        Await(command == 0 ? m_station.RefreshModel() : m_station.SetServiceConfig());
+    }
+    EXPECT_EQ(m_station.installation->NumServices, 2);
+    EXPECT_EQ(m_station.installation->NumObjects, 4);
+}
+
+TEST_F(StationTest, TheModelStaysAsItIsWhileDevicesAreLoaded) {
+    OpenLine();
+    m_devices->SetSilent(32, true);
+    const auto load = m_station.SetServiceConfig();
+    ASSERT_TRUE(m_station.IsBusy());
+    ASSERT_FALSE(m_station.database.Run({QStringLiteral("DELETE FROM Display")}));
+    for (int command = 0; command < 2; ++command) {
+        m_dialogs.ExpectMessage(BoxKind::Exclamation,
+                                QStringLiteral("Devices are being configured. Please try again when this is done."));
+        Await(command == 0 ? m_station.RefreshModel() : m_station.SetServiceConfig());
+    }
+    EXPECT_EQ(m_station.installation->NumObjects, 4);
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
+    EXPECT_TRUE(WaitUntil([&] { return load.isReady(); }, 30'000));
+    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->LoadsFinished(), 1);
+}
