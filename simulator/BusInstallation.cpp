@@ -1,5 +1,8 @@
 #include "simulator/BusInstallation.h"
 
+#include "link/Encodings.h"
+#include "link/Frames.h"
+
 #include <QFile>
 #include <QRegularExpression>
 #include <QSqlDatabase>
@@ -13,7 +16,12 @@ namespace {
 
 constexpr DeviceClass Classes[] = {DeviceClass::Counter, DeviceClass::Printer, DeviceClass::Display, DeviceClass::Hub,
                                    DeviceClass::PowerUnit};
-constexpr int HighestAddress = 126;
+constexpr int HighestAddress = encoding::LargestSmallNumber;
+
+/// An address that one character can carry, and not that of the broadcast.
+bool IsDeviceAddress(int address) {
+    return address >= 0 && address <= HighestAddress && address != frames::Broadcast;
+}
 
 const BusDevice* FindHub(const std::vector<BusDevice>& devices, int address) {
     for (const BusDevice& device : devices) {
@@ -104,9 +112,11 @@ std::optional<BusInstallation> BusInstallation::Parse(const QString& text, const
         bool numberReads = false;
         const int address = match.captured(2).toInt(&addressReads);
         device.Number = match.captured(3).toInt(&numberReads);
-        if (!addressReads || address > HighestAddress || !numberReads) {
-            problem =
-                QStringLiteral("%1: address must be 0 to %2, number a whole number").arg(where).arg(HighestAddress);
+        if (!addressReads || !IsDeviceAddress(address) || !numberReads) {
+            problem = QStringLiteral("%1: address must be 0 to %2 but not %3, number a whole number")
+                          .arg(where)
+                          .arg(HighestAddress)
+                          .arg(frames::Broadcast);
             return std::nullopt;
         }
         device.Address = static_cast<quint8>(address);
@@ -152,21 +162,22 @@ std::optional<BusInstallation> BusInstallation::ReadDatabase(const QString& path
             bool reads = false;
             const int address = query.value(2).toInt(&reads);
             const int type = query.value(4).toInt();
-            if (!reads || query.value(2).isNull() || address < 0 || address > HighestAddress) {
-                problem = QStringLiteral("%1: d_Address must be 0 to %2").arg(where).arg(HighestAddress);
-                good = false;
+            QString fault;
+            if (!reads || query.value(2).isNull() || !IsDeviceAddress(address)) {
+                fault = QStringLiteral("%1: no device can have address %2").arg(where, query.value(2).toString());
             } else if (type < 0 || type > int(DeviceClass::Hub)) {
-                problem = QStringLiteral("%1: d_Type %2 is no class of device").arg(where).arg(type);
-                good = false;
+                fault = QStringLiteral("%1: d_Type %2 is no class of device").arg(where).arg(type);
             } else {
                 BusDevice device;
                 device.Class = static_cast<DeviceClass>(type);
                 device.Address = static_cast<quint8>(address);
                 device.Number = query.value(1).toInt();
                 device.Name = query.value(3).toString();
-                good = result->Add(device, where, problem);
-                hubIds.emplace_back(query.value(0).toLongLong(), query.value(5).toLongLong());
+                if (result->Add(device, where, fault))
+                    hubIds.emplace_back(query.value(0).toLongLong(), query.value(5).toLongLong());
             }
+            if (!fault.isEmpty())
+                result->m_notes += fault;
         }
         for (size_t i = 0; good && i < hubIds.size(); ++i) {
             BusDevice& device = result->m_devices[i];

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 #include <vector>
@@ -13,7 +14,7 @@ QString DeviceClassName(DeviceClass deviceClass);
 
 struct BusDevice {
     DeviceClass Class = DeviceClass::Counter;
-    quint8 Address = 0;        ///< 0 to 126
+    quint8 Address = 0;        ///< 0 to 207, but not 127
     int Number = 0;            ///< the number that people see
     QString Name;              ///< Unicode, or VNI letters as a station database holds them
     std::optional<quint8> Hub; ///< address of the hub that it is attached to
@@ -33,12 +34,15 @@ struct BusDevice {
 class BusInstallation {
 public:
     /// Reads a station database (the enabled rows of table `Display`) or a text file; which of both is told by content.
+    /// A row of a database that can be no device of its own is left out, as the station does, and stands in `Notes`.
     /// @param problem what is wrong, with file and line or row; set only on failure.
     static std::optional<BusInstallation> Read(const QString& path, QString& problem);
     /// Reads the text form. @param source name of the text in `problem`.
     static std::optional<BusInstallation> Parse(const QString& text, const QString& source, QString& problem);
 
     const std::vector<BusDevice>& Devices() const { return m_devices; }
+    /// The rows that were left out, and why.
+    const QStringList& Notes() const { return m_notes; }
 
 private:
     static std::optional<BusInstallation> ReadDatabase(const QString& path, QString& problem);
@@ -46,4 +50,5 @@ private:
     bool Add(const BusDevice& device, const QString& where, QString& problem);
 
     std::vector<BusDevice> m_devices;
+    QStringList m_notes;
 };

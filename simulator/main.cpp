@@ -125,6 +125,8 @@ int main(int argc, char** argv) {
         BusInstallation::Read(parser.positionalArguments().front(), problem);
     if (!installation)
         return Fail(problem);
+    for (const QString& note : installation->Notes())
+        Print(QStringLiteral("left out: %1\n").arg(note));
     FaultSettings faults;
     problem = ReadFaults(parser, *installation, faults);
     int baudRate = 0;
