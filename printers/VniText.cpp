@@ -70,7 +70,8 @@ const Letter* FindVni(QChar first, QChar second) {
 }
 
 QString Bytes(const Letter& letter) {
-    return letter.second ? QString({QChar(letter.first), QChar(letter.second)}) : QString(QChar(letter.first));
+    const QString first = QChar(letter.first);
+    return letter.second ? first + QChar(letter.second) : first;
 }
 
 QChar At(QStringView text, qsizetype i) {

@@ -1,0 +1,10 @@
+#pragma once
+
+/// The fonts in which Vietnamese shows: the program's own "Orvex VNI", built in.
+namespace fonts {
+
+/// Makes the built-in fonts known to the application and lets them stand in for VNI-Avo and VNI-Aptima, each unless the
+/// computer has the real one. Needs the QApplication; further calls do nothing.
+void Register();
+
+} // namespace fonts
