@@ -1,0 +1,241 @@
+#include "platform/DataGrid.h"
+
+#include "platform/GridModel.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QStyledItemDelegate>
+
+#include <algorithm>
+
+namespace {
+
+/// A line editor that hands everything typed or pasted to the grid's text hook.
+class CellEdit final : public QLineEdit {
+public:
+    CellEdit(const DataGrid& grid, QWidget* parent)
+        : QLineEdit(parent)
+        , m_grid(grid) {
+        connect(this, &QLineEdit::textEdited, this, &CellEdit::Convert);
+        setFrame(false);
+    }
+
+    void Begin(const QString& text) {
+        setText(text);
+        m_before = text;
+    }
+
+private:
+    void Convert(const QString& edited) {
+        const QString before = std::exchange(m_before, edited);
+        if (!m_grid.Hook())
+            return;
+        // What was inserted ends at the cursor; what stands behind it was there before.
+        const qsizetype cursor = cursorPosition();
+        const qsizetype behind = edited.size() - cursor;
+        qsizetype start = 0;
+        const qsizetype longest = std::min(cursor, before.size() - behind);
+        while (start < longest && edited[start] == before[start])
+            ++start;
+        if (start >= cursor)
+            return;
+        const GridInsertion insertion =
+            m_grid.Hook()(QStringView(edited).first(start), edited.mid(start, cursor - start));
+        const qsizetype kept = std::max<qsizetype>(start - insertion.replaces, 0);
+        const QString converted = edited.first(kept) + insertion.text + edited.sliced(cursor);
+        if (converted == edited)
+            return;
+        setText(converted);
+        setCursorPosition(static_cast<int>(kept + insertion.text.size()));
+        m_before = text();
+    }
+
+    const DataGrid& m_grid;
+    QString m_before;
+};
+
+/// Makes the editors and writes what is left in them.
+class CellDelegate final : public QStyledItemDelegate {
+public:
+    explicit CellDelegate(DataGrid* grid)
+        : QStyledItemDelegate(grid)
+        , m_grid(grid) {}
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex& index) const override {
+        const GridColumn& column = ColumnOf(index);
+        if (column.values.empty()) {
+            auto* line = new CellEdit(*m_grid, parent);
+            if (column.maxLength > 0)
+                line->setMaxLength(column.maxLength);
+            return line;
+        }
+        auto* box = new QComboBox(parent);
+        for (const auto& [value, text] : column.values)
+            box->addItem(text, QString::number(value));
+        // A choice is final: no second key is needed.
+        connect(box, &QComboBox::activated, this, [this, box] {
+            auto* self = const_cast<CellDelegate*>(this);
+            Q_EMIT self->commitData(box);
+            Q_EMIT self->closeEditor(box);
+        });
+        return box;
+    }
+
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override {
+        const QString text = index.data(Qt::EditRole).toString();
+        if (auto* line = dynamic_cast<CellEdit*>(editor))
+            line->Begin(text);
+        else if (auto* box = qobject_cast<QComboBox*>(editor))
+            box->setCurrentIndex(std::max(box->findText(index.data(Qt::DisplayRole).toString()), 0));
+    }
+
+    void setModelData(QWidget* editor, QAbstractItemModel*, const QModelIndex& index) const override {
+        if (const auto* line = qobject_cast<QLineEdit*>(editor))
+            m_grid->WriteCell(index, line->text());
+        else if (const auto* box = qobject_cast<QComboBox*>(editor))
+            WriteChoice(index, *box);
+    }
+
+private:
+    void WriteChoice(const QModelIndex& index, const QComboBox& box) const {
+        // An untouched box must not turn a value of another form, or none at all, into its first line.
+        if (box.currentText() != index.data(Qt::DisplayRole).toString())
+            m_grid->WriteCell(index, box.currentData().toString());
+    }
+
+    static const GridColumn& ColumnOf(const QModelIndex& index) {
+        return static_cast<const GridModel*>(index.model())->Columns()[static_cast<std::size_t>(index.column())];
+    }
+
+    DataGrid* m_grid;
+};
+
+} // namespace
+
+DataGrid::DataGrid(QWidget* parent)
+    : QTableView(parent) {
+    setItemDelegate(new CellDelegate(this));
+    setEditTriggers(DoubleClicked | EditKeyPressed | AnyKeyPressed);
+    setSelectionMode(ExtendedSelection);
+    setTabKeyNavigation(false);
+    setAlternatingRowColors(true);
+    verticalHeader()->setDefaultAlignment(Qt::AlignCenter);
+    horizontalHeader()->setHighlightSections(false);
+}
+
+void DataGrid::SetRecords(GridModel* model) {
+    m_records = model;
+    m_refusedText.reset();
+    setModel(model);
+}
+
+void DataGrid::WriteCell(const QModelIndex& index, const QString& text) {
+    const QPersistentModelIndex cell(index);
+    const GridModel::Error error = m_records->Write(index.row(), index.column(), text);
+    if (!error) {
+        m_refusedText.reset();
+        return;
+    }
+    m_refusedCell = cell;
+    m_refusedText = text;
+    Q_EMIT DataError(*error);
+}
+
+bool DataGrid::CommitOpenEditor() {
+    if (state() == EditingState) {
+        if (QWidget* editor = indexWidget(currentIndex())) {
+            commitData(editor);
+            closeEditor(editor, QAbstractItemDelegate::NoHint);
+        }
+    }
+    return !HasRefusedText();
+}
+
+void DataGrid::ResumeEdit() {
+    if (!m_refusedText)
+        return;
+    const QString text = *std::exchange(m_refusedText, std::nullopt);
+    if (!m_refusedCell.isValid())
+        return;
+    const QModelIndex cell = m_refusedCell;
+    setFocus();
+    setCurrentIndex(cell);
+    edit(cell);
+    if (auto* line = qobject_cast<QLineEdit*>(indexWidget(cell))) {
+        line->setText(text);
+        line->selectAll();
+    }
+}
+
+void DataGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+    // A refused text comes back into its own cell; no other one must be opened meanwhile.
+    QTableView::closeEditor(editor, m_refusedText ? QAbstractItemDelegate::NoHint : hint);
+}
+
+void DataGrid::keyPressEvent(QKeyEvent* event) {
+    const bool isPlain = event->modifiers() == Qt::NoModifier;
+    if (event->matches(QKeySequence::Copy)) {
+        CopyCell();
+    } else if (event->matches(QKeySequence::Paste)) {
+        PasteIntoCell();
+    } else if (event->key() == Qt::Key_Delete && isPlain) {
+        DeleteSelected();
+    } else if (event->key() == Qt::Key_Space && event->modifiers() == Qt::ShiftModifier) {
+        selectRow(currentIndex().row());
+    } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && isPlain) {
+        edit(currentIndex());
+    } else {
+        QTableView::keyPressEvent(event);
+    }
+}
+
+void DataGrid::DeleteSelected() {
+    if (!m_records || !selectionModel())
+        return;
+    QModelIndexList rows = selectionModel()->selectedRows();
+    if (rows.isEmpty()) {
+        const QModelIndex cell = currentIndex();
+        if (cell.isValid() && cell.flags().testFlag(Qt::ItemIsEditable))
+            WriteCell(cell, QString());
+        return;
+    }
+    // From below, so that the rows still to be deleted keep their places.
+    std::sort(rows.begin(), rows.end(), [](const QModelIndex& a, const QModelIndex& b) { return a.row() > b.row(); });
+    std::vector<int> places;
+    for (const QModelIndex& row : rows)
+        places.push_back(row.row());
+    for (const int place : places) {
+        if (const GridModel::Error error = m_records->Remove(place)) {
+            Q_EMIT DataError(*error);
+            return;
+        }
+    }
+}
+
+void DataGrid::CopyCell() {
+    if (currentIndex().isValid())
+        QApplication::clipboard()->setText(currentIndex().data(Qt::DisplayRole).toString());
+}
+
+void DataGrid::PasteIntoCell() {
+    const QModelIndex cell = currentIndex();
+    if (!cell.isValid() || !cell.flags().testFlag(Qt::ItemIsEditable))
+        return;
+    const GridColumn& column = m_records->Columns()[static_cast<std::size_t>(cell.column())];
+    QString text = QApplication::clipboard()->text().section(u'\n', 0, 0).trimmed();
+    if (!column.values.empty()) {
+        const auto known = std::find_if(column.values.begin(), column.values.end(), [&](const auto& value) {
+            return value.second.compare(text, Qt::CaseInsensitive) == 0;
+        });
+        if (known == column.values.end())
+            return;
+        text = QString::number(known->first);
+    } else if (m_textHook) {
+        text = m_textHook(QStringView(), text).text;
+    }
+    WriteCell(cell, column.maxLength > 0 ? text.left(column.maxLength) : text);
+}

@@ -1,0 +1,130 @@
+#include "platform/WindowDialogs.h"
+
+#include "platform/Completion.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QProgressDialog>
+
+namespace {
+
+QString Title() {
+    return QStringLiteral("Orvex");
+}
+
+QMessageBox::Icon IconOf(BoxKind kind) {
+    switch (kind) {
+    case BoxKind::Plain:
+        return QMessageBox::NoIcon;
+    case BoxKind::Information:
+        return QMessageBox::Information;
+    case BoxKind::Exclamation:
+        return QMessageBox::Warning;
+    case BoxKind::Critical:
+        return QMessageBox::Critical;
+    }
+    return QMessageBox::NoIcon;
+}
+
+QMessageBox* MakeBox(BoxKind kind, const QString& text, QMessageBox::StandardButtons buttons) {
+    auto* box = new QMessageBox(IconOf(kind), Title(), text, buttons, QApplication::activeWindow());
+    box->setObjectName(QStringLiteral("messageBox"));
+    box->setTextFormat(Qt::PlainText);
+    return box;
+}
+
+class WindowProgress final : public ProgressBox {
+public:
+    explicit WindowProgress(const QString& text)
+        : m_dialog(text, QObject::tr("Cancel"), 0, 0, QApplication::activeWindow()) {
+        m_dialog.setObjectName(QStringLiteral("progressBox"));
+        m_dialog.setWindowTitle(Title());
+        m_dialog.setWindowModality(Qt::ApplicationModal);
+        m_dialog.setAutoClose(false);
+        m_dialog.setAutoReset(false);
+        m_dialog.setMinimumWidth(420);
+        m_dialog.show();
+    }
+
+    void Show(const QString& text, qint64 done, qint64 total) override {
+        constexpr qint64 Steps = 1000; // the bar counts in int
+        m_dialog.setLabelText(text);
+        m_dialog.setMaximum(total > 0 ? static_cast<int>(Steps) : 0);
+        m_dialog.setValue(total > 0 ? static_cast<int>(done * Steps / total) : 0);
+    }
+
+    bool IsCancelled() const override { return m_dialog.wasCanceled(); }
+
+private:
+    QProgressDialog m_dialog;
+};
+
+} // namespace
+
+WindowDialogs::~WindowDialogs() {
+    Close();
+}
+
+QCoro::Task<int> WindowDialogs::Run(QDialog* dialog) {
+    if (m_closed) {
+        delete dialog;
+        co_return 0;
+    }
+    Completion<int> done;
+    // Through the event loop: what follows must not run inside the dialog's own signal.
+    QObject waiting;
+    QObject::connect(
+        dialog, &QDialog::finished, &waiting, [&done](int result) { done.Finish(result); }, Qt::QueuedConnection);
+    QObject::connect(
+        dialog, &QObject::destroyed, &waiting, [&done] { done.Finish(0); }, Qt::QueuedConnection);
+    const QPointer<QDialog> guarded(dialog);
+    m_open.append({guarded, &done});
+    dialog->open();
+    const int result = co_await done.Wait();
+    m_open.removeIf([&done](const OpenDialog& open) { return open.closed == &done; });
+    if (guarded)
+        guarded->deleteLater();
+    co_return result;
+}
+
+QCoro::Task<> WindowDialogs::ShowMessage(BoxKind kind, QString text) {
+    co_await Run(MakeBox(kind, text, QMessageBox::Ok));
+}
+
+QCoro::Task<bool> WindowDialogs::AskYesNo(BoxKind kind, QString question) {
+    QMessageBox* box = MakeBox(kind, question, QMessageBox::Yes | QMessageBox::No);
+    box->setDefaultButton(QMessageBox::No);
+    box->setEscapeButton(QMessageBox::No);
+    const int result = co_await Run(box);
+    co_return result == QMessageBox::Yes;
+}
+
+QCoro::Task<QString> WindowDialogs::ChooseFile(QString filter, QString suggested) {
+    const QFileInfo file(suggested);
+    auto* dialog = new QFileDialog(QApplication::activeWindow(), QObject::tr("Open"), file.absolutePath());
+    dialog->setObjectName(QStringLiteral("fileDialog"));
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setNameFilter(QStringLiteral("%1 (%2)").arg(filter.section(u'|', 0, 0), filter.section(u'|', 1)));
+    dialog->selectFile(file.fileName());
+    const QPointer<QFileDialog> guarded(dialog);
+    const int result = co_await Run(dialog);
+    QString chosen;
+    if (result == QDialog::Accepted && guarded && !guarded->selectedFiles().isEmpty())
+        chosen = guarded->selectedFiles().constFirst();
+    co_return chosen;
+}
+
+std::unique_ptr<ProgressBox> WindowDialogs::ShowProgress(const QString& text) {
+    return std::make_unique<WindowProgress>(text);
+}
+
+void WindowDialogs::Close() {
+    m_closed = true;
+    for (const OpenDialog& open : std::exchange(m_open, {})) {
+        if (open.dialog)
+            open.dialog->hide();
+        open.closed->Finish(0);
+    }
+}
