@@ -156,6 +156,11 @@ bool DataGrid::CommitOpenEditor() {
 }
 
 void DataGrid::ResumeEdit() {
+    // Through the event loop: the editor whose text was refused may still be about to close.
+    QMetaObject::invokeMethod(this, &DataGrid::EditRefusedText, Qt::QueuedConnection);
+}
+
+void DataGrid::EditRefusedText() {
     if (!m_refusedText)
         return;
     const QString text = *std::exchange(m_refusedText, std::nullopt);
@@ -187,7 +192,9 @@ void DataGrid::keyPressEvent(QKeyEvent* event) {
     } else if (event->key() == Qt::Key_Space && event->modifiers() == Qt::ShiftModifier) {
         selectRow(currentIndex().row());
     } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && isPlain) {
-        edit(currentIndex());
+        // The Enter that ends an edit comes here as well.
+        if (state() != EditingState && currentIndex().flags().testFlag(Qt::ItemIsEditable))
+            edit(currentIndex());
     } else {
         QTableView::keyPressEvent(event);
     }

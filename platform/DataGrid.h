@@ -56,6 +56,7 @@ protected:
     void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
 
 private:
+    void EditRefusedText();
     void DeleteSelected();
     void CopyCell();
     void PasteIntoCell();

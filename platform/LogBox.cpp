@@ -3,17 +3,29 @@
 #include <QFontDatabase>
 #include <QMouseEvent>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int GatheringTime = 50; ///< milliseconds
 
-/// Control characters as the pictures that Unicode has for them.
+/// One sign for each control character: those of the frames have their own, all others are a dot.
+QChar Visible(QChar character) {
+    switch (character.unicode()) {
+    case 0x02:
+        return u'\u25B8';
+    case 0x03:
+        return u'\u25C2';
+    case 0x06:
+        return u'\u2713';
+    default:
+        return character.unicode() < 0x20 || character.unicode() == 0x7F ? QChar(u'\u00B7') : character;
+    }
+}
+
 QString Visible(QStringView text) {
-    constexpr char16_t Pictures = 0x2400;
-    QString visible;
-    visible.reserve(text.size());
-    for (const QChar character : text)
-        visible += character.unicode() < 0x20 ? QChar(char16_t(Pictures + character.unicode())) : character;
+    QString visible(text.size(), Qt::Uninitialized);
+    std::transform(text.begin(), text.end(), visible.begin(), [](QChar character) { return Visible(character); });
     return visible;
 }
 

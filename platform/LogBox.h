@@ -6,8 +6,8 @@
 /// A box that shows characters as they come: once it holds more than its limit it is emptied before the next text. A
 /// double click empties it.
 ///
-/// Text is gathered and shown some twenty times a second, so that a busy line costs the window nothing. Control
-/// characters show as their pictures.
+/// Text is gathered and shown some twenty times a second, so that a busy line costs the window nothing. STX,
+/// ETX and ACK show as two triangles and a tick, other control characters as dots.
 class LogBox : public QPlainTextEdit {
     Q_OBJECT
 

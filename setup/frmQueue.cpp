@@ -117,7 +117,7 @@ void frmQueue::SetUpServicesGrid() {
         return GridInsertion{insertion.replaces, insertion.text};
     });
     grid.setColumnHidden(SeriesColumn, !m_station.options.MultiTicketSeries);
-    const int widths[] = {50, 240, 70, 260, 70, 70, 70, 80, 220, 60};
+    const int widths[] = {40, 215, 65, 240, 60, 60, 60, 70, 205, 50};
     for (int column = 0; column < static_cast<int>(std::size(widths)); ++column)
         grid.setColumnWidth(column, widths[column]);
     connect(rsQueue.get(), &GridModel::RecordsChanged, this, [this] { m_station.reload.DbChanged = true; });

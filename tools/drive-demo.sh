@@ -10,12 +10,16 @@ rm -rf "$pictures"
 mkdir -p "$pictures"
 
 # A display of our own, whose number the server chooses.
-exec 3< <(exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp 2> /dev/null)
+exec 3< <(exec Xvfb -displayfd 1 -screen 0 1280x800x24 -noreset -nolisten tcp 2> /dev/null)
 server=$!
 read -r number <&3
 export DISPLAY=:$number
 openbox > /dev/null 2>&1 &
 manager=$!
+for _ in $(seq 100); do
+    xprop -root _NET_SUPPORTING_WM_CHECK 2> /dev/null | grep -q "window id" && break
+    sleep 0.1
+done
 "$demo/Orvex" > "$demo/station.txt" 2>&1 &
 station=$!
 trap 'kill $station $manager $server 2> /dev/null || true' EXIT
