@@ -1,0 +1,154 @@
+#include "app/Program.h"
+
+#include "setup/frmQueue.h"
+#include "simulator/BusInstallation.h"
+#include "simulator/SimulatedBus.h"
+#include "station/Station.h"
+#include "tests/support/Files.h"
+#include "tests/support/StoreFile.h"
+#include "tests/support/TestClock.h"
+#include "tests/support/TestDialogs.h"
+#include "tests/support/Waiting.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QTemporaryDir>
+
+namespace {
+
+/// The whole program in a folder of its own.
+class ProgramTest : public ::testing::Test {
+protected:
+    ProgramTest() { QFile::link(QStringLiteral(JETIMPORT), m_folder.filePath(QStringLiteral("JetImport"))); }
+
+    QString Path(const QString& name) const { return m_folder.filePath(name); }
+
+    void Start() {
+        m_program = std::make_unique<Program>(m_folder.path(), m_clock, m_dialogs);
+        QObject::connect(m_program.get(), &Program::Ended, [this] { ++m_ended; });
+        m_running.emplace(m_program->Main());
+        EXPECT_TRUE(WaitUntil([this] { return m_running->isReady(); }, 30'000));
+    }
+
+    frmQueue* Window() const {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* window = qobject_cast<frmQueue*>(widget))
+                return window;
+        }
+        return nullptr;
+    }
+
+    /// The messages of the log, without their stamps and without the option log.
+    QStringList Messages() const {
+        QStringList messages;
+        for (const QByteArray& line : ReadFile(Path(QStringLiteral("Log/Log18.txt"))).split('\n')) {
+            const QString message = QString::fromUtf8(line.mid(line.indexOf("##") + 2));
+            if (!line.isEmpty() && !message.contains(u'=') && !message.startsWith(u'*'))
+                messages += message;
+        }
+        return messages;
+    }
+
+    void ExpectNoPort() {
+        m_dialogs.ExpectMessage(BoxKind::Critical, QStringLiteral("COM port used by another program!"));
+    }
+
+    QTemporaryDir m_folder;
+    TestClock m_clock;
+    TestDialogs m_dialogs;
+    std::unique_ptr<Program> m_program;
+    std::optional<QCoro::Task<>> m_running;
+    int m_ended = 0;
+};
+
+} // namespace
+
+TEST_F(ProgramTest, TheFirstStartInstallsAnEmptyDatabaseAndOffersIt) {
+    const QString store = Path(QStringLiteral("Harbinet.mdb"));
+    m_dialogs.ExpectChoice(store, store);
+    ExpectNoPort();
+    Start();
+    ASSERT_NE(Window(), nullptr);
+    EXPECT_TRUE(Window()->isVisible());
+    EXPECT_EQ(m_program->TheStation().installation->LastTicketNumber, 1);
+    EXPECT_EQ(Messages(),
+              (QStringList{u"-"_qs, u"---System Startup---"_qs, u"---System Initialize.."_qs, u"before DBOpen.."_qs,
+                           u"Main Display direction not built."_qs, u"Scan Plan not built"_qs,
+                           u"No COM to Initialize system."_qs, u"End initialize."_qs}));
+
+    Window()->close();
+    EXPECT_EQ(m_ended, 1);
+    EXPECT_FALSE(m_program->TheStation().database.IsOpen());
+    EXPECT_EQ(ReadFile(Path(QStringLiteral("bak4.mdb"))), ReadFile(store));
+}
+
+TEST_F(ProgramTest, CancellingTheChoiceEndsInSilence) {
+    m_dialogs.ExpectChoice(QString());
+    Start();
+    EXPECT_EQ(m_ended, 1);
+    EXPECT_EQ(Window(), nullptr);
+    EXPECT_EQ(Messages().last(), QStringLiteral("before DBOpen.."));
+    EXPECT_FALSE(QFile::exists(Path(QStringLiteral("bak4.mdb"))));
+}
+
+TEST_F(ProgramTest, AFileThatIsNoDatabaseIsToldAndAnotherMayBeChosen) {
+    const QString text = Path(QStringLiteral("notes.mdb"));
+    WriteFile(text, "Dear diary, nothing in here is a database at all.");
+    m_dialogs.ExpectChoice(text);
+    m_dialogs.ExpectMessage(BoxKind::Critical, QString());
+    m_dialogs.ExpectChoice(QString());
+    Start();
+    EXPECT_EQ(m_ended, 1);
+    EXPECT_EQ(ReadFile(text), "Dear diary, nothing in here is a database at all.");
+}
+
+TEST_F(ProgramTest, OpensTheLineOfTheSettingsAndRecoversTickets) {
+    const QString store = Path(QStringLiteral("Harbinet.mdb"));
+    MakeStore(store, {QStringLiteral("INSERT INTO Queue (q_Number, q_On, q_Name) VALUES (1, 1, 'A')"),
+                      QStringLiteral("INSERT INTO Display (d_Number, d_Address, d_On, d_Type) VALUES (1, 32, 1, 1)"),
+                      QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) VALUES (1, 1)"),
+                      QStringLiteral("INSERT INTO [Info-Direction] VALUES (1, 1, 1)"),
+                      QStringLiteral("INSERT INTO rData (TicketNo, ServiceId, DateTime, Flags, Announced) VALUES (41, "
+                                     "1, '2026-11-18 08:00:00', 0, 0)")});
+    QString problem;
+    SimulatedBus devices(*BusInstallation::Read(store, problem));
+    ASSERT_EQ(devices.Open(), QString());
+    WriteFile(Path(QStringLiteral("Tallora.ini")), "[Comm]\nDevice=" + devices.SlavePath().toUtf8() + "\nBaud=9600\n");
+    m_dialogs.ExpectChoice(store);
+    Start();
+    EXPECT_EQ(Messages().last(2), (QStringList{u"Initialize system.."_qs, u"End initialize."_qs}));
+    Station& station = m_program->TheStation();
+    EXPECT_EQ(station.installation->LastTicketNumber, 42);
+    EXPECT_EQ(station.installation->QServices[0].WaitRing.Count, 1);
+    EXPECT_EQ(devices.Counts().Commands, 0U) << "nothing goes on the bus at start-up";
+
+    // Closing in the middle of a command ends it and everything behind it.
+    devices.SetSilent(32, true);
+    const auto load = station.SetServiceConfig();
+    EXPECT_TRUE(WaitUntil([&] { return devices.Counts().Commands > 0; }));
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
+    Window()->close();
+    EXPECT_EQ(m_ended, 1);
+    EXPECT_FALSE(station.control.IsOpen() && station.bus.Sending());
+    EXPECT_TRUE(load.isReady());
+}
+
+TEST_F(ProgramTest, AnAccessFileIsTakenOverAndOpened) {
+    const QString file = Path(QStringLiteral("Old.mdb"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral(TEST_DATA_FOLDER "/Harbinet-jet4.mdb"), file));
+    const QByteArray before = ReadFile(file);
+    m_dialogs.ExpectChoice(file);
+    m_dialogs.ExpectQuestion(BoxKind::Information, QString(), true);
+    ExpectNoPort();
+    Start();
+    const model::Installation& installation = *m_program->TheStation().installation;
+    EXPECT_EQ(installation.NumServices, 5);
+    EXPECT_EQ(installation.QServices[0].Name, QStringLiteral("G\u00F4\u00FBi tie\u00E0n"));
+    EXPECT_EQ(installation.NumObjects, 8);
+    EXPECT_EQ(installation.LastTicketNumber, 3002);
+    EXPECT_EQ(Messages().filter(QStringLiteral("field to rData and qData")).size(), 4);
+    EXPECT_EQ(Messages().filter(QStringLiteral("Duplicate Address on display counter")).size(), 1);
+    EXPECT_EQ(ReadFile(Path(QStringLiteral("Old.jet.mdb"))), before);
+}
