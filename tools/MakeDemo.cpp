@@ -1,7 +1,8 @@
 // Makes the store of the demonstration installation.
 // usage: MakeDemo DATABASE STATEMENTS
 //   DATABASE    file to make; must not exist
-//   STATEMENTS  text file, one SQL statement a line; lines that are empty or begin with "--" are passed over. Vietnamese
+//   STATEMENTS  text file, one SQL statement a line; lines that are empty or begin with "--" are passed over.
+//   Vietnamese
 //               letters go into the store in VNI.
 
 #include "database/Schema.h"
