@@ -14,8 +14,12 @@ QString Quoted(const QString& name) {
     return u'[' + name + u']';
 }
 
-GridModel::Error Readable(const QSqlQuery& query) {
-    return schema::ReadableError(query.lastError().databaseText());
+/// What the store said, with the column's caption in place of its name.
+GridModel::Error Readable(const QSqlQuery& query, const GridColumn* column = nullptr) {
+    QString text = schema::ReadableError(query.lastError().databaseText());
+    if (column && text.startsWith(column->field + u' ', Qt::CaseInsensitive))
+        text.replace(0, column->field.size(), column->caption);
+    return text;
 }
 
 QString ClosedText() {
@@ -138,7 +142,7 @@ GridModel::Error GridRecords::Insert(int column, const QVariant& value) {
                       .arg(Quoted(m_table), Quoted(m_columns[static_cast<std::size_t>(column)].field)));
     query.addBindValue(value);
     if (!query.exec())
-        return Readable(query);
+        return Readable(query, &m_columns[static_cast<std::size_t>(column)]);
     const int row = static_cast<int>(m_rows.size());
     const QVariant key = query.lastInsertId();
     query.finish();
@@ -158,7 +162,7 @@ GridModel::Error GridRecords::Update(int row, int column, const QVariant& value)
     query.addBindValue(m_rows[static_cast<std::size_t>(row)].key);
     Error error;
     if (!query.exec())
-        error = Readable(query);
+        error = Readable(query, &m_columns[static_cast<std::size_t>(column)]);
     else if (query.numRowsAffected() != 1)
         error = GoneText();
     query.finish();

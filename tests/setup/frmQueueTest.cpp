@@ -171,14 +171,14 @@ TEST_F(frmQueueTest, ARefusedTextIsToldOnceAndKept) {
     } cases[] = {{u"300", Qt::Key_Return}, {u"many", Qt::Key_Tab}, {u"-1", Qt::Key_Return}, {u"1.5", Qt::Key_Return}};
     Show();
     for (const auto& [text, end] : cases) {
-        m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("q_Button takes a whole number from 0 to 255."));
+        m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Button takes a whole number from 0 to 255."));
         Type(0, ButtonColumn, QString::fromUtf16(text), end);
         ASSERT_NE(ResumedEditor(), nullptr);
         EXPECT_EQ(Editor()->text(), QString::fromUtf16(text));
         Press(Qt::Key_Escape);
         EXPECT_EQ(Shown(0, ButtonColumn), QStringLiteral("6"));
     }
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("q_Button takes a whole number from 0 to 255."));
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Button takes a whole number from 0 to 255."));
     Type(0, ButtonColumn, QStringLiteral("300"));
     ASSERT_NE(ResumedEditor(), nullptr);
     Keys(QStringLiteral("30"));
@@ -190,7 +190,7 @@ TEST_F(frmQueueTest, TheWindowStaysOpenWithARefusedText) {
     Show();
     Click(0, ButtonColumn);
     Keys(QStringLiteral("999"));
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("q_Button takes a whole number from 0 to 255."));
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Button takes a whole number from 0 to 255."));
     EXPECT_FALSE(m_window->close());
     EXPECT_EQ(m_closed, 0);
     ASSERT_NE(ResumedEditor(), nullptr);
@@ -217,8 +217,7 @@ TEST_F(frmQueueTest, TheBlankRowMakesARecordWithTheStoresKey) {
     Type(2, NumberColumn, QStringLiteral("3"));
     EXPECT_EQ(Stored(QStringLiteral("q_Number")), QStringLiteral("2|1|3"));
 
-    m_dialogs.ExpectMessage(BoxKind::Exclamation,
-                            QStringLiteral("q_Number takes a whole number from -32768 to 32767."));
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Number takes a whole number from -32768 to 32767."));
     Type(3, NumberColumn, QStringLiteral("40000"));
     EXPECT_EQ(Grid().model()->rowCount(), 4);
     ASSERT_NE(ResumedEditor(), nullptr);
