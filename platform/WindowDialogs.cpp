@@ -107,6 +107,8 @@ QCoro::Task<QString> WindowDialogs::ChooseFile(QString filter, QString suggested
     dialog->setObjectName(QStringLiteral("fileDialog"));
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setNameFilter(QStringLiteral("%1 (%2)").arg(filter.section(u'|', 0, 0), filter.section(u'|', 1)));
+    // The text of the filter tells the pattern itself.
+    dialog->setOption(QFileDialog::HideNameFilterDetails);
     dialog->selectFile(file.fileName());
     const QPointer<QFileDialog> guarded(dialog);
     const int result = co_await Run(dialog);
