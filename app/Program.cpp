@@ -5,6 +5,7 @@
 #include "platform/Dialogs.h"
 #include "setup/frmQueue.h"
 #include "station/Station.h"
+#include "utilities/frmSetPort.h"
 
 #include <QFileInfo>
 
@@ -86,7 +87,18 @@ void Program::InstallEmptyDatabase(const QString& path) {
 
 void Program::ShowSetupWindow() {
     m_setupWindow = std::make_unique<frmQueue>(*m_station);
+    connect(m_setupWindow.get(), &frmQueue::PortChoiceWanted, this, &Program::ShowPortWindow);
     connect(m_setupWindow.get(), &frmQueue::Closed, this, [this] { ExitSystem(); });
+}
+
+void Program::ShowPortWindow() {
+    if (!m_portWindow) {
+        m_portWindow = std::make_unique<frmSetPort>(m_station->line, m_dialogs, SerialControl::AvailablePorts(),
+                                                    m_setupWindow.get());
+        // Closed by its frame it is made anew the next time; hidden after a choice it comes back as it was.
+        connect(m_portWindow.get(), &QDialog::rejected, this, [this] { m_portWindow.release()->deleteLater(); });
+    }
+    m_portWindow->show();
 }
 
 QCoro::Task<> Program::ExitSystem() {

@@ -11,6 +11,7 @@ class Dialogs;
 class JetTakeover;
 class Station;
 class frmQueue;
+class frmSetPort;
 
 /// Start and end of the program, and the only place that knows its windows.
 class Program : public QObject {
@@ -40,11 +41,13 @@ private:
     QCoro::Task<QString> ChooseDatabase();
     void InstallEmptyDatabase(const QString& path);
     void ShowSetupWindow();
+    void ShowPortWindow();
 
     Clock& m_clock;
     Dialogs& m_dialogs;
     std::unique_ptr<Station> m_station;
     std::unique_ptr<JetTakeover> m_takeover;
     std::unique_ptr<frmQueue> m_setupWindow;
+    std::unique_ptr<frmSetPort> m_portWindow;
     bool m_exiting = false;
 };

@@ -62,6 +62,16 @@ QCoro::Task<bool> CommLine::OpenPort() {
     co_return false;
 }
 
+QCoro::Task<bool> CommLine::ChoosePort(QString name, QString baud) {
+    Settings.CommDevice = name;
+    Settings.CommName = name;
+    Settings.CommBaud = baud;
+    SaveCommSettings();
+    const bool opened = co_await OpenPort();
+    SetCommStatus(Settings.CommDevice, Settings.CommBaud, opened);
+    co_return opened;
+}
+
 void CommLine::ClosePort() {
     Settings.CommState = StateNotOpen;
     m_portIsOpen = false;

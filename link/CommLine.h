@@ -39,6 +39,11 @@ public:
     /// another program!"; if the settings make no sense, shows why and leaves `CommState` and `PortIsOpen` as they
     /// were.
     QCoro::Task<bool> OpenPort();
+
+    /// Takes another port and speed: saves them, opens the line and tells its state. A line that does not open keeps the
+    /// new choice all the same.
+    QCoro::Task<bool> ChoosePort(QString name, QString baud);
+
     void ClosePort();
     /// `ClosePort`, and the status goes out as closed.
     void CloseComm();

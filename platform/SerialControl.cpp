@@ -1,6 +1,10 @@
 #include "platform/SerialControl.h"
 
+#include <QRegularExpression>
 #include <QSerialPort>
+#include <QSerialPortInfo>
+
+#include <algorithm>
 
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -32,6 +36,17 @@ QString SerialControl::DeviceOf(const QString& portName) {
             return QStringLiteral("/dev/ttyS%1").arg(number - 1);
     }
     return {};
+}
+
+QList<SerialControl::Port> SerialControl::AvailablePorts() {
+    QList<Port> ports;
+    for (const QSerialPortInfo& info : QSerialPortInfo::availablePorts()) {
+        const QStringList words{info.description(), info.manufacturer(), info.serialNumber()};
+        ports.append(
+            {info.portName(), words.filter(QRegularExpression(QStringLiteral("."))).join(QStringLiteral(", "))});
+    }
+    std::sort(ports.begin(), ports.end(), [](const Port& a, const Port& b) { return a.name < b.name; });
+    return ports;
 }
 
 SerialControl::Error SerialControl::SetPort(const QString& portName, const QString& settings) {

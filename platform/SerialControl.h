@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QString>
 
@@ -20,6 +21,14 @@ public:
     /// Device file of a port name: "COM5" is "/dev/ttyS4", a name that starts with "/" is itself, one that starts with
     /// "tty" lies in /dev. Empty for any other name.
     static QString DeviceOf(const QString& portName);
+
+    struct Port {
+        QString name;        ///< as a port name that `DeviceOf` knows, such as "ttyUSB0"
+        QString description; ///< of the adapter, may be empty
+    };
+
+    /// The serial ports that the machine has now, in the order of their names.
+    static QList<Port> AvailablePorts();
 
     /// Why a line could not be set up or opened, in words for a message box.
     using Error = std::optional<QString>;

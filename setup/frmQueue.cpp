@@ -90,6 +90,7 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
 
     connect(m_ui->cmdRefresh, &QPushButton::clicked, this, &frmQueue::Refresh);
     connect(m_ui->cmdEmpty, &QPushButton::clicked, this, &frmQueue::Empty);
+    connect(m_ui->mnSetCOM, &QAction::triggered, this, &frmQueue::PortChoiceWanted);
     connect(m_ui->mnSetServiceCfg, &QAction::triggered, this, [this] {
         if (m_ui->TDBGridQueue->CommitOpenEditor())
             m_station.SetServiceConfig();

@@ -30,6 +30,8 @@ public:
     void AddLog1(const QString& text);
 
 Q_SIGNALS:
+    /// The user wants to choose the serial port.
+    void PortChoiceWanted();
     /// The user has closed the window, with nothing left unwritten.
     void Closed();
 

@@ -9,9 +9,11 @@
 #include "tests/support/TestClock.h"
 #include "tests/support/TestDialogs.h"
 #include "tests/support/Waiting.h"
+#include "utilities/frmSetPort.h"
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QTemporaryDir>
@@ -32,9 +34,10 @@ protected:
         EXPECT_TRUE(WaitUntil([this] { return m_running->isReady(); }, 30'000));
     }
 
-    frmQueue* Window() const {
+    template <typename Form = frmQueue>
+    Form* Window() const {
         for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (auto* window = qobject_cast<frmQueue*>(widget))
+            if (auto* window = qobject_cast<Form*>(widget))
                 return window;
         }
         return nullptr;
@@ -82,6 +85,21 @@ TEST_F(ProgramTest, TheFirstStartInstallsAnEmptyDatabaseAndOffersIt) {
     EXPECT_EQ(m_ended, 1);
     EXPECT_FALSE(m_program->TheStation().database.IsOpen());
     EXPECT_EQ(ReadFile(Path(QStringLiteral("bak4.mdb"))), ReadFile(store));
+}
+
+TEST_F(ProgramTest, ThePortWindowComesFromTheMenuAsOftenAsItIsWanted) {
+    const QString store = Path(QStringLiteral("Harbinet.mdb"));
+    m_dialogs.ExpectChoice(store);
+    ExpectNoPort();
+    Start();
+    auto* menu = Window()->findChild<QAction*>(QStringLiteral("mnSetCOM"));
+    for (int time = 0; time < 2; ++time) {
+        menu->trigger();
+        ASSERT_NE(Window<frmSetPort>(), nullptr);
+        EXPECT_TRUE(Window<frmSetPort>()->isVisible());
+        Window<frmSetPort>()->close();
+        EXPECT_TRUE(WaitUntil([this] { return Window<frmSetPort>() == nullptr; }));
+    }
 }
 
 TEST_F(ProgramTest, CancellingTheChoiceEndsInSilence) {

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/SerialControl.h"
+
+#include <QDialog>
+
+#include <memory>
+
+class CommLine;
+class Dialogs;
+namespace Ui {
+class frmSetPort;
+}
+
+/// The small window in which the user picks the serial port and its speed. The choice is saved and the line opened at
+/// once.
+///
+/// A line that opens hides the window, and it comes back with the last choice; one that does not leaves it open.
+class frmSetPort : public QDialog {
+    Q_OBJECT
+
+public:
+    /// The ports COM1 to COM8 are offered, `ports` behind them, and the saved port if it is none of these.
+    /// @param line, dialogs  must outlive the window.
+    frmSetPort(CommLine& line, Dialogs& dialogs, const QList<SerialControl::Port>& ports, QWidget* parent = nullptr);
+    ~frmSetPort() override;
+
+private:
+    void FillPorts(const QList<SerialControl::Port>& ports);
+    void FillSpeeds();
+    void Choose();
+
+    CommLine& m_line;
+    Dialogs& m_dialogs;
+    std::unique_ptr<Ui::frmSetPort> m_ui;
+};
