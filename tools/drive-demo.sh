@@ -59,7 +59,7 @@ await_window "Setup Queue System"
 picture 2-services
 xdotool key alt+c
 sleep 0.3
-xdotool key Down Down Right
+xdotool key Down Right
 picture 3-menu
 xdotool key Return
 sleep 1
