@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <qcoro/qcorotask.h>
+
+class Bus;
+class Clock;
+
+namespace model {
+enum ObjectType : quint8;
+struct Installation;
+} // namespace model
+
+/// Small settings that go to every device of one type on the user's order: the clocks of hubs and printers (`U` with
+/// the clock text), and the hubs' counter option (`K` with the number of tickets called as a small number).
+///
+/// All go straight to the device's address; a printer behind a hub is not reached this way. A device that does not
+/// answer does not stop the run. Each result is true if all answered, also if there is no such device.
+class DeviceClocks {
+public:
+    /// The references must outlive this object.
+    DeviceClocks(Bus& bus, const model::Installation& installation, const Clock& clock);
+
+    QCoro::Task<bool> SetHubTime();
+    QCoro::Task<bool> SetAllPrinterTimes();
+
+    /// @param ticketsCalled 1 to 10.
+    QCoro::Task<bool> SetHubOption(qint16 ticketsCalled);
+
+private:
+    QCoro::Task<bool> SendToAll(model::ObjectType type, char letter, QByteArray data);
+
+    Bus& m_bus;
+    const model::Installation& m_installation;
+    const Clock& m_clock;
+};

@@ -1,0 +1,121 @@
+#include "hubs/HubConfig.h"
+#include "hubs/DeviceClocks.h"
+#include "hubs/HubRouter.h"
+#include "tests/support/AnsweringEnd.h"
+#include "tests/support/BusWorld.h"
+#include "tests/support/Waiting.h"
+
+namespace {
+
+class HubConfigTest : public BusWorld {
+protected:
+    HubConfigTest() { Open(m_end.Terminal.Path()); }
+
+    model::QService& AddService(qint16 number, qint32 series) {
+        model::QService& service = m_installation->QServices[static_cast<std::size_t>(m_installation->NumServices++)];
+        service.Number = number;
+        service.Series = series;
+        service.Name = QStringLiteral("S");
+        return service;
+    }
+
+    model::QObject& AddNumbered(quint8 number, quint8 address, model::ObjectType type) {
+        Add(100 + m_installation->NumObjects, address, type);
+        model::QObject& object = m_installation->QObjects[static_cast<std::size_t>(m_installation->NumObjects - 1)];
+        object.Number = number;
+        return object;
+    }
+
+    AnsweringEnd m_end;
+    HubConfig m_config{m_bus, *m_installation};
+    DeviceClocks m_clocks{m_bus, *m_installation, m_clock};
+};
+
+} // namespace
+
+TEST_F(HubConfigTest, BuildsTheWorkedBlock) {
+    AddService(1, 1000);
+    AddNumbered(1, 1, model::Counter).FirstServiceIndex = 0;
+    AddNumbered(1, 32, model::Printer);
+    AddNumbered(1, 40, model::Display);
+    AddNumbered(1, 64, model::Hub);
+    EXPECT_EQ(m_config.BuildHubConfig(), QByteArray("18Na_Relt\0"
+                                                    "11\xE8\xC0\x23"
+                                                    "1110"
+                                                    "11P"
+                                                    "1X0",
+                                                    25));
+    EXPECT_TRUE(Await(m_config.SetHubConfig()));
+    EXPECT_EQ(m_end.Commands, QByteArrayList{"p L" + m_config.BuildHubConfig()});
+}
+
+TEST_F(HubConfigTest, CountersWithoutServiceAndDirectionsHaveTheirSigns) {
+    AddNumbered(7, 1, model::Counter);
+    AddNumbered(10, 2, model::Counter);
+    const qint32 display = AddNumbered(1, 40, model::Display).Id;
+    m_installation->DirectionTable = {{static_cast<qint16>(display), 101, 4}};
+    m_installation->NumDirections = 1;
+    EXPECT_EQ(m_config.BuildHubConfig(), QByteArray("17Na_Relt\0"
+                                                    "0"
+                                                    "271/:2/"
+                                                    "0"
+                                                    "1X04",
+                                                    23));
+}
+
+TEST_F(HubConfigTest, TheLengthKeepsItsLowEightBits) {
+    for (qint16 number = 1; number <= 64; ++number)
+        AddService(number, 0x4141);
+    for (quint8 number = 1; number <= 31; ++number)
+        AddNumbered(number, number, model::Counter);
+    const QByteArray block = m_config.BuildHubConfig();
+    EXPECT_EQ(block.size(), 2 + 8 + 1 + 64 * 3 + 1 + 31 * 3 + 1 + 1);
+    EXPECT_TRUE(block.startsWith("2BNa_Relt"));
+}
+
+TEST_F(HubConfigTest, WhatOneCharacterCannotCarryIsNamed) {
+    EXPECT_FALSE(m_config.Fault().has_value());
+    const struct {
+        qint16 number;
+        qint32 series;
+        bool fits;
+    } cases[] = {{207, 65535, true}, {208, 1, false}, {-1, 1, false}, {1, 65536, false}, {1, -1, false}};
+    for (const auto& [number, series, fits] : cases) {
+        m_installation->NumServices = 0;
+        AddService(number, series);
+        EXPECT_EQ(m_config.Fault().has_value(), !fits) << number << ' ' << series;
+    }
+    m_installation->NumServices = 0;
+    AddNumbered(1, 208, model::Hub);
+    AddNumbered(255, 1, model::Display);
+    EXPECT_FALSE(m_config.Fault().has_value()) << "the block holds neither a hub nor a display's number";
+    AddNumbered(208, 2, model::Counter);
+    EXPECT_EQ(m_config.Fault(),
+              QStringLiteral("Object 'object 102': number 208 does not fit the hub's block, which takes 0 to 207."));
+}
+
+TEST_F(HubConfigTest, AMemberListNamesTypeAndAddress) {
+    Add(9, 64, model::Hub);
+    BuildHubTable(*m_installation, m_log);
+    EXPECT_EQ(m_config.MemberList(0), "0");
+    Add(1, 1, model::Counter, 9);
+    Add(2, 33, model::Printer, 9);
+    BuildHubTable(*m_installation, m_log);
+    EXPECT_TRUE(Await(m_config.SendHubMembers(0)));
+    EXPECT_EQ(m_end.Commands, QByteArrayList{"p W2011Q"});
+}
+
+TEST_F(HubConfigTest, EveryDeviceOfTheTypeIsTriedAndAllMustAnswer) {
+    EXPECT_TRUE(Await(m_config.SetHubConfig()));
+    EXPECT_TRUE(Await(m_clocks.SetHubTime()));
+    for (const quint8 address : {64, 65, 66})
+        Add(address, address, model::Hub);
+    Add(1, 32, model::Printer, 64);
+    m_end.IsSilent = [](const QByteArray& command) { return command.startsWith('q'); };
+    EXPECT_FALSE(Await(m_clocks.SetHubTime()));
+    EXPECT_FALSE(Await(m_clocks.SetHubOption(10)));
+    EXPECT_TRUE(Await(m_clocks.SetAllPrinterTimes()));
+    const QByteArray clock = "\x36\x3D\x56\x4A\x3B\x42\x34";
+    EXPECT_EQ(m_end.Commands,
+              (QByteArrayList{"p U" + clock, "q U" + clock, "r U" + clock, "p K:", "q K:", "r K:", "P U" + clock}));
+}
