@@ -17,10 +17,14 @@ namespace {
 /// A line editor that hands everything typed or pasted to the grid's text hook.
 class CellEdit final : public QLineEdit {
 public:
-    CellEdit(const DataGrid& grid, QWidget* parent)
+    CellEdit(DataGrid& grid, QWidget* parent)
         : QLineEdit(parent)
         , m_grid(grid) {
         connect(this, &QLineEdit::textEdited, this, &CellEdit::Convert);
+        connect(QApplication::clipboard(), &QClipboard::dataChanged, this, [this] {
+            if (hasFocus() && QApplication::clipboard()->ownsClipboard())
+                m_grid.NoteCopied(QApplication::clipboard()->text());
+        });
         setFrame(false);
     }
 
@@ -32,8 +36,6 @@ public:
 private:
     void Convert(const QString& edited) {
         const QString before = std::exchange(m_before, edited);
-        if (!m_grid.Hook())
-            return;
         // What was inserted ends at the cursor; what stands behind it was there before.
         const qsizetype cursor = cursorPosition();
         const qsizetype behind = edited.size() - cursor;
@@ -43,8 +45,8 @@ private:
             ++start;
         if (start >= cursor)
             return;
-        const GridInsertion insertion =
-            m_grid.Hook()(QStringView(edited).first(start), edited.mid(start, cursor - start));
+        const GridInsertion insertion = m_grid.InsertionFor(
+            QStringView(edited).first(start), edited.mid(start, cursor - start), maxLength() - start - behind);
         const qsizetype kept = std::max<qsizetype>(start - insertion.replaces, 0);
         const QString converted = edited.first(kept) + insertion.text + edited.sliced(cursor);
         if (converted == edited)
@@ -54,7 +56,7 @@ private:
         m_before = text();
     }
 
-    const DataGrid& m_grid;
+    DataGrid& m_grid;
     QString m_before;
 };
 
@@ -223,9 +225,23 @@ void DataGrid::DeleteSelected() {
     }
 }
 
+GridInsertion DataGrid::InsertionFor(QStringView before, QString typed, qsizetype room) const {
+    // Some text reads as VNI and as Unicode; what comes from a cell is known to be what cells hold.
+    const bool convert = m_textHook && (typed.isEmpty() || typed != m_copied);
+    while (true) {
+        const GridInsertion insertion = convert ? m_textHook(before, typed) : GridInsertion{0, typed};
+        if (typed.isEmpty() || insertion.text.size() - insertion.replaces <= room)
+            return insertion;
+        typed.chop(1);
+    }
+}
+
 void DataGrid::CopyCell() {
-    if (currentIndex().isValid())
-        QApplication::clipboard()->setText(currentIndex().data(Qt::DisplayRole).toString());
+    if (!currentIndex().isValid())
+        return;
+    const QString text = currentIndex().data(Qt::DisplayRole).toString();
+    QApplication::clipboard()->setText(text);
+    NoteCopied(text);
 }
 
 void DataGrid::PasteIntoCell() {
@@ -241,8 +257,11 @@ void DataGrid::PasteIntoCell() {
         if (known == column.values.end())
             return;
         text = QString::number(known->first);
-    } else if (m_textHook) {
-        text = m_textHook(QStringView(), text).text;
+    } else {
+        const qsizetype room = column.maxLength > 0 ? column.maxLength : text.size() * 2;
+        // A letter has at most three characters before it is composed.
+        text.truncate(room * 3);
+        text = InsertionFor(QStringView(), text, room).text;
     }
-    WriteCell(cell, column.maxLength > 0 ? text.left(column.maxLength) : text);
+    WriteCell(cell, text);
 }

@@ -32,7 +32,14 @@ public:
     /// Called with the text before the cursor and what is typed or pasted there.
     using TextHook = std::function<GridInsertion(QStringView before, const QString& typed)>;
     void SetTextHook(TextHook hook) { m_textHook = std::move(hook); }
-    const TextHook& Hook() const { return m_textHook; }
+
+    /// What goes in for `typed` behind `before`, through the hook; text that was copied in this grid stays as it is.
+    /// What does not fit is left out from its end by whole letters.
+    /// @param room characters that the text may become longer by.
+    GridInsertion InsertionFor(QStringView before, QString typed, qsizetype room) const;
+
+    /// Remembers text that was copied from a cell or its editor.
+    void NoteCopied(const QString& text) { m_copied = text; }
 
     /// Writes what stands in an open editor. @return false if the store refuses it; `DataError` has come then.
     bool CommitOpenEditor();
@@ -63,6 +70,7 @@ private:
 
     GridModel* m_records = nullptr;
     TextHook m_textHook;
+    QString m_copied;
     QPersistentModelIndex m_refusedCell;
     std::optional<QString> m_refusedText;
 };

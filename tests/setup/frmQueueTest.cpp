@@ -262,6 +262,44 @@ TEST_F(frmQueueTest, ATextTakesItsPlacesAndNoMore) {
     EXPECT_EQ(Stored(QStringLiteral("length(q_Name)")), QStringLiteral("6|64"));
 }
 
+TEST_F(frmQueueTest, ALetterWithoutRoomIsLeftOutWhole) {
+    Show();
+    const QString name = QString(62, u'n') + u'z';
+    for (const bool atEnd : {true, false}) {
+        Type(0, NameColumn, name);
+        Press(Qt::Key_F2);
+        Press(atEnd ? Qt::Key_End : Qt::Key_Home);
+        Keys(QStringLiteral("\u1EBF"));
+        ASSERT_NE(Editor(), nullptr);
+        EXPECT_EQ(Editor()->text(), name);
+        Keys(QStringLiteral("a"));
+        EXPECT_EQ(Editor()->text(), atEnd ? name + u'a' : u'a' + name);
+        Press(Qt::Key_Return);
+    }
+    QApplication::clipboard()->setText(QString(63, u'n') + u'\u1EBF');
+    QTest::keyClick(&Grid(), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(Shown(0, NameColumn), QString(63, u'n'));
+}
+
+TEST_F(frmQueueTest, WhatWasCopiedInTheGridIsPastedAsItStands) {
+    Show();
+    // By itself this reads as Unicode as well as VNI.
+    const QString vni = QStringLiteral("D\u00F2ch");
+    ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Queue SET q_Name = ? WHERE q_Id = 2"), {vni}}));
+    m_window->LoadQueue();
+    Click(0, NameColumn);
+    QTest::keyClick(&Grid(), Qt::Key_C, Qt::ControlModifier);
+    Click(1, NameColumn);
+    QTest::keyClick(&Grid(), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(Shown(1, NameColumn), vni);
+
+    Press(Qt::Key_F2);
+    ASSERT_NE(Editor(), nullptr);
+    QTest::keyClick(Editor(), Qt::Key_X, Qt::ControlModifier);
+    QTest::keyClick(Editor(), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(Editor()->text(), vni);
+}
+
 TEST_F(frmQueueTest, YesAndNoAreChosenFromAList) {
     Show();
     Click(0, ActiveColumn);
