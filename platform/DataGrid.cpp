@@ -205,24 +205,20 @@ void DataGrid::keyPressEvent(QKeyEvent* event) {
 void DataGrid::DeleteSelected() {
     if (!m_records || !selectionModel())
         return;
-    QModelIndexList rows = selectionModel()->selectedRows();
+    const QModelIndexList rows = selectionModel()->selectedRows();
     if (rows.isEmpty()) {
         const QModelIndex cell = currentIndex();
         if (cell.isValid() && cell.flags().testFlag(Qt::ItemIsEditable))
             WriteCell(cell, QString());
         return;
     }
-    // From below, so that the rows still to be deleted keep their places.
-    std::sort(rows.begin(), rows.end(), [](const QModelIndex& a, const QModelIndex& b) { return a.row() > b.row(); });
-    std::vector<int> places;
-    for (const QModelIndex& row : rows)
-        places.push_back(row.row());
-    for (const int place : places) {
-        if (const GridModel::Error error = m_records->Remove(place)) {
-            Q_EMIT DataError(*error);
-            return;
-        }
+    // A slip of the finger must not empty the table.
+    if (rows.size() > 1) {
+        Q_EMIT DataError(tr("Only one record can be deleted at a time."));
+        return;
     }
+    if (const GridModel::Error error = m_records->Remove(rows.constFirst().row()))
+        Q_EMIT DataError(*error);
 }
 
 GridInsertion DataGrid::InsertionFor(QStringView before, QString typed, qsizetype room) const {

@@ -18,8 +18,8 @@ struct GridInsertion {
 ///
 /// What is left in a cell (Enter, Tab, a click elsewhere) is written at once. If the store refuses it, `DataError`
 /// tells why and the typed text is kept until `ResumeEdit` opens the cell's editor with it again; Escape gives the edit
-/// up. Delete empties the current cell, or deletes the rows that are selected whole (by a click on the row's head or
-/// Shift+Space). Ctrl+C copies the current cell, Ctrl+V puts text into it.
+/// up. Delete empties the current cell, or deletes the one row that is selected whole (by a click on the row's head or
+/// Shift+Space); several are refused. Ctrl+C copies the current cell, Ctrl+V puts text into it.
 class DataGrid : public QTableView {
     Q_OBJECT
 

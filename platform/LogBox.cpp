@@ -2,6 +2,7 @@
 
 #include <QFontDatabase>
 #include <QMouseEvent>
+#include <QScrollBar>
 
 #include <algorithm>
 
@@ -61,9 +62,13 @@ void LogBox::Add(const QString& text) {
 void LogBox::ShowGathered() {
     if (std::exchange(m_startsAnew, false))
         clear();
-    moveCursor(QTextCursor::End);
-    insertPlainText(Visible(QStringView(m_content).sliced(m_shown)));
+    // A cursor of its own, so that what the user has selected stays selected.
+    QTextCursor end(document());
+    end.movePosition(QTextCursor::End);
+    end.insertText(Visible(QStringView(m_content).sliced(m_shown)));
     m_shown = m_content.size();
+    if (!textCursor().hasSelection())
+        verticalScrollBar()->setValue(verticalScrollBar()->maximum());
 }
 
 void LogBox::mouseDoubleClickEvent(QMouseEvent* event) {

@@ -38,7 +38,7 @@ QMessageBox* MakeBox(BoxKind kind, const QString& text, QMessageBox::StandardBut
 class WindowProgress final : public ProgressBox {
 public:
     explicit WindowProgress(const QString& text)
-        : m_dialog(text, QObject::tr("Cancel"), 0, 0, QApplication::activeWindow()) {
+        : m_dialog(text, QObject::tr("Cancel"), 0, 0) {
         m_dialog.setObjectName(QStringLiteral("progressBox"));
         m_dialog.setWindowTitle(Title());
         m_dialog.setWindowModality(Qt::ApplicationModal);

@@ -229,6 +229,10 @@ TEST_F(frmQueueTest, DeleteTakesWholeRowsOnlyAndElseEmptiesTheCell) {
     Click(0, NameColumn);
     QTest::keyClick(&Grid(), Qt::Key_Delete);
     EXPECT_EQ(Stored(QStringLiteral("coalesce(q_Name, 'null')")), QStringLiteral("second|null"));
+    QTest::keyClick(&Grid(), Qt::Key_A, Qt::ControlModifier);
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Only one record can be deleted at a time."));
+    QTest::keyClick(&Grid(), Qt::Key_Delete);
+    EXPECT_EQ(Stored(QStringLiteral("q_Id")), QStringLiteral("1|2"));
     QTest::keyClick(&Grid(), Qt::Key_Space, Qt::ShiftModifier);
     QTest::keyClick(&Grid(), Qt::Key_Delete);
     EXPECT_EQ(Stored(QStringLiteral("q_Id")), QStringLiteral("1"));
