@@ -91,10 +91,10 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     connect(m_ui->cmdRefresh, &QPushButton::clicked, this, &frmQueue::Refresh);
     connect(m_ui->cmdEmpty, &QPushButton::clicked, this, &frmQueue::Empty);
     connect(m_ui->mnSetCOM, &QAction::triggered, this, &frmQueue::PortChoiceWanted);
-    connect(m_ui->mnSetServiceCfg, &QAction::triggered, this, [this] {
-        if (m_ui->TDBGridQueue->CommitOpenEditor())
-            m_station.SetServiceConfig();
-    });
+    connect(m_ui->mnSetServiceCfg, &QAction::triggered, this, [this] { Run(&Station::SetServiceConfig); });
+    connect(m_ui->mnTDTime, &QAction::triggered, this, [this] { Run(&Station::SetPrinterClocks); });
+    connect(m_ui->mnSetHub, &QAction::triggered, this, [this] { Run(&Station::SetHubs); });
+    connect(m_ui->mnHubTime, &QAction::triggered, this, [this] { Run(&Station::SetHubClocks); });
     connect(&m_station, &Station::BusyChanged, this, &frmQueue::ShowBusy);
     connect(&m_station, &Station::ProgressChanged, m_progress, &QLabel::setText);
     connect(&m_station.line, &CommLine::StatusChanged, this, &frmQueue::SetCommStatus);
@@ -158,8 +158,14 @@ void frmQueue::AddLog1(const QString& text) {
     m_ui->txtLog1->Add(text);
 }
 
+void frmQueue::Run(Operation operation) {
+    if (m_ui->TDBGridQueue->CommitOpenEditor())
+        (m_station.*operation)();
+}
+
 void frmQueue::ShowBusy(bool busy) {
-    m_ui->mnSetServiceCfg->setEnabled(!busy);
+    for (QAction* action : {m_ui->mnSetServiceCfg, m_ui->mnTDTime, m_ui->mnSetHub, m_ui->mnHubTime})
+        action->setEnabled(!busy);
     m_ui->cmdRefresh->setEnabled(!busy);
     if (busy == m_isBusy)
         return;

@@ -2,6 +2,8 @@
 
 #include <QMainWindow>
 
+#include <qcoro/qcorotask.h>
+
 #include <memory>
 
 class GridRecords;
@@ -39,6 +41,10 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    using Operation = QCoro::Task<> (Station::*)();
+
+    /// Starts an operation of the station once what stands in an open editor is written.
+    void Run(Operation operation);
     void SetUpServicesGrid();
     void SetUpStatusBar();
     void ShowBusy(bool busy);

@@ -33,6 +33,8 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     , line(control, ini, dialogs, clock)
     , bus(control, log)
     , router(bus, *installation)
+    , hubs(bus, *installation)
+    , clocks(bus, *installation, clock)
     , database(ProgramFolder, ini, log, clock)
     , tickets(database, *installation, log)
     , loaders(database, tickets, *installation, options, log)
@@ -55,10 +57,14 @@ void Station::Close() {
     dialogs.Close();
 }
 
+QCoro::Task<> Station::ExplainBusy() {
+    const QString running = QStringLiteral("Devices are being configured. Please try again when this is done.");
+    co_await dialogs.ShowMessage(BoxKind::Exclamation, running);
+}
+
 QCoro::Task<bool> Station::ReloadOrExplain() {
     if (m_busy) {
-        const QString running = QStringLiteral("Devices are being configured. Please try again when this is done.");
-        co_await dialogs.ShowMessage(BoxKind::Exclamation, running);
+        co_await ExplainBusy();
         co_return false;
     }
     if (reload.ReloadAll() == Reload::Outcome::NoDatabase) {
@@ -86,4 +92,50 @@ QCoro::Task<> Station::SetServiceConfig() {
     const QString outcome = all ? QStringLiteral("Set config to all objects OK.")
                                 : QStringLiteral("Error on setting config to all objects.");
     co_await dialogs.ShowMessage(kind, outcome);
+}
+
+QCoro::Task<> Station::SetHubs() {
+    const bool reloaded = co_await ReloadOrExplain();
+    if (!reloaded)
+        co_return;
+    QString outcome = QStringLiteral("Set config to all HUBs OK.");
+    BoxKind kind = BoxKind::Information;
+    if (const std::optional<QString> fault = hubs.Fault()) {
+        outcome = *fault;
+        kind = BoxKind::Exclamation;
+    } else {
+        const Operation running(*this);
+        const bool all = co_await hubs.SetHubConfig();
+        if (!all) {
+            outcome = QStringLiteral("Error on setting config to HUB(s).");
+            kind = BoxKind::Exclamation;
+        }
+    }
+    co_await dialogs.ShowMessage(kind, outcome);
+}
+
+QCoro::Task<> Station::SetHubClocks() {
+    if (m_busy) {
+        co_await ExplainBusy();
+        co_return;
+    }
+    {
+        const Operation running(*this);
+        co_await clocks.SetHubTime();
+    }
+    const QString done = QStringLiteral("done.");
+    co_await dialogs.ShowMessage(BoxKind::Information, done);
+}
+
+QCoro::Task<> Station::SetPrinterClocks() {
+    if (m_busy) {
+        co_await ExplainBusy();
+        co_return;
+    }
+    {
+        const Operation running(*this);
+        co_await clocks.SetAllPrinterTimes();
+    }
+    const QString done = QStringLiteral(".Done");
+    co_await dialogs.ShowMessage(BoxKind::Plain, done);
 }

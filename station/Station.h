@@ -8,6 +8,8 @@
 #include "database/Loaders.h"
 #include "database/Reload.h"
 #include "database/TicketRecords.h"
+#include "hubs/DeviceClocks.h"
+#include "hubs/HubConfig.h"
 #include "hubs/HubRouter.h"
 #include "link/Bus.h"
 #include "link/CommLine.h"
@@ -45,6 +47,8 @@ public:
     CommLine line;
     Bus bus;
     HubRouter router;
+    HubConfig hubs;
+    DeviceClocks clocks;
 
     Database database;
     TicketRecords tickets;
@@ -64,6 +68,14 @@ public:
     /// Reloads the model, loads every printer and shows the outcome in a box.
     QCoro::Task<> SetServiceConfig();
 
+    /// Reloads the model, sends the configuration block to every hub and shows the outcome in a box. What the block
+    /// cannot carry is named in a box and nothing is sent.
+    QCoro::Task<> SetHubs();
+
+    /// Sets the clocks of all hubs, of all printers, and says that it is done, whoever answered.
+    QCoro::Task<> SetHubClocks();
+    QCoro::Task<> SetPrinterClocks();
+
     /// Ends every running operation: commands fail, waits and boxes end. Nothing can be started afterwards.
     void Close();
 
@@ -76,6 +88,7 @@ Q_SIGNALS:
 private:
     class Operation;
 
+    QCoro::Task<> ExplainBusy();
     QCoro::Task<bool> ReloadOrExplain();
 
     bool m_busy = false;

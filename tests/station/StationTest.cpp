@@ -152,3 +152,32 @@ TEST_F(StationTest, TheModelStaysAsItIsWhileDevicesAreLoaded) {
     EXPECT_TRUE(WaitUntil([&] { return load.isReady(); }, 30'000));
     EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->LoadsFinished(), 1);
 }
+
+TEST_F(StationTest, HubsAndClocksAreSetFromTheStore) {
+    OpenLine();
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
+    Await(m_station.SetHubs());
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("done."));
+    Await(m_station.SetHubClocks());
+    m_dialogs.ExpectMessage(BoxKind::Plain, QStringLiteral(".Done"));
+    Await(m_station.SetPrinterClocks());
+    const DeviceHub* hub = m_devices->FindAs<DeviceHub>(64);
+    EXPECT_TRUE(hub->Configuration().contains("Na_Relt"));
+    EXPECT_EQ(hub->ClockText(), "\x36\x3D\x56\x4A\x3B\x42\x34");
+    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(32)->ClockText(), hub->ClockText());
+    EXPECT_TRUE(m_devices->FindAs<TicketPrinter>(33)->ClockText().isEmpty()) << "it is not reached behind its hub";
+
+    m_devices->SetSilent(64, true);
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to HUB(s)."));
+    Await(m_station.SetHubs());
+}
+
+TEST_F(StationTest, ABlockThatCannotBeEncodedIsNotSent) {
+    OpenLine();
+    ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Queue SET q_Number = 300 WHERE q_Id = 2")}));
+    m_dialogs.ExpectMessage(
+        BoxKind::Exclamation,
+        QStringLiteral("Service 'B': number 300 does not fit the hub's block, which takes 0 to 207."));
+    Await(m_station.SetHubs());
+    EXPECT_EQ(m_devices->Counts().Commands, 0U);
+}
