@@ -1,6 +1,7 @@
 #include "app/Program.h"
 
 #include "database/JetTakeover.h"
+#include "hubs/frmHUBCfg.h"
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
 #include "setup/frmQueue.h"
@@ -88,6 +89,8 @@ void Program::InstallEmptyDatabase(const QString& path) {
 void Program::ShowSetupWindow() {
     m_setupWindow = std::make_unique<frmQueue>(*m_station);
     connect(m_setupWindow.get(), &frmQueue::PortChoiceWanted, this, &Program::ShowPortWindow);
+    connect(m_setupWindow.get(), &frmQueue::HubOptionWanted, this,
+            [this] { (new frmHUBCfg(m_station->hubOption, m_setupWindow.get()))->show(); });
     connect(m_setupWindow.get(), &frmQueue::Closed, this, [this] { ExitSystem(); });
 }
 

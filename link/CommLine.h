@@ -40,8 +40,8 @@ public:
     /// were.
     QCoro::Task<bool> OpenPort();
 
-    /// Takes another port and speed: saves them, opens the line and tells its state. A line that does not open keeps the
-    /// new choice all the same.
+    /// Takes another port and speed: saves them, opens the line and tells its state. A line that does not open keeps
+    /// the new choice all the same.
     QCoro::Task<bool> ChoosePort(QString name, QString baud);
 
     void ClosePort();

@@ -91,6 +91,7 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     connect(m_ui->cmdRefresh, &QPushButton::clicked, this, &frmQueue::Refresh);
     connect(m_ui->cmdEmpty, &QPushButton::clicked, this, &frmQueue::Empty);
     connect(m_ui->mnSetCOM, &QAction::triggered, this, &frmQueue::PortChoiceWanted);
+    connect(m_ui->mnSetHubCounter, &QAction::triggered, this, &frmQueue::HubOptionWanted);
     connect(m_ui->mnSetServiceCfg, &QAction::triggered, this, [this] { Run(&Station::SetServiceConfig); });
     connect(m_ui->mnTDTime, &QAction::triggered, this, [this] { Run(&Station::SetPrinterClocks); });
     connect(m_ui->mnSetHub, &QAction::triggered, this, [this] { Run(&Station::SetHubs); });
@@ -164,7 +165,8 @@ void frmQueue::Run(Operation operation) {
 }
 
 void frmQueue::ShowBusy(bool busy) {
-    for (QAction* action : {m_ui->mnSetServiceCfg, m_ui->mnTDTime, m_ui->mnSetHub, m_ui->mnHubTime})
+    for (QAction* action :
+         {m_ui->mnSetServiceCfg, m_ui->mnTDTime, m_ui->mnSetHub, m_ui->mnSetHubCounter, m_ui->mnHubTime})
         action->setEnabled(!busy);
     m_ui->cmdRefresh->setEnabled(!busy);
     if (busy == m_isBusy)

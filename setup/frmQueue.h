@@ -34,6 +34,8 @@ public:
 Q_SIGNALS:
     /// The user wants to choose the serial port.
     void PortChoiceWanted();
+    /// The user wants to set the hubs' counter option.
+    void HubOptionWanted();
     /// The user has closed the window, with nothing left unwritten.
     void Closed();
 

@@ -35,6 +35,7 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     , router(bus, *installation)
     , hubs(bus, *installation)
     , clocks(bus, *installation, clock)
+    , hubOption(clocks, options, ini, dialogs)
     , database(ProgramFolder, ini, log, clock)
     , tickets(database, *installation, log)
     , loaders(database, tickets, *installation, options, log)

@@ -10,6 +10,7 @@
 #include "database/TicketRecords.h"
 #include "hubs/DeviceClocks.h"
 #include "hubs/HubConfig.h"
+#include "hubs/HubOption.h"
 #include "hubs/HubRouter.h"
 #include "link/Bus.h"
 #include "link/CommLine.h"
@@ -49,6 +50,7 @@ public:
     HubRouter router;
     HubConfig hubs;
     DeviceClocks clocks;
+    HubOption hubOption;
 
     Database database;
     TicketRecords tickets;

@@ -1,5 +1,6 @@
 #include "app/Program.h"
 
+#include "hubs/frmHUBCfg.h"
 #include "setup/frmQueue.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
@@ -16,7 +17,10 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QTemporaryDir>
+#include <QTest>
 
 namespace {
 
@@ -100,6 +104,27 @@ TEST_F(ProgramTest, ThePortWindowComesFromTheMenuAsOftenAsItIsWanted) {
         Window<frmSetPort>()->close();
         EXPECT_TRUE(WaitUntil([this] { return Window<frmSetPort>() == nullptr; }));
     }
+}
+
+TEST_F(ProgramTest, TheCounterOptionIsTypedInItsWindow) {
+    m_dialogs.ExpectChoice(Path(QStringLiteral("Harbinet.mdb")));
+    ExpectNoPort();
+    Start();
+    Window()->findChild<QAction*>(QStringLiteral("mnSetHubCounter"))->trigger();
+    auto* window = Window<frmHUBCfg>();
+    ASSERT_NE(window, nullptr);
+    auto* box = window->findChild<QLineEdit*>(QStringLiteral("txtFromTo"));
+    auto* ok = window->findChild<QPushButton*>(QStringLiteral("cmdOK"));
+    EXPECT_EQ(box->text(), QStringLiteral("5"));
+    box->setText(QStringLiteral("11"));
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Valid value is 1..10"));
+    QTest::mouseClick(ok, Qt::LeftButton);
+    ASSERT_TRUE(window->isVisible() && window->isEnabled());
+    box->setText(QStringLiteral("3"));
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
+    QTest::mouseClick(ok, Qt::LeftButton);
+    EXPECT_TRUE(WaitUntil([this] { return Window<frmHUBCfg>() == nullptr; }));
+    EXPECT_TRUE(ReadFile(Path(QStringLiteral("Tallora.ini"))).contains("FromToval=3"));
 }
 
 TEST_F(ProgramTest, CancellingTheChoiceEndsInSilence) {
