@@ -10,8 +10,6 @@
 
 #include <QFileInfo>
 
-#include <limits>
-
 namespace {
 
 constexpr qint16 SendingCheck = 50;   ///< milliseconds between looks at the line while ending
@@ -31,6 +29,7 @@ Program::Program(QString programFolder, Clock& clock, Dialogs& dialogs)
 }
 
 Program::~Program() {
+    m_exiting = true;
     m_takeover->Close();
     m_station->Close();
 }
@@ -45,6 +44,8 @@ QCoro::Task<> Program::Main() {
     station.log.WriteLog(QStringLiteral("before DBOpen.."));
 
     const QString path = co_await ChooseDatabase();
+    if (m_exiting)
+        co_return;
     if (path.isEmpty()) {
         Q_EMIT Ended();
         co_return;
@@ -56,6 +57,8 @@ QCoro::Task<> Program::Main() {
         station.installation->LastTicketNumber = *next;
 
     const bool opened = co_await station.line.OpenPort();
+    if (m_exiting)
+        co_return;
     ShowSetupWindow();
     station.line.SetCommStatus(station.line.Settings.CommDevice, station.line.Settings.CommBaud, opened);
     station.log.WriteLog(opened ? QStringLiteral("Initialize system..")

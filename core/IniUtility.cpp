@@ -39,7 +39,9 @@ bool IsSame(const QString& left, const QString& right) {
 
 /// The name between the brackets of a section line, none for any other line.
 std::optional<QString> SectionName(const QByteArray& line) {
-    const QByteArray text = line.trimmed();
+    // Some editors put a byte-order mark before the first line.
+    const QByteArray mark = QByteArrayLiteral("\xEF\xBB\xBF");
+    const QByteArray text = (line.startsWith(mark) ? line.sliced(mark.size()) : line).trimmed();
     if (!text.startsWith('['))
         return std::nullopt;
     const qsizetype end = text.indexOf(']');

@@ -45,6 +45,13 @@ public:
             field = text.toLower() == QStringLiteral("yes");
     }
 
+    /// Like `YesNo`, but blanks within quotes do not count.
+    void TrimmedYesNo(const QString& key, bool& field) const {
+        QString text;
+        if (m_ini.ReadIni(m_section, key, text))
+            field = text.trimmed().toLower() == QStringLiteral("yes");
+    }
+
     void Text(const QString& key, QString& field) const { m_ini.ReadIni(m_section, key, field); }
 
     /// A time of day in the forms "hh:mm:ss", "hh:mm", "hhmmss" and "hhmm"; one that is none is logged, the field
@@ -129,7 +136,7 @@ Options ReadOptions(IniUtility& ini, EventLog& log) {
     read.Enter(QStringLiteral("ReadData"));
     read.Number(QStringLiteral("interval"), options.ReadInterval);
     options.ReadInterval = std::max(options.ReadInterval, ShortestReadInterval);
-    read.YesNo(QStringLiteral("Auto"), options.ReadAuto);
+    read.TrimmedYesNo(QStringLiteral("Auto"), options.ReadAuto);
 
     read.Enter(QStringLiteral("Setup"));
     read.Text(QStringLiteral("Psd"), options.Psd);

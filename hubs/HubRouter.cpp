@@ -30,6 +30,11 @@ QCoro::Task<Reply> HubRouter::SendToObject(qint16 object, char letter, QByteArra
     const std::optional<Place> place = FindHubSlot(object);
     if (!place)
         co_return Reply{};
+    // A relay cannot carry what no character can; sent directly the bus refuses it and says so.
+    if (device.Address > encoding::LargestSmallNumber) {
+        const Reply refused = co_await m_bus.SendCommand(device.Address, letter, data, timeout, tries);
+        co_return refused;
+    }
     QByteArray relayed;
     relayed += encoding::SmallNumber(device.Address);
     relayed += letter;

@@ -1,6 +1,7 @@
 #include "link/Bus.h"
 
 #include "core/EventLog.h"
+#include "link/Encodings.h"
 #include "link/Frames.h"
 #include "platform/SerialControl.h"
 
@@ -12,6 +13,7 @@ constexpr int BitsPerCharacter = 10; ///< start bit, 8 data bits, stop bit
 
 /// How often an output that should have left by now is looked at again.
 constexpr std::chrono::milliseconds OutputCheck{5};
+constexpr int MostOutputChecks = 200; ///< one second beyond the wire time
 
 std::chrono::milliseconds WireTime(qsizetype characters, qint32 baud) {
     if (baud <= 0)
@@ -42,7 +44,8 @@ Bus::Bus(SerialControl& control, EventLog& log, QObject* parent)
     m_deadline.setTimerType(Qt::PreciseTimer);
     connect(&m_deadline, &QTimer::timeout, this, &Bus::OnDeadline);
     connect(&m_control, &SerialControl::CharactersArrived, this, &Bus::OnCharacters);
-    connect(&m_control, &SerialControl::LineLost, this, &Bus::OnLineLost);
+    connect(&m_control, &SerialControl::Closed, this, &Bus::OnLineClosed);
+    connect(&m_control, &SerialControl::WriteFailed, this, &Bus::OnWriteFailed);
 }
 
 Bus::~Bus() {
@@ -53,6 +56,14 @@ QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data
     Reply reply;
     if (m_closed || !m_control.IsOpen())
         co_return reply;
+    if (address > encoding::LargestSmallNumber) {
+        m_log.WriteLog(QStringLiteral("Command %1 to address %2: one character carries addresses 0 to %3 only.")
+                           .arg(QLatin1Char(letter))
+                           .arg(address)
+                           .arg(encoding::LargestSmallNumber),
+                       EventLog::Error);
+        co_return reply;
+    }
 
     if (m_sending) {
         Completion<bool> turn;
@@ -97,7 +108,7 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
         Completion<Outcome> wait;
         m_wait = &wait;
         WriteFrame(address, frame);
-        StartDeadline(frame.size(), timeout);
+        StartDeadline(timeout);
         outcome = co_await wait.Wait();
         m_wait = nullptr;
         m_deadline.stop();
@@ -108,6 +119,7 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
     if (reply.ok) {
         WriteChar(frames::Ack);
         m_control.Flush();
+        Occupy(1);
         reply.frame = m_reader.TakeReply();
         Q_EMIT ReplyTaken(address, reply.frame);
     } else {
@@ -132,6 +144,7 @@ void Bus::WriteFrame(quint8 address, const QByteArray& frame) {
             break;
     }
     m_control.Flush();
+    Occupy(frame.size());
 }
 
 void Bus::WriteChar(char character) {
@@ -141,20 +154,29 @@ void Bus::WriteChar(char character) {
         m_log.WriteLog(QStringLiteral("Write Comm Err,") + *error, EventLog::Error);
 }
 
-void Bus::StartDeadline(qsizetype characters, Milliseconds timeout) {
+void Bus::Occupy(qsizetype characters) {
+    m_lineFree = std::max(m_lineFree, std::chrono::steady_clock::now()) + WireTime(characters, m_control.BaudRate());
+}
+
+void Bus::StartDeadline(Milliseconds timeout) {
     m_timeout = timeout;
     m_frameLeft = false;
-    m_deadline.start(WireTime(characters, m_control.BaudRate()));
+    m_outputChecks = 0;
+    m_deadline.start(std::chrono::ceil<Milliseconds>(m_lineFree - std::chrono::steady_clock::now()));
 }
 
 void Bus::OnDeadline() {
     if (m_frameLeft) {
         EndWait(Outcome::TimedOut);
-    } else if (!m_control.IsOutputSent()) {
-        m_deadline.start(OutputCheck);
-    } else {
+    } else if (m_control.IsOutputSent()) {
         m_frameLeft = true;
         m_deadline.start(m_timeout);
+    } else if (++m_outputChecks <= MostOutputChecks) {
+        m_deadline.start(OutputCheck);
+    } else {
+        m_log.WriteLog(QStringLiteral("Write Comm Err,the line takes no characters"), EventLog::Error);
+        m_control.DropOutput();
+        EndWait(Outcome::TimedOut);
     }
 }
 
@@ -167,8 +189,13 @@ void Bus::OnCharacters() {
         EndWait(Outcome::Answered);
 }
 
-void Bus::OnLineLost() {
+void Bus::OnLineClosed() {
+    m_lineFree = {};
     EndWait(Outcome::Failed);
+}
+
+void Bus::OnWriteFailed(const QString& error) {
+    m_log.WriteLog(QStringLiteral("Write Comm Err,") + error, EventLog::Error);
 }
 
 void Bus::EndWait(Outcome outcome) {

@@ -3,7 +3,6 @@
 #include "link/FrameReader.h"
 #include "platform/Completion.h"
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -48,7 +47,8 @@ public:
     /// Sends a command and waits for the reply.
     ///
     /// Each try takes the next sequence digit of the address and waits `timeout` from the moment the frame has left the
-    /// machine (wire time at the line's speed is added). A good reply is acknowledged with one ACK. Address 127 is the
+    /// machine (wire time at the line's speed is added); a line that takes no characters at all ends the try some time
+    /// later, with a log line. A good reply is acknowledged with one ACK. Address 127 is the
     /// broadcast: sequence "*", no reply awaited, always ok once written. Data is sent as it stands: binary data must
     /// have gone through `frames::EscapeData`, since writing stops at the first ETX. More than 254 characters of data
     /// wrap the length field; that is logged. Fails at once if the line is closed, and at once when it goes away or the
@@ -89,9 +89,11 @@ private:
     void WriteFrame(quint8 address, const QByteArray& frame);
     void WriteChar(char character);
     void OnCharacters();
-    void OnLineLost();
+    void OnLineClosed();
+    void OnWriteFailed(const QString& error);
     void OnDeadline();
-    void StartDeadline(qsizetype characters, Milliseconds timeout);
+    void Occupy(qsizetype characters);
+    void StartDeadline(Milliseconds timeout);
     void EndWait(Outcome outcome);
     void LeaveLine();
 
@@ -106,4 +108,6 @@ private:
     QTimer m_deadline;
     Milliseconds m_timeout{0};
     bool m_frameLeft = false;
+    int m_outputChecks = 0;
+    std::chrono::steady_clock::time_point m_lineFree; ///< when all that was written will have left at the line's speed
 };

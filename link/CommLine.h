@@ -48,7 +48,7 @@ public:
     /// `ClosePort`, and the status goes out as closed.
     void CloseComm();
 
-    /// The result of the last `OpenPort`; false once the line was lost or closed.
+    /// The result of the last `OpenPort` that got as far as opening; false once the line was lost or closed.
     bool PortIsOpen() const { return m_portIsOpen; }
     /// Date and time of the last successful opening; not valid if there was none.
     QDateTime TimeConnected() const { return m_timeConnected; }

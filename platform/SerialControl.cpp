@@ -14,13 +14,17 @@ SerialControl::SerialControl(QObject* parent)
     : QObject(parent)
     , m_port(new QSerialPort(this)) {
     connect(m_port, &QSerialPort::readyRead, this, &SerialControl::CharactersArrived);
-    // Queued: the port must not be closed from within its own notification.
-    connect(m_port, &QSerialPort::errorOccurred, this, &SerialControl::OnError, Qt::QueuedConnection);
+    // The port must not be closed from within its own notification, and a later error must not hide this one.
+    connect(m_port, &QSerialPort::errorOccurred, this, [this](QSerialPort::SerialPortError error) {
+        const QString text = m_port->errorString();
+        QMetaObject::invokeMethod(
+            this, [this, error, text] { OnError(error, text); }, Qt::QueuedConnection);
+    });
 }
 
 SerialControl::~SerialControl() {
     m_port->disconnect(this);
-    Close();
+    m_port->close();
 }
 
 QString SerialControl::DeviceOf(const QString& portName) {
@@ -85,8 +89,10 @@ bool SerialControl::Open() {
 }
 
 void SerialControl::Close() {
-    if (m_port->isOpen())
-        m_port->close();
+    if (!m_port->isOpen())
+        return;
+    m_port->close();
+    Q_EMIT Closed();
 }
 
 bool SerialControl::IsOpen() const {
@@ -116,20 +122,27 @@ bool SerialControl::IsOutputSent() const {
     return ::ioctl(m_port->handle(), TIOCOUTQ, &waiting) != 0 || waiting == 0;
 }
 
-void SerialControl::OnError() {
+void SerialControl::DropOutput() {
+    if (m_port->isOpen())
+        m_port->clear(QSerialPort::Output);
+}
+
+void SerialControl::OnError(int error, const QString& text) {
     // A failed open reports here too, when there is no line to lose.
     if (!m_port->isOpen())
         return;
-    switch (m_port->error()) {
+    switch (error) {
     case QSerialPort::ResourceError:
     case QSerialPort::ReadError:
     case QSerialPort::DeviceNotFoundError:
-    case QSerialPort::PermissionError: {
-        const QString reason = m_port->errorString();
-        m_port->close();
-        Q_EMIT LineLost(reason);
+    case QSerialPort::PermissionError:
+        Close();
+        Q_EMIT LineLost(text);
         return;
-    }
+    case QSerialPort::WriteError:
+        DropOutput();
+        Q_EMIT WriteFailed(text);
+        return;
     default:
         return;
     }

@@ -55,6 +55,8 @@ public:
 
     /// True when the system holds no character any more that was written (an adapter's own buffer is not seen).
     bool IsOutputSent() const;
+    /// Forgets what was written and has not left yet.
+    void DropOutput();
 
 Q_SIGNALS:
     /// Characters wait to be taken.
@@ -62,9 +64,13 @@ Q_SIGNALS:
 
     /// The open line went away (adapter pulled, other end gone). It is closed already and can be opened again.
     void LineLost(const QString& reason);
+    /// The open line was closed, by `Close` or because it went away.
+    void Closed();
+    /// Characters that were put on their way could not be written.
+    void WriteFailed(const QString& error);
 
 private:
-    void OnError();
+    void OnError(int error, const QString& text);
 
     QSerialPort* m_port = nullptr;
     QString m_device;

@@ -53,9 +53,10 @@ Station::~Station() {
 }
 
 void Station::Close() {
+    // Boxes first: what fails because of the end must not open one.
+    dialogs.Close();
     bus.Close();
     clock.Close();
-    dialogs.Close();
 }
 
 QCoro::Task<> Station::ExplainBusy() {

@@ -171,7 +171,6 @@ TEST_F(ProgramTest, OpensTheLineOfTheSettingsAndRecoversTickets) {
     devices.SetSilent(32, true);
     const auto load = station.SetServiceConfig();
     EXPECT_TRUE(WaitUntil([&] { return devices.Counts().Commands > 0; }));
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
     Window()->close();
     EXPECT_EQ(m_ended, 1);
     EXPECT_FALSE(station.control.IsOpen() && station.bus.Sending());

@@ -59,6 +59,13 @@ TEST_F(IniUtilityTest, ReadsAtMost127CharactersOfAValue) {
     EXPECT_EQ(Read(QStringLiteral("s"), QStringLiteral("k")), QString(127, u'v'));
 }
 
+TEST_F(IniUtilityTest, AByteOrderMarkDoesNotHideTheFirstSection) {
+    WriteFile(m_ini.IniPath, "\xEF\xBB\xBF[s]\nk=v\n");
+    EXPECT_EQ(Read(QStringLiteral("s"), QStringLiteral("k")), QStringLiteral("v"));
+    EXPECT_TRUE(m_ini.WriteIni(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("w")));
+    EXPECT_EQ(ReadFile(m_ini.IniPath), "\xEF\xBB\xBF[s]\nk=w\n");
+}
+
 TEST_F(IniUtilityTest, AMissingFileReadsAsEmptyAndIsMadeByWriting) {
     EXPECT_EQ(Read(QStringLiteral("s"), QStringLiteral("k")), QStringLiteral("(default)"));
     EXPECT_TRUE(m_ini.WriteIni(QStringLiteral("s"), QStringLiteral("k"), QStringLiteral("v")));

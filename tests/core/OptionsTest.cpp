@@ -49,7 +49,7 @@ TEST_F(OptionsTest, EveryKeyHasItsDefaultAndTheOptionLogShowsIt) {
 
 TEST_F(OptionsTest, ReadsValuesByTheirKind) {
     const Options options = Read("[System]\nInfoNumLine=4 lines\nEnd=17:30:05\nSchedule=YES\n"
-                                 "[ReadData]\ninterval=1\nAuto= No \n"
+                                 "[ReadData]\ninterval=1\nAuto=\" yes \"\n"
                                  "[Setup]\nPsd=bfl\n"
                                  "[options]\nPassNoNext=true\nMsgDelay=1.25s\nKeyDelayTime=abc\nMaxSilentTime "
                                  "=7\nFromToval=10\nRoutedSeries=yes\n"
@@ -59,7 +59,8 @@ TEST_F(OptionsTest, ReadsValuesByTheirKind) {
     EXPECT_EQ(options.EndOfDay, 17 * 3600 + 30 * 60 + 5);
     EXPECT_TRUE(options.Schedule && options.RoutedSeries);
     EXPECT_EQ(options.ReadInterval, 2);
-    EXPECT_FALSE(options.ReadAuto || options.PassNoNext);
+    EXPECT_TRUE(options.ReadAuto);
+    EXPECT_FALSE(options.PassNoNext);
     EXPECT_EQ(options.Psd, QStringLiteral("abc"));
     EXPECT_DOUBLE_EQ(options.MsgDelay, 1.25);
     EXPECT_EQ(options.KeyDelayTime, 0);
@@ -67,6 +68,26 @@ TEST_F(OptionsTest, ReadsValuesByTheirKind) {
     EXPECT_EQ(options.FromToval, 10);
     EXPECT_EQ(options.ResetAt, QStringLiteral("060500"));
     EXPECT_TRUE(m_messages.contains(QStringLiteral("RoutedSeries=yes")));
+}
+
+TEST_F(OptionsTest, EveryOtherKeyIsReadUnderItsName) {
+    const Options options =
+        Read("[Setup]\nHourPerDay=9\n[options]\nActiveClients=yes\nWakeupTime=1\nSoftKeyDelay=yes\nPassPosition=2\n"
+             "TransferNoNext=no\nMaxTxFail=4\nCmdRetry=5\ndelayStartup=6\nMultiTicketSeries=yes\nDisplayType=1\n"
+             "MainDisplayType=1\nRunOverNight=yes\nSendConfigOnStart=yes\nSendConfigOnError=no\n"
+             "[AutoDelete]\nEnable=yes\nFromYear=3\n[AutoReset]\nResetNew=yes\n");
+    EXPECT_EQ(options.HourPerDay, 9);
+    EXPECT_EQ(options.WakeupTime, 1);
+    EXPECT_EQ(options.PassPosition, 2);
+    EXPECT_EQ(options.MaxTxFail, 4);
+    EXPECT_EQ(options.CmdRetry, 5);
+    EXPECT_EQ(options.DelayStartup, 6);
+    EXPECT_EQ(options.DisplayType, 1);
+    EXPECT_EQ(options.MainDisplayType, 1);
+    EXPECT_EQ(options.AutoDeleteFromYear, QStringLiteral("3"));
+    EXPECT_TRUE(options.ActiveClients && options.SoftKeyDelay && options.MultiTicketSeries && options.RunOverNight);
+    EXPECT_TRUE(options.SendConfigOnStart && options.AutoDeleteEnable && options.ResetNew);
+    EXPECT_FALSE(options.TransferNoNext || options.SendConfigOnError);
 }
 
 TEST_F(OptionsTest, AnEmptyOrImpossibleValueLeavesTheDefault) {

@@ -151,8 +151,33 @@ TEST_F(BusTest, CommandsAreServedOneByOneInTheirOrder) {
 
 TEST_F(BusTest, AClosedLineFailsAtOnceAndWritesNothing) {
     m_control.Close();
-    const auto running = m_bus.SendCommand(5, 'P', QByteArray(), 10s, 3);
-    EXPECT_TRUE(running.isReady());
+    EXPECT_FALSE(Await(m_bus.SendCommand(5, 'P', QByteArray(), 10s, 3)).ok);
+    EXPECT_EQ(m_terminal.Read(), "");
+}
+
+TEST_F(BusTest, AnAddressThatNoCharacterCarriesIsLoggedAndNotSent) {
+    EXPECT_FALSE(Await(m_bus.SendCommand(208, 'P', QByteArray(), 10s, 3)).ok);
+    EXPECT_EQ(m_terminal.Read(), "");
+    EXPECT_EQ(m_messages.size(), 1);
+    EXPECT_EQ(FrameOf(207, 'P', ""), frames::BuildFrame("\xFF"
+                                                        "001P"));
+}
+
+TEST_F(BusTest, ALineThatTakesNothingEndsTheCommandAndCanBeUsedAgain) {
+    m_control.Close();
+    Open(m_terminal.Path(), QStringLiteral("1000000"));
+    // Nobody reads at the other end until its buffer is full.
+    while (m_messages.isEmpty())
+        EXPECT_FALSE(Await(m_bus.SendCommand(5, 'M', QByteArray(240, 'd'), 1ms, 1)).ok);
+    EXPECT_TRUE(m_messages.first().startsWith(QStringLiteral("Write Comm Err,")));
+    m_terminal.Read();
+    std::vector<Reply> replies;
+    const auto running = Record(m_bus.SendCommand(6, 'P', QByteArray(), 2s, 1), replies);
+    QByteArray line;
+    EXPECT_TRUE(WaitUntil([&] { return (line += m_terminal.Read()).endsWith(frames::BuildFrame("6001P")); }));
+    m_terminal.Write(Answer());
+    ASSERT_TRUE(WaitUntil([&] { return running.isReady(); }));
+    EXPECT_TRUE(replies[0].ok);
 }
 
 TEST_F(BusTest, ALineThatGoesAwayFailsTheCommandAndTheQueueGoesOn) {
@@ -181,7 +206,8 @@ TEST_F(BusTest, ClosingEndsTheRunningCommandAndAllThatWait) {
     const auto second = Record(m_bus.SendCommand(6, 'P', QByteArray(), 10s, 3), replies);
     const auto third = Record(m_bus.SendCommand(7, 'P', QByteArray(), 10s, 3), replies);
     m_bus.Close();
-    EXPECT_EQ(replies.size(), 3U);
+    ASSERT_EQ(replies.size(), 3U);
+    EXPECT_FALSE(replies[0].ok || replies[1].ok || replies[2].ok);
     EXPECT_TRUE(first.isReady() && second.isReady() && third.isReady());
     const auto later = m_bus.SendCommand(8, 'P', QByteArray(), 10s, 3);
     EXPECT_TRUE(later.isReady());
@@ -195,4 +221,10 @@ TEST_F(BusTest, ADeadlineStartsWhenTheFrameHasLeft) {
     elapsed.start();
     EXPECT_FALSE(Await(m_bus.SendCommand(5, 'P', QByteArray(31, 'd'), 1ms, 1)).ok);
     EXPECT_GE(elapsed.elapsed(), 167);
+
+    // What was written before it counts too: 40 characters of a broadcast.
+    elapsed.start();
+    EXPECT_TRUE(Await(m_bus.SendCommand(127, 'R', QByteArray(31, 'd'), 1ms, 1)).ok);
+    EXPECT_FALSE(Await(m_bus.SendCommand(5, 'P', QByteArray(31, 'd'), 1ms, 1)).ok);
+    EXPECT_GE(elapsed.elapsed(), 333);
 }

@@ -60,10 +60,10 @@ TEST_F(PrinterTablesTest, ButtonTableListsEveryKeyAndTheFlag) {
 
 TEST_F(PrinterTablesTest, ARowHasItsFieldsAtTheirPlaces) {
     AddService(QStringLiteral("first"));
-    AddService(QStringLiteral("G\u00F4\u00FBi \u20AC"), QStringLiteral("Qua\u00E0y $1")).SeriesIndex = 10;
+    AddService(QStringLiteral("G\u00F4\u00FBi \u20AC\u00C0"), QStringLiteral("Qua\u00E0y $1")).SeriesIndex = 10;
     m_installation->QServices[1].Id = 101;
     const QByteArray row = Tables().ServiceTable()[1];
-    EXPECT_EQ(row, "01:" + QByteArray("G\xF4\xFBi \x80").leftJustified(64, '\0') +
+    EXPECT_EQ(row, "01:" + QByteArray("G\xF4\xFBi \x80\xC0").leftJustified(64, '\0') +
                        QByteArray("Qua\xE0y 3, 5, 8").leftJustified(64, '\0'));
     EXPECT_EQ(row.size(), PrinterTables::RowLength);
 }

@@ -51,6 +51,8 @@ void TestDialogs::ExpectChoice(const QString& file, const QString& suggested) {
 }
 
 TestDialogs::Expected TestDialogs::Next(const QString& kind, const QString& text) {
+    if (m_closed)
+        return {};
     if (m_expected.empty()) {
         ADD_FAILURE() << "unexpected box: " << qPrintable(kind) << " \"" << qPrintable(text) << "\"";
         return {};

@@ -26,7 +26,7 @@ public:
     QCoro::Task<bool> AskYesNo(BoxKind kind, QString question) override;
     QCoro::Task<QString> ChooseFile(QString filter, QString suggested) override;
     std::unique_ptr<ProgressBox> ShowProgress(const QString& text) override;
-    void Close() override {}
+    void Close() override { m_closed = true; }
 
 private:
     struct Expected {
@@ -39,4 +39,5 @@ private:
     Expected Next(const QString& kind, const QString& text);
 
     std::deque<Expected> m_expected;
+    bool m_closed = false;
 };
