@@ -107,7 +107,7 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
         m_reader.ForgetReply();
         Completion<Outcome> wait;
         m_wait = &wait;
-        WriteFrame(address, frame);
+        WriteFrame(frame);
         StartDeadline(timeout);
         outcome = co_await wait.Wait();
         m_wait = nullptr;
@@ -117,9 +117,7 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
     Reply reply;
     reply.ok = outcome == Outcome::Answered;
     if (reply.ok) {
-        WriteChar(frames::Ack);
-        m_control.Flush();
-        Occupy(1);
+        Write(QByteArrayView(&frames::Ack, 1));
         reply.frame = m_reader.TakeReply();
         Q_EMIT ReplyTaken(address, reply.frame);
     } else {
@@ -132,26 +130,21 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
 
 Reply Bus::BroadcastFrame(quint8 address, const QByteArray& frame) {
     Q_EMIT FrameSent(address, frame);
-    WriteFrame(address, frame);
+    WriteFrame(frame);
     return {.ok = true, .frame = {}};
 }
 
-void Bus::WriteFrame(quint8 address, const QByteArray& frame) {
-    Q_UNUSED(address);
-    for (const char character : frame) {
-        WriteChar(character);
-        if (character == frames::Etx)
-            break;
-    }
-    m_control.Flush();
-    Occupy(frame.size());
+void Bus::WriteFrame(const QByteArray& frame) {
+    const qsizetype etx = frame.indexOf(frames::Etx);
+    Write(QByteArrayView(frame).first(etx < 0 ? frame.size() : etx + 1));
 }
 
-void Bus::WriteChar(char character) {
+void Bus::Write(QByteArrayView characters) {
     if (!m_control.IsOpen())
         return;
-    if (const SerialControl::Error error = m_control.WriteCharacter(character))
-        m_log.WriteLog(QStringLiteral("Write Comm Err,") + *error, EventLog::Error);
+    if (const SerialControl::Error error = m_control.Write(characters))
+        OnWriteFailed(*error);
+    Occupy(characters.size());
 }
 
 void Bus::Occupy(qsizetype characters) {

@@ -86,8 +86,8 @@ private:
 
     QCoro::Task<Reply> SendFrame(quint8 address, QByteArray frame, Milliseconds timeout);
     Reply BroadcastFrame(quint8 address, const QByteArray& frame);
-    void WriteFrame(quint8 address, const QByteArray& frame);
-    void WriteChar(char character);
+    void WriteFrame(const QByteArray& frame);
+    void Write(QByteArrayView characters);
     void OnCharacters();
     void OnLineClosed();
     void OnWriteFailed(const QString& error);

@@ -6,9 +6,11 @@
 
 #include <algorithm>
 
+#include <cerrno>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <termios.h>
+#include <unistd.h>
 
 SerialControl::SerialControl(QObject* parent)
     : QObject(parent)
@@ -103,14 +105,19 @@ QByteArray SerialControl::TakeAll() {
     return m_port->readAll();
 }
 
-SerialControl::Error SerialControl::WriteCharacter(char character) {
-    if (m_port->write(&character, 1) == 1)
+SerialControl::Error SerialControl::Write(QByteArrayView characters) {
+    if (!m_port->isOpen())
+        return QStringLiteral("The line is closed.");
+    // Straight to the system: the port's own buffer costs several turns of the event loop.
+    if (m_port->bytesToWrite() == 0 && !characters.isEmpty()) {
+        const ssize_t written = ::write(m_port->handle(), characters.data(), static_cast<size_t>(characters.size()));
+        if (written < 0 && errno != EAGAIN && errno != EINTR)
+            return qt_error_string(errno);
+        characters = characters.sliced(std::max<qsizetype>(written, 0));
+    }
+    if (characters.isEmpty() || m_port->write(characters.data(), characters.size()) == characters.size())
         return std::nullopt;
     return m_port->errorString();
-}
-
-void SerialControl::Flush() {
-    m_port->flush();
 }
 
 bool SerialControl::IsOutputSent() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QList>
 #include <QObject>
 #include <QString>
@@ -48,10 +49,9 @@ public:
     /// Takes all characters that have arrived.
     QByteArray TakeAll();
 
-    /// Puts one character on its way. On failure the description of the error. `Flush` hands what was put to the
-    /// system.
-    Error WriteCharacter(char character);
-    void Flush();
+    /// Hands characters to the system, in order behind those that still wait. On failure the description of the error;
+    /// what the system does not take at once follows by itself.
+    Error Write(QByteArrayView characters);
 
     /// True when the system holds no character any more that was written (an adapter's own buffer is not seen).
     bool IsOutputSent() const;

@@ -58,8 +58,7 @@ TEST(SerialControl, CarriesEveryByteBothWays) {
 
     QByteArray sent;
     for (const char byte : all)
-        EXPECT_FALSE(control.WriteCharacter(byte).has_value());
-    control.Flush();
+        EXPECT_FALSE(control.Write(QByteArrayView(&byte, 1)).has_value());
     EXPECT_TRUE(WaitUntil([&] { return (sent += terminal.Read()).size() >= all.size(); }));
     EXPECT_EQ(sent, all);
     EXPECT_TRUE(WaitUntil([&] { return control.IsOutputSent(); }));
@@ -81,7 +80,7 @@ TEST(SerialControl, TellsThatTheLineIsGoneAndOpensAnotherTime) {
     terminal->HangUp();
     EXPECT_TRUE(WaitUntil([&] { return lost > 0; }));
     EXPECT_FALSE(control.IsOpen());
-    EXPECT_TRUE(control.WriteCharacter('x').has_value());
+    EXPECT_TRUE(control.Write("x").has_value());
 
     terminal = std::make_unique<PseudoTerminal>();
     ASSERT_FALSE(control.SetPort(terminal->Path(), Settings()).has_value());
