@@ -111,12 +111,13 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
         StartDeadline(timeout);
         outcome = co_await wait.Wait();
         m_wait = nullptr;
-        m_deadline.stop();
     }
 
     Reply reply;
     reply.ok = outcome == Outcome::Answered;
     if (reply.ok) {
+        // The device has heard the frame, so it has left, whatever the reckoning says.
+        m_lineFree = std::min(m_lineFree, std::chrono::steady_clock::now());
         Write(QByteArrayView(&frames::Ack, 1));
         reply.frame = m_reader.TakeReply();
         Q_EMIT ReplyTaken(address, reply.frame);
@@ -155,17 +156,32 @@ void Bus::StartDeadline(Milliseconds timeout) {
     m_timeout = timeout;
     m_frameLeft = false;
     m_outputChecks = 0;
-    m_deadline.start(std::chrono::ceil<Milliseconds>(m_lineFree - std::chrono::steady_clock::now()));
+    ArmDeadline(m_lineFree);
+}
+
+void Bus::ArmDeadline(std::chrono::steady_clock::time_point due) {
+    m_due = due;
+    // A timer that runs already is left alone if it comes before: most commands are answered long before it.
+    if (m_deadline.isActive() && m_expiry <= due)
+        return;
+    const auto now = std::chrono::steady_clock::now();
+    m_expiry = std::max(due, now);
+    m_deadline.start(std::chrono::ceil<Milliseconds>(m_expiry - now));
 }
 
 void Bus::OnDeadline() {
-    if (m_frameLeft) {
+    if (!m_wait)
+        return;
+    const auto now = std::chrono::steady_clock::now();
+    if (now < m_due) {
+        ArmDeadline(m_due);
+    } else if (m_frameLeft) {
         EndWait(Outcome::TimedOut);
     } else if (m_control.IsOutputSent()) {
         m_frameLeft = true;
-        m_deadline.start(m_timeout);
+        ArmDeadline(now + m_timeout);
     } else if (++m_outputChecks <= MostOutputChecks) {
-        m_deadline.start(OutputCheck);
+        ArmDeadline(now + OutputCheck);
     } else {
         m_log.WriteLog(QStringLiteral("Write Comm Err,the line takes no characters"), EventLog::Error);
         m_control.DropOutput();

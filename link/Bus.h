@@ -94,6 +94,7 @@ private:
     void OnDeadline();
     void Occupy(qsizetype characters);
     void StartDeadline(Milliseconds timeout);
+    void ArmDeadline(std::chrono::steady_clock::time_point due);
     void EndWait(Outcome outcome);
     void LeaveLine();
 
@@ -109,5 +110,7 @@ private:
     Milliseconds m_timeout{0};
     bool m_frameLeft = false;
     int m_outputChecks = 0;
+    std::chrono::steady_clock::time_point m_due;      ///< when the running wait is to be looked at
+    std::chrono::steady_clock::time_point m_expiry;   ///< when the timer comes, if it runs
     std::chrono::steady_clock::time_point m_lineFree; ///< when all that was written will have left at the line's speed
 };

@@ -5,6 +5,8 @@
 #include "tests/support/PseudoTerminal.h"
 #include "tests/support/Waiting.h"
 
+#include <QElapsedTimer>
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -211,6 +213,22 @@ TEST_F(BusTest, ClosingEndsTheRunningCommandAndAllThatWait) {
     EXPECT_TRUE(first.isReady() && second.isReady() && third.isReady());
     const auto later = m_bus.SendCommand(8, 'P', QByteArray(), 10s, 3);
     EXPECT_TRUE(later.isReady());
+}
+
+TEST_F(BusTest, AnswersThatComeEarlyDoNotPutOffLaterDeadlines) {
+    m_control.Close();
+    Open(m_terminal.Path(), QStringLiteral("300"));
+    QElapsedTimer elapsed;
+    elapsed.start();
+    for (int i = 0; i < 10; ++i) {
+        const auto running = m_bus.SendCommand(5, 'P', QByteArray(), 10s, 1);
+        Line(i == 0 ? 9 : 10);
+        m_terminal.Write(Answer());
+        ASSERT_TRUE(WaitUntil([&] { return running.isReady(); }));
+    }
+    // Ten frames and their acknowledgements would take 3.3 s at 300 bit/s.
+    EXPECT_FALSE(Await(m_bus.SendCommand(5, 'P', QByteArray(), 1ms, 1)).ok);
+    EXPECT_LT(elapsed.elapsed(), 1500);
 }
 
 TEST_F(BusTest, ADeadlineStartsWhenTheFrameHasLeft) {
