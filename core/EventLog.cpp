@@ -21,6 +21,8 @@ void EventLog::WriteLog(const QString& message, int severity) {
 }
 
 void EventLog::AppendLogFile(const QString& line) {
+    if (m_programFolder.isEmpty())
+        return;
     const QDir folder(m_programFolder + QStringLiteral("/Log"));
     if (!folder.exists())
         folder.mkpath(QStringLiteral("."));

@@ -19,6 +19,7 @@ public:
     static constexpr int Error = 16;
     static constexpr int Warning = 48;
 
+    /// @param programFolder if empty, no file is written.
     /// @param clock must outlive the log.
     EventLog(QString programFolder, const Clock& clock, QObject* parent = nullptr);
 

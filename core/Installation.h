@@ -6,6 +6,7 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <vector>
 
 /// The installation in memory: what everything that talks to a device reads. Filled from the database by the loaders.
@@ -116,6 +117,13 @@ struct Installation {
     qint16 NumScanEntries = 0;
     std::array<HubRow, SlotCount> HubTable{}; ///< by the object index of a hub
     qint16 LastTicketNumber = 0;              ///< the next number when all services share one series
+
+    std::span<const QService> LoadedServices() const {
+        return std::span(QServices).first(static_cast<std::size_t>(NumServices));
+    }
+    std::span<const QObject> LoadedObjects() const {
+        return std::span(QObjects).first(static_cast<std::size_t>(NumObjects));
+    }
 
     /// Index of the first loaded service with that `Id`, -1 if there is none.
     qint16 FindServiceById(qint32 id) const;

@@ -14,11 +14,19 @@ QString Quoted(const QString& name) {
     return u'[' + name + u']';
 }
 
+/// A column's name without its table's.
+QString FieldName(const GridColumn& column) {
+    return column.field.section(u'.', -1);
+}
+
 /// What the store said, with the column's caption in place of its name.
 GridModel::Error Readable(const QSqlQuery& query, const GridColumn* column = nullptr) {
     QString text = schema::ReadableError(query.lastError().databaseText());
-    if (column && text.startsWith(column->field + u' ', Qt::CaseInsensitive))
-        text.replace(0, column->field.size(), column->caption);
+    if (!column)
+        return text;
+    const QString name = FieldName(*column);
+    if (text.startsWith(name + u' ', Qt::CaseInsensitive))
+        text.replace(0, name.size(), column->caption);
     return text;
 }
 
@@ -32,20 +40,53 @@ QString GoneText() {
 
 } // namespace
 
-GridRecords::GridRecords(Database& database, const QString& table, const QString& key, const QString& order,
-                         std::vector<GridColumn> columns, QObject* parent)
+GridRecords::GridRecords(Database& database, GridSource source, std::vector<GridColumn> columns, QObject* parent)
     : GridModel(parent)
     , m_database(database)
-    , m_table(table)
-    , m_key(key)
-    , m_order(order)
-    , m_columns(std::move(columns)) {}
-
-QString GridRecords::SelectStatement() const {
-    QStringList fields{Quoted(m_key)};
+    , m_source(std::move(source))
+    , m_columns(std::move(columns)) {
+    m_tables.push_back({m_source.table, schema::KeyOf(m_source.table)});
     for (const GridColumn& column : m_columns)
-        fields += Quoted(column.field);
-    return QStringLiteral("SELECT %1 FROM %2").arg(fields.join(u','), Quoted(m_table));
+        m_columnTables.push_back(TableOf(column));
+}
+
+std::size_t GridRecords::TableOf(const GridColumn& column) {
+    const QString name = column.field.section(u'.', 0, -2);
+    if (name.isEmpty())
+        return 0;
+    const auto known = std::find_if(m_tables.begin(), m_tables.end(), [&](const Table& t) { return t.name == name; });
+    const auto index = static_cast<std::size_t>(known - m_tables.begin());
+    if (known == m_tables.end())
+        m_tables.push_back({name, schema::KeyOf(name)});
+    return index;
+}
+
+QString GridRecords::SelectStatement(const QString& condition) const {
+    QStringList fields;
+    for (const Table& table : m_tables)
+        fields += Quoted(table.name) + u'.' + Quoted(table.key);
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        const QString name = FieldName(m_columns[i]);
+        fields +=
+            name.isEmpty() ? QStringLiteral("NULL") : Quoted(m_tables[m_columnTables[i]].name) + u'.' + Quoted(name);
+    }
+    QString statement =
+        QStringLiteral("SELECT %1 FROM %2 %3").arg(fields.join(u','), Quoted(m_source.table), m_source.join);
+    if (!condition.isEmpty())
+        statement += QStringLiteral(" WHERE ") + condition;
+    const QString keyOrder = Quoted(m_source.table) + u'.' + Quoted(m_tables[0].key);
+    return statement + QStringLiteral(" ORDER BY ") +
+           (m_source.order.isEmpty() ? keyOrder : m_source.order + u',' + keyOrder);
+}
+
+GridRecords::Row GridRecords::RowOf(const QSqlQuery& query) const {
+    Row row;
+    int place = 0;
+    for (std::size_t i = 0; i < m_tables.size(); ++i)
+        row.keys.push_back(query.value(place++));
+    for (std::size_t i = 0; i < m_columns.size(); ++i)
+        row.values.push_back(query.value(place++));
+    return row;
 }
 
 GridModel::Error GridRecords::Requery() {
@@ -55,13 +96,9 @@ GridModel::Error GridRecords::Requery() {
     m_isOpen = m_database.IsOpen();
     if (m_isOpen) {
         QString problem;
-        auto query = m_database.Select({SelectStatement() + QStringLiteral(" ORDER BY ") + m_order}, problem);
-        while (query && query->next()) {
-            Row& row = m_rows.emplace_back();
-            row.key = query->value(0);
-            for (int i = 1; i <= static_cast<int>(m_columns.size()); ++i)
-                row.values.push_back(query->value(i));
-        }
+        auto query = m_database.Select({SelectStatement(m_source.where), m_values}, problem);
+        while (query && query->next())
+            m_rows.push_back(RowOf(*query));
         if (!query)
             error = schema::ReadableError(problem);
     } else {
@@ -72,56 +109,29 @@ GridModel::Error GridRecords::Requery() {
 }
 
 int GridRecords::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() || !m_isOpen ? 0 : static_cast<int>(m_rows.size()) + 1;
+    if (parent.isValid() || !m_isOpen)
+        return 0;
+    return m_source.canAdd ? RecordCount() + 1 : RecordCount();
 }
 
-int GridRecords::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(m_columns.size());
+QVariant GridRecords::Key(int row) const {
+    return row >= 0 && row < RecordCount() ? m_rows[static_cast<std::size_t>(row)].keys[0] : QVariant();
 }
 
-QString GridRecords::CellText(int row, int column) const {
-    if (row < 0 || row >= static_cast<int>(m_rows.size()))
+QVariant GridRecords::Value(int row, QStringView field) const {
+    if (row < 0 || row >= RecordCount())
         return {};
-    return m_rows[static_cast<std::size_t>(row)].values[static_cast<std::size_t>(column)].toString();
-}
-
-QString GridRecords::ShownText(int row, int column) const {
-    const auto& values = m_columns[static_cast<std::size_t>(column)].values;
-    const QString text = CellText(row, column);
-    if (values.empty() || text.isEmpty())
-        return text;
-    const auto known = std::find_if(values.begin(), values.end(),
-                                    [&](const auto& value) { return QString::number(value.first) == text; });
-    // Any number but 0 is a yes, as the loaders read it.
-    const bool isYesNo = values.size() == 2 && values[0].second == QStringLiteral("Yes");
-    if (known == values.end())
-        return isYesNo ? values[0].second : text;
-    return known->second;
-}
-
-QVariant GridRecords::data(const QModelIndex& index, int role) const {
-    if (!index.isValid())
-        return {};
-    if (role == Qt::DisplayRole)
-        return ShownText(index.row(), index.column());
-    if (role == Qt::EditRole)
-        return CellText(index.row(), index.column());
+    for (std::size_t i = 0; i < m_columns.size(); ++i) {
+        if (FieldName(m_columns[i]).compare(field, Qt::CaseInsensitive) == 0)
+            return m_rows[static_cast<std::size_t>(row)].values[i];
+    }
     return {};
 }
 
-QVariant GridRecords::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (role != Qt::DisplayRole)
+QString GridRecords::CellText(int row, int column) const {
+    if (row < 0 || row >= RecordCount())
         return {};
-    if (orientation == Qt::Horizontal)
-        return m_columns[static_cast<std::size_t>(section)].caption;
-    return IsNewRow(section) ? QStringLiteral("*") : QString::number(section + 1);
-}
-
-Qt::ItemFlags GridRecords::flags(const QModelIndex& index) const {
-    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
-    if (index.isValid() && !m_columns[static_cast<std::size_t>(index.column())].readOnly)
-        flags |= Qt::ItemIsEditable;
-    return flags;
+    return m_rows[static_cast<std::size_t>(row)].values[static_cast<std::size_t>(column)].toString();
 }
 
 GridModel::Error GridRecords::Write(int row, int column, const QString& text) {
@@ -137,17 +147,22 @@ GridModel::Error GridRecords::Write(int row, int column, const QString& text) {
 }
 
 GridModel::Error GridRecords::Insert(int column, const QVariant& value) {
+    const GridColumn& written = m_columns[static_cast<std::size_t>(column)];
     QSqlQuery query(m_database.Connection());
-    query.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (?)")
-                      .arg(Quoted(m_table), Quoted(m_columns[static_cast<std::size_t>(column)].field)));
+    query.prepare(
+        QStringLiteral("INSERT INTO %1 (%2) VALUES (?)").arg(Quoted(m_source.table), Quoted(FieldName(written))));
     query.addBindValue(value);
     if (!query.exec())
-        return Readable(query, &m_columns[static_cast<std::size_t>(column)]);
-    const int row = static_cast<int>(m_rows.size());
+        return Readable(query, &written);
+    const int row = RecordCount();
     const QVariant key = query.lastInsertId();
     query.finish();
-    beginInsertRows({}, row, row);
-    m_rows.push_back({key, std::vector<QVariant>(m_columns.size())});
+    // The blank row becomes the record, and a new blank one comes behind it.
+    beginInsertRows({}, row + 1, row + 1);
+    Row& added = m_rows.emplace_back();
+    added.keys.resize(m_tables.size());
+    added.keys[0] = key;
+    added.values.resize(m_columns.size());
     endInsertRows();
     ReadAgain(row);
     Q_EMIT headerDataChanged(Qt::Vertical, row, row + 1);
@@ -155,26 +170,35 @@ GridModel::Error GridRecords::Insert(int column, const QVariant& value) {
 }
 
 GridModel::Error GridRecords::Update(int row, int column, const QVariant& value) {
+    const GridColumn& written = m_columns[static_cast<std::size_t>(column)];
+    const std::size_t tableIndex = m_columnTables[static_cast<std::size_t>(column)];
+    const Table& table = m_tables[tableIndex];
     QSqlQuery query(m_database.Connection());
     query.prepare(QStringLiteral("UPDATE %1 SET %2 = ? WHERE %3 = ?")
-                      .arg(Quoted(m_table), Quoted(m_columns[static_cast<std::size_t>(column)].field), Quoted(m_key)));
+                      .arg(Quoted(table.name), Quoted(FieldName(written)), Quoted(table.key)));
     query.addBindValue(value);
-    query.addBindValue(m_rows[static_cast<std::size_t>(row)].key);
+    query.addBindValue(m_rows[static_cast<std::size_t>(row)].keys[tableIndex]);
     Error error;
     if (!query.exec())
-        error = Readable(query, &m_columns[static_cast<std::size_t>(column)]);
+        error = Readable(query, &written);
     else if (query.numRowsAffected() != 1)
         error = GoneText();
     query.finish();
-    ReadAgain(row);
+    if (tableIndex == 0) {
+        ReadAgain(row);
+        return error;
+    }
+    // A record of a joined table may show in several rows.
+    for (int shown = RecordCount() - 1; shown >= 0; --shown)
+        ReadAgain(shown);
     return error;
 }
 
 void GridRecords::ReadAgain(int row) {
     Row& shown = m_rows[static_cast<std::size_t>(row)];
     QString problem;
-    auto query = m_database.Select(
-        {QStringLiteral("%1 WHERE %2 = ?").arg(SelectStatement(), Quoted(m_key)), {shown.key}}, problem);
+    const QString condition = Quoted(m_source.table) + u'.' + Quoted(m_tables[0].key) + QStringLiteral(" = ?");
+    auto query = m_database.Select({SelectStatement(condition), {shown.keys[0]}}, problem);
     if (!query)
         return;
     if (!query->next()) {
@@ -183,24 +207,25 @@ void GridRecords::ReadAgain(int row) {
         endRemoveRows();
         return;
     }
-    for (int i = 0; i < static_cast<int>(m_columns.size()); ++i)
-        shown.values[static_cast<std::size_t>(i)] = query->value(i + 1);
+    shown = RowOf(*query);
     Q_EMIT dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
 
 GridModel::Error GridRecords::Remove(int row) {
     if (!m_database.IsOpen())
         return ClosedText();
-    if (row < 0 || row >= static_cast<int>(m_rows.size()))
+    if (!m_source.canRemove || row < 0 || row >= RecordCount())
         return std::nullopt;
     QSqlQuery query(m_database.Connection());
-    query.prepare(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(Quoted(m_table), Quoted(m_key)));
-    query.addBindValue(m_rows[static_cast<std::size_t>(row)].key);
+    query.prepare(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(Quoted(m_source.table), Quoted(m_tables[0].key)));
+    query.addBindValue(m_rows[static_cast<std::size_t>(row)].keys[0]);
     if (!query.exec())
         return Readable(query);
+    query.finish();
     beginRemoveRows({}, row, row);
     m_rows.erase(m_rows.begin() + row);
     endRemoveRows();
     Q_EMIT RecordsChanged();
+    Q_EMIT RecordRemoved();
     return std::nullopt;
 }

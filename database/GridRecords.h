@@ -5,51 +5,76 @@
 #include <QVariant>
 
 class Database;
+class QSqlQuery;
 
-/// The records of one table for a grid, in the order of a sort expression.
+/// Where the records of a grid come from, and what a user may do with them.
+struct GridSource {
+    QString table;      ///< one row of the grid for each of its rows; takes the new ones
+    QString join = {};  ///< what stands behind the table's name in FROM, such as "INNER JOIN Display ON ..."
+    QString where = {}; ///< condition, whose question marks `SetValues` fills
+    QString order = {}; ///< sort expression; in key order if empty
+    bool canAdd = true;
+    bool canRemove = true;
+};
+
+/// The records of a table, or of a join of tables, for a grid.
+///
+/// A column of a joined table is written to that table's record.
 class GridRecords final : public GridModel {
     Q_OBJECT
 
 public:
-    /// @param database must outlive the records. @param key column that the store gives to each new record.
-    /// @param order sort expression, such as "q_Number".
-    GridRecords(Database& database, const QString& table, const QString& key, const QString& order,
-                std::vector<GridColumn> columns, QObject* parent = nullptr);
+    /// @param database must outlive the records. Tables are those of the schema; a joined one needs a column here.
+    GridRecords(Database& database, GridSource source, std::vector<GridColumn> columns, QObject* parent = nullptr);
+
+    /// The values for the question marks of the condition, from the next `Requery` on.
+    void SetValues(const QVariantList& values) { m_values = values; }
 
     /// Reads all records anew; none, and no row for a new one, while the database is closed.
     /// @return what the store said if they cannot be read.
     Error Requery();
 
+    /// Records, without the blank row.
+    int RecordCount() const { return static_cast<int>(m_rows.size()); }
+
+    /// Value of a field of a record, without regard to case; invalid if there is none.
+    QVariant Value(int row, QStringView field) const;
+
     const std::vector<GridColumn>& Columns() const override { return m_columns; }
-    bool IsNewRow(int row) const override { return m_isOpen && row == static_cast<int>(m_rows.size()); }
+    bool IsNewRow(int row) const override { return m_isOpen && m_source.canAdd && row == RecordCount(); }
+    QVariant Key(int row) const override;
+    bool CanRemove() const override { return m_source.canRemove; }
     QString CellText(int row, int column) const override;
     Error Write(int row, int column, const QString& text) override;
     Error Remove(int row) override;
-
     int rowCount(const QModelIndex& parent = {}) const override;
-    int columnCount(const QModelIndex& parent = {}) const override;
-    QVariant data(const QModelIndex& index, int role) const override;
-    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
-    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
 private:
+    /// A table whose columns the grid shows.
+    struct Table {
+        QString name;
+        QString key;
+    };
+
     struct Row {
-        QVariant key;
+        std::vector<QVariant> keys; ///< by table
         std::vector<QVariant> values;
     };
 
-    QString SelectStatement() const;
+    std::size_t TableOf(const GridColumn& column);
+    QString SelectStatement(const QString& condition) const;
+    Row RowOf(const QSqlQuery& query) const;
     Error Insert(int column, const QVariant& value);
     Error Update(int row, int column, const QVariant& value);
     /// Shows what the store holds for a row; drops the row if it is gone there.
     void ReadAgain(int row);
-    QString ShownText(int row, int column) const;
 
     Database& m_database;
-    QString m_table;
-    QString m_key;
-    QString m_order;
+    GridSource m_source;
     std::vector<GridColumn> m_columns;
+    std::vector<Table> m_tables;             ///< the first one is that of the source
+    std::vector<std::size_t> m_columnTables; ///< by column, an index in `m_tables`
+    QVariantList m_values;
     std::vector<Row> m_rows;
     bool m_isOpen = false;
 };

@@ -112,6 +112,13 @@ const Table* FindTable(QStringView name) {
     return nullptr;
 }
 
+QString KeyOf(QStringView table) {
+    const Table* found = FindTable(table);
+    if (!found || found->columns.empty() || found->columns[0].kind != Kind::Key)
+        return {};
+    return QString::fromLatin1(found->columns[0].name);
+}
+
 QStringList CreateStatements() {
     QStringList statements;
     for (const Table& table : AllTables) {

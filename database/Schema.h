@@ -37,6 +37,9 @@ std::span<const Table> Tables();
 /// Every column of `table`, which `name` names without regard to case; nullptr for an unknown one.
 const Table* FindTable(QStringView name);
 
+/// The key column of one of the tables; empty for a table without one.
+QString KeyOf(QStringView table);
+
 /// The statements that make all tables and indexes in an empty file, in order.
 /// A value outside its kind is refused with a constraint whose name says what the column takes.
 QStringList CreateStatements();

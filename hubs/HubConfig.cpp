@@ -17,18 +17,10 @@ constexpr int LargestSeries = 65535;
 constexpr int OneTry = 1;
 constexpr qsizetype LengthDigits = 2;
 
-std::span<const model::QService> Services(const model::Installation& installation) {
-    return std::span(installation.QServices).first(static_cast<std::size_t>(installation.NumServices));
-}
-
-std::span<const model::QObject> Objects(const model::Installation& installation) {
-    return std::span(installation.QObjects).first(static_cast<std::size_t>(installation.NumObjects));
-}
-
 /// The objects of one type in object order.
 std::vector<const model::QObject*> OfType(const model::Installation& installation, model::ObjectType type) {
     std::vector<const model::QObject*> found;
-    for (const model::QObject& object : Objects(installation)) {
+    for (const model::QObject& object : installation.LoadedObjects()) {
         if (object.Type == type)
             found.push_back(&object);
     }
@@ -39,12 +31,34 @@ bool FitsOneCharacter(int number) {
     return number >= 0 && number <= encoding::LargestSmallNumber;
 }
 
-QString NumberFault(const QString& who, const QString& what, int number) {
-    return QStringLiteral("%1: %2 %3 does not fit the hub's block, which takes 0 to %4.")
-        .arg(who, what)
-        .arg(number)
-        .arg(encoding::LargestSmallNumber);
-}
+/// Collects what does not fit the block.
+class Faults {
+public:
+    /// Looks at what one character has to carry.
+    void Number(BlockFault::Of of, qint32 id, const QString& who, const char* field, const QString& what, int number) {
+        Check(FitsOneCharacter(number), of, id, field, who, what, number, encoding::LargestSmallNumber);
+    }
+
+    /// Looks at what two bytes have to carry.
+    void Series(const model::QService& service, const QString& who) {
+        Check(service.Series >= 0 && service.Series <= LargestSeries, BlockFault::Of::Service, service.Id, "q_series",
+              who, QStringLiteral("series"), service.Series, LargestSeries);
+    }
+
+    std::vector<BlockFault> Found;
+
+private:
+    void Check(bool fits, BlockFault::Of of, qint32 id, const char* field, const QString& who, const QString& what,
+               int number, int largest) {
+        if (fits)
+            return;
+        Found.push_back({of, id, QString::fromLatin1(field),
+                         QStringLiteral("%1: %2 %3 does not fit the hub's block, which takes 0 to %4.")
+                             .arg(who, what)
+                             .arg(number)
+                             .arg(largest)});
+    }
+};
 
 QByteArray List(const std::vector<const model::QObject*>& objects,
                 const std::function<QByteArray(const model::QObject&)>& entry) {
@@ -56,48 +70,37 @@ QByteArray List(const std::vector<const model::QObject*>& objects,
 
 } // namespace
 
-HubConfig::HubConfig(Bus& bus, const model::Installation& installation)
-    : m_bus(bus)
-    , m_installation(installation) {}
-
-std::optional<QString> HubConfig::Fault() const {
-    for (const model::QService& service : Services(m_installation)) {
+std::vector<BlockFault> BlockFaults(const model::Installation& installation) {
+    Faults faults;
+    for (const model::QService& service : installation.LoadedServices()) {
         const QString who = QStringLiteral("Service '%1'").arg(service.Name);
-        if (!FitsOneCharacter(service.Number))
-            return NumberFault(who, QStringLiteral("number"), service.Number);
-        if (service.Series < 0 || service.Series > LargestSeries) {
-            return QStringLiteral("%1: series %2 does not fit the hub's block, which takes 0 to %3.")
-                .arg(who)
-                .arg(service.Series)
-                .arg(LargestSeries);
-        }
+        faults.Number(BlockFault::Of::Service, service.Id, who, "q_Number", QStringLiteral("number"), service.Number);
+        faults.Series(service, who);
     }
-    for (const model::QObject& object : Objects(m_installation)) {
+    for (const model::QObject& object : installation.LoadedObjects()) {
         const QString who = QStringLiteral("Object '%1'").arg(object.Name);
-        const bool hasNumber = object.Type == model::Counter || object.Type == model::Printer;
-        if (hasNumber && !FitsOneCharacter(object.Number))
-            return NumberFault(who, QStringLiteral("number"), object.Number);
-        if (object.Type != model::Hub && !FitsOneCharacter(object.Address))
-            return NumberFault(who, QStringLiteral("address"), object.Address);
+        if (object.Type == model::Counter || object.Type == model::Printer)
+            faults.Number(BlockFault::Of::Object, object.Id, who, "d_Number", QStringLiteral("number"), object.Number);
+        if (object.Type == model::Counter || object.Type == model::Printer || object.Type == model::Display)
+            faults.Number(BlockFault::Of::Object, object.Id, who, "d_Address", QStringLiteral("address"),
+                          object.Address);
     }
-    for (const model::QObject* display : OfType(m_installation, model::Display)) {
-        for (const model::QObject* counter : OfType(m_installation, model::Counter)) {
-            const qint16 direction = m_installation.DirectionOf(display->Id, counter->Id);
-            if (!FitsOneCharacter(direction)) {
-                const QString who = QStringLiteral("Display '%1', counter '%2'").arg(display->Name, counter->Name);
-                return NumberFault(who, QStringLiteral("direction"), direction);
-            }
+    for (const model::QObject* display : OfType(installation, model::Display)) {
+        for (const model::QObject* counter : OfType(installation, model::Counter)) {
+            const QString who = QStringLiteral("Display '%1', counter '%2'").arg(display->Name, counter->Name);
+            faults.Number(BlockFault::Of::Direction, display->Id, who, "Dir_Id", QStringLiteral("direction"),
+                          installation.DirectionOf(display->Id, counter->Id));
         }
     }
-    return std::nullopt;
+    return faults.Found;
 }
 
-QByteArray HubConfig::BuildHubConfig() const {
-    const auto counters = OfType(m_installation, model::Counter);
+QByteArray BuildHubConfig(const model::Installation& installation) {
+    const auto counters = OfType(installation, model::Counter);
     QByteArray block = QByteArrayLiteral("Na_Relt");
     block += '\0';
-    block += SmallNumber(m_installation.NumServices);
-    for (const model::QService& service : Services(m_installation)) {
+    block += SmallNumber(installation.NumServices);
+    for (const model::QService& service : installation.LoadedServices()) {
         block += SmallNumber(service.Number);
         block += static_cast<char>(service.Series % 256);
         block += static_cast<char>(service.Series / 256);
@@ -106,18 +109,22 @@ QByteArray HubConfig::BuildHubConfig() const {
         return QByteArray{} + SmallNumber(counter.Number) + SmallNumber(counter.Address) +
                SmallNumber(counter.FirstServiceIndex);
     });
-    block += List(OfType(m_installation, model::Printer), [](const model::QObject& printer) {
+    block += List(OfType(installation, model::Printer), [](const model::QObject& printer) {
         return QByteArray{} + SmallNumber(printer.Number) + SmallNumber(printer.Address);
     });
-    block += List(OfType(m_installation, model::Display), [&](const model::QObject& display) {
+    block += List(OfType(installation, model::Display), [&](const model::QObject& display) {
         QByteArray entry(1, SmallNumber(display.Address));
         for (const model::QObject* counter : counters)
-            entry += SmallNumber(m_installation.DirectionOf(display.Id, counter->Id));
+            entry += SmallNumber(installation.DirectionOf(display.Id, counter->Id));
         return entry;
     });
     const auto length = static_cast<quint32>(block.size() + LengthDigits);
     return frames::EscapeData(encoding::Hexadecimal(length, LengthDigits) + block);
 }
+
+HubConfig::HubConfig(Bus& bus, const model::Installation& installation)
+    : m_bus(bus)
+    , m_installation(installation) {}
 
 QByteArray HubConfig::MemberList(qint16 object) const {
     const model::HubRow& row = m_installation.HubTable[static_cast<std::size_t>(object)];
@@ -143,7 +150,7 @@ QCoro::Task<bool> HubConfig::SendHubConfig(quint8 address, QByteArray block) {
 }
 
 QCoro::Task<bool> HubConfig::SetHubConfig() {
-    const QByteArray block = BuildHubConfig();
+    const QByteArray block = BuildHubConfig(m_installation);
     bool all = true;
     for (qint16 i = 0; i < m_installation.NumObjects; ++i) {
         const model::QObject& object = m_installation.QObjects[static_cast<std::size_t>(i)];

@@ -5,7 +5,7 @@
 
 #include <qcoro/qcorotask.h>
 
-#include <optional>
+#include <vector>
 
 class Bus;
 
@@ -13,12 +13,21 @@ namespace model {
 struct Installation;
 }
 
-/// What a hub is told about the installation: its members (`W`) and the whole of services, counters, printers and
-/// displays (`L`).
-///
-/// Member list, the data of `W`: the count as a small number, then type and address of each member as small numbers.
-///
-/// Configuration block, the data of `L`, before stuffing:
+/// What the configuration block cannot carry.
+struct BlockFault {
+    enum class Of { Service, Object, Direction };
+
+    Of of = Of::Service;
+    qint32 id = 0; ///< `q_Id` of the service; `d_Id` of the object, or of the display of a direction
+    QString field; ///< column of the store
+    QString text;  ///< for a user
+};
+
+/// All services, objects and directions with a number that one character (0 to 207), or a series that two bytes
+/// (0 to 65535) cannot carry.
+std::vector<BlockFault> BlockFaults(const model::Installation& installation);
+
+/// The configuration block, the data of command `L`, stuffed, of an installation without faults. Before stuffing:
 ///
 ///     2       7        1  1      3 each              1      3 each                          1      2 each
 ///     length  Na_Relt  0  count  services            count  counters                        count  printers
@@ -30,17 +39,16 @@ struct Installation;
 /// The length counts all characters of the block before stuffing, its own two digits included, and keeps its low 8
 /// bits. Numbers are small numbers, but for the two plain bytes of Series; a counter without a service has "/" for
 /// FirstService.
+QByteArray BuildHubConfig(const model::Installation& installation);
+
+/// What a hub is told about the installation: its members (`W`) and the whole of services, counters, printers and
+/// displays (`L`).
+///
+/// Member list, the data of `W`: the count as a small number, then type and address of each member as small numbers.
 class HubConfig {
 public:
     /// The references must outlive this object.
     HubConfig(Bus& bus, const model::Installation& installation);
-
-    /// Why the block cannot be built: the first service or object with a number that one character (0 to 207), or a
-    /// series that two bytes cannot carry. Nothing if all can.
-    std::optional<QString> Fault() const;
-
-    /// The block of the installation as it stands, stuffed. Only for an installation without a `Fault`.
-    QByteArray BuildHubConfig() const;
 
     /// The member list of a hub. @param object its index in `QObjects`.
     QByteArray MemberList(qint16 object) const;
@@ -52,7 +60,7 @@ public:
     QCoro::Task<bool> SendHubConfig(quint8 address, QByteArray block);
 
     /// Sends the block to every hub, in object order; one that does not answer does not stop the run.
-    /// @return true if all answered, also if there is no hub. Only for an installation without a `Fault`.
+    /// @return true if all answered, also if there is no hub. Only for an installation without faults.
     QCoro::Task<bool> SetHubConfig();
 
 private:

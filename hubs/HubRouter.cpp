@@ -46,6 +46,18 @@ QCoro::Task<Reply> HubRouter::SendToObject(qint16 object, char letter, QByteArra
     co_return reply;
 }
 
+QCoro::Task<std::optional<bool>> HubRouter::TestConnection(qint16 object, quint8 address) {
+    const QByteArray nothing;
+    if (m_installation.QObjects[static_cast<std::size_t>(object)].HubId == 0) {
+        const Reply direct = co_await m_bus.SendCommand(address, 'P', nothing, Bus::DirectTimeout, 1);
+        co_return direct.ok;
+    }
+    if (!FindHubSlot(object))
+        co_return std::nullopt;
+    const Reply relayed = co_await SendToObject(object, 'P', nothing, Bus::RelayTimeout, 1);
+    co_return relayed.ok;
+}
+
 QCoro::Task<> HubRouter::HubTransferBegin(qint16 object) {
     return SendBracket(object, '0');
 }

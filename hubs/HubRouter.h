@@ -31,6 +31,11 @@ public:
     /// does not list gets nothing; the reply has failed then.
     QCoro::Task<Reply> SendToObject(qint16 object, char letter, QByteArray data, Bus::Milliseconds timeout, int tries);
 
+    /// Asks for a sign of life (command `P`, one try): an object on the bus itself under `address`, one behind a hub
+    /// through the hub.
+    /// @return whether it answered; nothing, and nothing is sent, if its hub does not list it.
+    QCoro::Task<std::optional<bool>> TestConnection(qint16 object, quint8 address);
+
     /// Tells the object's hub that a long transfer begins or ends (command `J`). Nothing for an object without a hub or
     /// not listed by it; the answer is ignored.
     QCoro::Task<> HubTransferBegin(qint16 object);

@@ -1,18 +1,20 @@
 #include "platform/DataGrid.h"
 
-#include "platform/GridModel.h"
-
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QStyledItemDelegate>
 
 #include <algorithm>
 
 namespace {
+
+constexpr int NarrowestColumn = 44; ///< pixels
+constexpr int WidestColumn = 340;   ///< pixels, for what a column shows of its own accord
 
 /// A line editor that hands everything typed or pasted to the grid's text hook.
 class CellEdit final : public QLineEdit {
@@ -87,6 +89,12 @@ public:
         return box;
     }
 
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        if (!static_cast<const GridModel*>(index.model())->MarkOf(index.row(), index.column()).isEmpty())
+            option->backgroundBrush = QColor(0xFF, 0xE0, 0x9C);
+    }
+
     void setEditorData(QWidget* editor, const QModelIndex& index) const override {
         const QString text = index.data(Qt::EditRole).toString();
         if (auto* line = dynamic_cast<CellEdit*>(editor))
@@ -126,13 +134,188 @@ DataGrid::DataGrid(QWidget* parent)
     setTabKeyNavigation(false);
     setAlternatingRowColors(true);
     verticalHeader()->setDefaultAlignment(Qt::AlignCenter);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
     horizontalHeader()->setHighlightSections(false);
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int, int before, int now) {
+        // A column that is hidden or shown has no width on one side.
+        m_hasUserWidths |= !m_isFitting && before > 0 && now > 0;
+    });
 }
 
 void DataGrid::SetRecords(GridModel* model) {
     m_records = model;
     m_refusedText.reset();
     setModel(model);
+    connect(model, &GridModel::modelAboutToBeReset, this, &DataGrid::NoteCurrentRow);
+    connect(model, &GridModel::modelReset, this, &DataGrid::RestoreCurrentRow);
+    connect(model, &GridModel::dataChanged, this, [this](const QModelIndex& first, const QModelIndex& last) {
+        FitColumns();
+        if (currentIndex().row() >= first.row() && currentIndex().row() <= last.row())
+            Q_EMIT CurrentRowChanged();
+    });
+    connect(model, &GridModel::MarksChanged, viewport(), qOverload<>(&QWidget::update));
+    connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] {
+        if (!m_isRestoring)
+            Q_EMIT CurrentRowChanged();
+    });
+    RestoreCurrentRow();
+}
+
+QString DataGrid::CurrentText(int column) const {
+    return m_records ? m_records->CellText(currentIndex().row(), column) : QString();
+}
+
+int DataGrid::FirstEditable() const {
+    const std::vector<GridColumn>& columns = m_records->Columns();
+    const auto editable = std::find_if(columns.begin(), columns.end(), [](const GridColumn& c) { return !c.readOnly; });
+    return editable == columns.end() ? 0 : static_cast<int>(editable - columns.begin());
+}
+
+void DataGrid::NoteCurrentRow() {
+    const QModelIndex current = currentIndex();
+    if (!current.isValid())
+        return;
+    m_currentKey = m_records->Key(current.row());
+    m_currentRow = current.row();
+    m_currentColumn = current.column();
+}
+
+void DataGrid::RestoreCurrentRow() {
+    FitColumns();
+    const int rows = m_records->rowCount();
+    const int columns = m_records->columnCount();
+    int row = std::clamp(m_currentRow, 0, std::max(rows - 1, 0));
+    for (int i = 0; m_currentKey.isValid() && i < rows; ++i) {
+        if (m_records->Key(i) == m_currentKey)
+            row = i;
+    }
+    int column = std::clamp(m_currentColumn.value_or(FirstEditable()), 0, std::max(columns - 1, 0));
+    if (isColumnHidden(column))
+        column = 0;
+    if (rows > 0 && columns > 0) {
+        m_isRestoring = true;
+        setCurrentIndex(m_records->index(row, column));
+        m_isRestoring = false;
+    }
+    Q_EMIT CurrentRowChanged();
+}
+
+bool DataGrid::GoTo(const QVariant& key, const QString& field) {
+    for (int row = 0; row < m_records->rowCount(); ++row) {
+        if (m_records->Key(row) != key)
+            continue;
+        const std::vector<GridColumn>& columns = m_records->Columns();
+        int column = static_cast<int>(std::find_if(columns.begin(), columns.end(),
+                                                   [&](const GridColumn& shown) {
+                                                       return shown.field.section(u'.', -1) == field && !shown.readOnly;
+                                                   }) -
+                                      columns.begin());
+        if (column == static_cast<int>(columns.size()) || isColumnHidden(column))
+            column = 0;
+        setCurrentIndex(m_records->index(row, column));
+        scrollTo(currentIndex());
+        setFocus();
+        return true;
+    }
+    return false;
+}
+
+int DataGrid::FittingWidth(int column) const {
+    int width = std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column));
+    for (const auto& [value, text] : m_records->Columns()[static_cast<std::size_t>(column)].values)
+        width = std::max(width, fontMetrics().horizontalAdvance(text) + NarrowestColumn);
+    return std::clamp(width + 8, NarrowestColumn, WidestColumn);
+}
+
+void DataGrid::FitColumns() {
+    if (m_hasUserWidths || !m_records)
+        return;
+    m_isFitting = true;
+    int room = viewport()->width();
+    int wide = 0;
+    for (int column = 0; column < m_records->columnCount(); ++column) {
+        if (isColumnHidden(column))
+            continue;
+        setColumnWidth(column, FittingWidth(column));
+        room -= columnWidth(column);
+        wide += m_records->Columns()[static_cast<std::size_t>(column)].isWide;
+    }
+    for (int column = 0; room > 0 && wide > 0 && column < m_records->columnCount(); ++column) {
+        if (!m_records->Columns()[static_cast<std::size_t>(column)].isWide || isColumnHidden(column))
+            continue;
+        const int share = room / wide--;
+        setColumnWidth(column, columnWidth(column) + share);
+        room -= share;
+    }
+    m_isFitting = false;
+}
+
+void DataGrid::resizeEvent(QResizeEvent* event) {
+    QTableView::resizeEvent(event);
+    FitColumns();
+}
+
+void DataGrid::LetRowsBeDragged() {
+    setDragEnabled(true);
+    setDragDropMode(DragOnly);
+}
+
+void DataGrid::startDrag(Qt::DropActions) {
+    const QModelIndex cell = currentIndex();
+    if (!cell.isValid() || m_records->IsNewRow(cell.row()))
+        return;
+    // Followed by the grid itself, since the toolkit's own drag runs an event loop within this call.
+    m_dragLabel = new QLabel(cell.data().toString(), window());
+    m_dragLabel->setFont(font());
+    m_dragLabel->setMargin(3);
+    m_dragLabel->setAutoFillBackground(true);
+    m_dragLabel->setBackgroundRole(QPalette::Highlight);
+    m_dragLabel->setForegroundRole(QPalette::HighlightedText);
+    m_dragLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_dragLabel->adjustSize();
+    FollowDrag(QCursor::pos());
+    m_dragLabel->show();
+}
+
+DataGrid* DataGrid::DropTargetAt(QPoint place) const {
+    QWidget* widget = window()->childAt(window()->mapFromGlobal(place));
+    while (widget && !qobject_cast<DataGrid*>(widget))
+        widget = widget->parentWidget();
+    auto* grid = qobject_cast<DataGrid*>(widget);
+    return grid && grid->m_dragSource == this ? grid : nullptr;
+}
+
+void DataGrid::FollowDrag(QPoint place) {
+    m_dragLabel->move(window()->mapFromGlobal(place) + QPoint(12, 12));
+    m_dragLabel->raise();
+    viewport()->setCursor(DropTargetAt(place) ? Qt::DragCopyCursor : Qt::ForbiddenCursor);
+}
+
+void DataGrid::EndDrag() {
+    delete m_dragLabel;
+    viewport()->unsetCursor();
+}
+
+void DataGrid::mouseMoveEvent(QMouseEvent* event) {
+    if (m_dragLabel)
+        FollowDrag(event->globalPosition().toPoint());
+    else
+        QTableView::mouseMoveEvent(event);
+}
+
+void DataGrid::mouseReleaseEvent(QMouseEvent* event) {
+    if (!m_dragLabel) {
+        QTableView::mouseReleaseEvent(event);
+        return;
+    }
+    EndDrag();
+    if (DataGrid* target = DropTargetAt(event->globalPosition().toPoint()))
+        Q_EMIT target->RowDropped();
+}
+
+void DataGrid::hideEvent(QHideEvent* event) {
+    EndDrag();
+    QTableView::hideEvent(event);
 }
 
 void DataGrid::WriteCell(const QModelIndex& index, const QString& text) {
@@ -185,7 +368,10 @@ void DataGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint h
 
 void DataGrid::keyPressEvent(QKeyEvent* event) {
     const bool isPlain = event->modifiers() == Qt::NoModifier;
-    if (event->matches(QKeySequence::Copy)) {
+    if (m_dragLabel) {
+        if (event->key() == Qt::Key_Escape)
+            EndDrag();
+    } else if (event->matches(QKeySequence::Copy)) {
         CopyCell();
     } else if (event->matches(QKeySequence::Paste)) {
         PasteIntoCell();
@@ -217,6 +403,8 @@ void DataGrid::DeleteSelected() {
         Q_EMIT DataError(tr("Only one record can be deleted at a time."));
         return;
     }
+    if (!m_records->CanRemove())
+        return;
     if (const GridModel::Error error = m_records->Remove(rows.constFirst().row()))
         Q_EMIT DataError(*error);
 }

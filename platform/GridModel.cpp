@@ -1,5 +1,68 @@
 #include "platform/GridModel.h"
 
+#include <algorithm>
+
 GridColumn GridColumn::YesNo(const QString& caption, const QString& field) {
     return {.caption = caption, .field = field, .values = {{1, QStringLiteral("Yes")}, {0, QStringLiteral("No")}}};
+}
+
+QString GridColumn::Shown(const QString& stored) const {
+    if (values.empty() || stored.isEmpty())
+        return stored;
+    const auto known = std::find_if(values.begin(), values.end(),
+                                    [&](const auto& value) { return QString::number(value.first) == stored; });
+    if (known != values.end())
+        return known->second;
+    // Any number but 0 is a yes, as the loaders read it.
+    const bool isYesNo = values.size() == 2 && values[0].second == QStringLiteral("Yes");
+    return isYesNo ? values[0].second : stored;
+}
+
+int GridModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(Columns().size());
+}
+
+void GridModel::SetMarks(std::vector<GridMark> marks) {
+    m_marks = std::move(marks);
+    Q_EMIT MarksChanged();
+}
+
+QString GridModel::MarkOf(int row, int column) const {
+    if (m_marks.empty())
+        return {};
+    const QVariant key = Key(row);
+    const QString name = Columns()[static_cast<std::size_t>(column)].field.section(u'.', -1);
+    QStringList texts;
+    for (const GridMark& mark : m_marks) {
+        if (key.isValid() && mark.key.toLongLong() == key.toLongLong() &&
+            mark.field.compare(name, Qt::CaseInsensitive) == 0)
+            texts += mark.text;
+    }
+    return texts.join(u'\n');
+}
+
+QVariant GridModel::data(const QModelIndex& index, int role) const {
+    if (index.isValid() && role == Qt::ToolTipRole)
+        return MarkOf(index.row(), index.column());
+    if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole))
+        return {};
+    const QString text = CellText(index.row(), index.column());
+    return role == Qt::EditRole ? text : Columns()[static_cast<std::size_t>(index.column())].Shown(text);
+}
+
+QVariant GridModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (role != Qt::DisplayRole)
+        return {};
+    if (orientation == Qt::Horizontal)
+        return Columns()[static_cast<std::size_t>(section)].caption;
+    return IsNewRow(section) ? QStringLiteral("*") : QString::number(section + 1);
+}
+
+Qt::ItemFlags GridModel::flags(const QModelIndex& index) const {
+    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    if (!index.isValid())
+        return flags;
+    flags.setFlag(Qt::ItemIsEditable, !Columns()[static_cast<std::size_t>(index.column())].readOnly);
+    flags.setFlag(Qt::ItemIsDragEnabled, !IsNewRow(index.row()));
+    return flags;
 }

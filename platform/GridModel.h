@@ -9,17 +9,28 @@
 /// One column of a data-bound grid.
 struct GridColumn {
     QString caption;
-    QString field; ///< column of the table
+    QString field; ///< column of the table, or "Table.column" in a join; empty for a column that stays empty
     bool readOnly = false;
-    int maxLength = 0; ///< characters that the editor takes, 0 for no limit
+    int maxLength = 0;   ///< characters that the editor takes, 0 for no limit
+    bool isWide = false; ///< takes a share of the room that the other columns leave
     /// What a cell may hold and how each value shows, for a combo box; empty for a text cell.
     std::vector<std::pair<int, QString>> values = {};
 
     /// A column of yes or no, shown as "Yes" and "No".
     static GridColumn YesNo(const QString& caption, const QString& field);
+
+    /// How a stored value shows: through `values` if they have it, else as it is.
+    QString Shown(const QString& stored) const;
 };
 
-/// The rows of a table as a grid shows and edits them; its last row is a blank one for a new record.
+/// A cell that deserves a look, and why.
+struct GridMark {
+    QVariant key; ///< of the row
+    QString field;
+    QString text;
+};
+
+/// The rows of a table as a grid shows and edits them; its last row may be a blank one for a new record.
 ///
 /// What the user leaves in a cell is written at once. Only when the store has agreed does the shown row change.
 class GridModel : public QAbstractTableModel {
@@ -36,6 +47,12 @@ public:
     /// True for the blank last row.
     virtual bool IsNewRow(int row) const = 0;
 
+    /// Tells a row from all others, also after its place has changed; invalid for the blank row.
+    virtual QVariant Key(int row) const = 0;
+
+    /// Whether the user may delete rows.
+    virtual bool CanRemove() const = 0;
+
     /// The text that a cell's editor begins with: the stored value, empty for a null.
     virtual QString CellText(int row, int column) const = 0;
 
@@ -47,7 +64,25 @@ public:
     /// Deletes the record of a row.
     virtual Error Remove(int row) = 0;
 
+    /// Marks these cells and no others. A cell's text shows as its tool tip.
+    void SetMarks(std::vector<GridMark> marks);
+    /// The text of a cell's mark, empty if it has none.
+    QString MarkOf(int row, int column) const;
+
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+    /// Cells of columns that are not `readOnly` can be edited, and every row but the blank one can be dragged.
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
 Q_SIGNALS:
     /// The store has taken an insert, update or delete.
     void RecordsChanged();
+    /// The store has taken a delete; comes after `RecordsChanged`.
+    void RecordRemoved();
+    /// Other cells are marked than before; not `dataChanged`, which would reset open editors.
+    void MarksChanged();
+
+private:
+    std::vector<GridMark> m_marks;
 };

@@ -1,11 +1,11 @@
 #include "setup/frmQueue.h"
 
-#include "database/GridRecords.h"
 #include "platform/AnsiText.h"
 #include "platform/DataGrid.h"
 #include "platform/Dialogs.h"
 #include "platform/WindowFonts.h"
 #include "printers/VniText.h"
+#include "setup/SetupRecords.h"
 #include "setup/ui_frmQueue.h"
 #include "station/Station.h"
 
@@ -14,28 +14,15 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPointer>
+#include <QPushButton>
+#include <QSettings>
+#include <QShortcut>
+#include <QSplitter>
 
 namespace {
 
-constexpr int LongestText = 64;  ///< characters of a name, a description, a note
-constexpr int LongestSeries = 4; ///< characters
-constexpr int SeriesColumn = 4;
-
-/// Columns of the services grid, whose places other parts of the window rely on.
-std::vector<GridColumn> ServiceColumns() {
-    return {
-        {.caption = QStringLiteral("ID"), .field = QStringLiteral("q_Id"), .readOnly = true},
-        {.caption = QStringLiteral("Service Name"), .field = QStringLiteral("q_Name"), .maxLength = LongestText},
-        {.caption = QStringLiteral("Number"), .field = QStringLiteral("q_Number")},
-        {.caption = QStringLiteral("Description"), .field = QStringLiteral("q_Description"), .maxLength = LongestText},
-        {.caption = QStringLiteral("Series"), .field = QStringLiteral("q_series"), .maxLength = LongestSeries},
-        {.caption = QStringLiteral("Button"), .field = QStringLiteral("q_Button")},
-        GridColumn::YesNo(QStringLiteral("Active"), QStringLiteral("q_On")),
-        {.caption = QStringLiteral("Route To"), .field = QStringLiteral("q_route")},
-        {.caption = QStringLiteral("Notes"), .field = QStringLiteral("q_Notes"), .maxLength = LongestText},
-        {.caption = QStringLiteral("q_Id"), .field = QStringLiteral("q_Id"), .readOnly = true},
-    };
-}
+constexpr int DirectionTab = 2;
+constexpr int FindingsHeight = 110; ///< pixels of the list when it opens
 
 /// The lamp of an open or a closed line.
 QPixmap LinePicture(bool opened, int height, qreal scale) {
@@ -57,39 +44,26 @@ QCoro::Task<> TellDataError(Dialogs& dialogs, QString text, QPointer<DataGrid> g
         grid->ResumeEdit();
 }
 
-/// Asks, empties the database, and has the window show it.
-QCoro::Task<> AskAndEmpty(Station& station, QPointer<frmQueue> window) {
-    const QString question = QStringLiteral("Are you sure You want to delete all database?");
-    const bool isSure = co_await station.dialogs.AskYesNo(BoxKind::Critical, question);
-    if (!isSure)
-        co_return;
-    QString problem;
-    if (!station.database.IsOpen())
-        problem = QStringLiteral("Can't open Queue database!");
-    else if (const Database::Error error = station.database.EmptyDatabase())
-        problem = *error;
-    if (window)
-        window->LoadQueue();
-    if (!problem.isEmpty())
-        co_await station.dialogs.ShowMessage(BoxKind::Exclamation, problem);
-}
-
 } // namespace
 
 frmQueue::frmQueue(Station& station, QWidget* parent)
     : QMainWindow(parent)
     , m_station(station)
+    , m_records(std::make_unique<SetupRecords>(station))
     , m_ui(std::make_unique<Ui::frmQueue>()) {
     fonts::Register();
     QFont vniFont = font();
     vniFont.setFamily(QStringLiteral("VNI-Avo"));
     setFont(vniFont);
     m_ui->setupUi(this);
-    SetUpServicesGrid();
     SetUpStatusBar();
+    for (SetupPage* page : Pages())
+        page->Use(m_station, *m_records);
+    SetUpGrids();
+    SetUpCheck();
 
-    connect(m_ui->cmdRefresh, &QPushButton::clicked, this, &frmQueue::Refresh);
-    connect(m_ui->cmdEmpty, &QPushButton::clicked, this, &frmQueue::Empty);
+    connect(m_ui->TabStrip1, &QTabWidget::currentChanged, this, &frmQueue::ShowTab);
+    SetUpTabKeys();
     connect(m_ui->mnSetCOM, &QAction::triggered, this, &frmQueue::PortChoiceWanted);
     connect(m_ui->mnSetHubCounter, &QAction::triggered, this, &frmQueue::HubOptionWanted);
     connect(m_ui->mnSetServiceCfg, &QAction::triggered, this, [this] { Run(&Station::SetServiceConfig); });
@@ -101,34 +75,54 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     connect(&m_station.line, &CommLine::StatusChanged, this, &frmQueue::SetCommStatus);
     connect(&m_station.bus, &Bus::CharacterReceived, this,
             [this](char character) { AddLog1(ansi::Decode(QByteArrayView(&character, 1))); });
-    LoadQueue();
-    m_ui->TDBGridQueue->setFocus();
+    m_records->Load();
+    ShowFindings();
+    RestorePlaces();
+    m_ui->TabStrip1->setCurrentIndex(0);
+    findChild<DataGrid*>(QStringLiteral("TDBGridQueue"))->setFocus();
 }
 
 frmQueue::~frmQueue() {
     ShowBusy(false);
 }
 
-void frmQueue::SetUpServicesGrid() {
-    DataGrid& grid = *m_ui->TDBGridQueue;
-    rsQueue = std::make_unique<GridRecords>(m_station.database, QStringLiteral("Queue"), QStringLiteral("q_Id"),
-                                            QStringLiteral("q_Number"), ServiceColumns());
-    grid.SetRecords(rsQueue.get());
-    grid.SetTextHook([](QStringView before, const QString& typed) {
-        const vni::Insertion insertion = vni::Typed(before, typed);
-        return GridInsertion{insertion.replaces, insertion.text};
-    });
-    grid.setColumnHidden(SeriesColumn, !m_station.options.MultiTicketSeries);
-    const int widths[] = {40, 215, 65, 240, 60, 60, 60, 70, 205, 50};
-    for (int column = 0; column < static_cast<int>(std::size(widths)); ++column)
-        grid.setColumnWidth(column, widths[column]);
-    connect(rsQueue.get(), &GridModel::RecordsChanged, this, [this] { m_station.reload.DbChanged = true; });
-    connect(&grid, &DataGrid::DataError, this, &frmQueue::OnDataError);
+std::vector<SetupPage*> frmQueue::Pages() const {
+    return {m_ui->fraTask_0, m_ui->fraTask_1, m_ui->fraTask_2, m_ui->fraTask_3};
+}
+
+void frmQueue::SetUpGrids() {
+    for (DataGrid* grid : findChildren<DataGrid*>()) {
+        grid->SetTextHook([](QStringView before, const QString& typed) {
+            const vni::Insertion insertion = vni::Typed(before, typed);
+            return GridInsertion{insertion.replaces, insertion.text};
+        });
+        connect(grid, &DataGrid::DataError, this,
+                [this, grid](const QString& text) { TellDataError(m_station.dialogs, text, grid); });
+    }
+}
+
+void frmQueue::SetUpTabKeys() {
+    const int count = m_ui->TabStrip1->count();
+    for (int tab = 0; tab < count; ++tab) {
+        const QKeySequence key(QStringLiteral("Alt+%1").arg(tab + 1));
+        connect(new QShortcut(key, this), &QShortcut::activated, this,
+                [this, tab] { m_ui->TabStrip1->setCurrentIndex(tab); });
+        m_ui->TabStrip1->setTabToolTip(tab, key.toString());
+    }
+    // A grid would take these for itself.
+    for (const auto& [key, step] : {std::pair(QStringLiteral("Ctrl+PgDown"), 1), {QStringLiteral("Ctrl+PgUp"), -1}}) {
+        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this, [this, count, step = step] {
+            m_ui->TabStrip1->setCurrentIndex((m_ui->TabStrip1->currentIndex() + count + step) % count);
+        });
+    }
 }
 
 void frmQueue::SetUpStatusBar() {
     m_progress = new QLabel(this);
     m_progress->setObjectName(QStringLiteral("lblProgress"));
+    m_findingCount = new QPushButton(this);
+    m_findingCount->setObjectName(QStringLiteral("cmdFindings"));
+    m_findingCount->setFlat(true);
     m_device = new QLabel(this);
     m_device->setObjectName(QStringLiteral("lblDevice"));
     m_baud = new QLabel(this);
@@ -136,12 +130,63 @@ void frmQueue::SetUpStatusBar() {
     m_lineState = new QLabel(this);
     m_lineState->setObjectName(QStringLiteral("lblLineState"));
     statusBar()->addWidget(m_progress, 1);
+    statusBar()->addPermanentWidget(m_findingCount);
     for (QLabel* panel : {m_device, m_baud, m_lineState})
         statusBar()->addPermanentWidget(panel);
 }
 
-void frmQueue::LoadQueue() {
-    rsQueue->Requery();
+void frmQueue::SetUpCheck() {
+    m_ui->dckCheck->hide();
+    resizeDocks({m_ui->dckCheck}, {FindingsHeight}, Qt::Vertical);
+    connect(m_records.get(), &SetupRecords::StoreChanged, this, &frmQueue::ShowFindings);
+    connect(m_ui->fraTask_0, &DatabasePage::CheckWanted, m_ui->dckCheck, &QDockWidget::setVisible);
+    connect(m_ui->dckCheck, &QDockWidget::visibilityChanged, this,
+            [this] { m_ui->fraTask_0->ShowCheckOpen(!m_ui->dckCheck->isHidden()); });
+    connect(m_findingCount, &QPushButton::clicked, this,
+            [this] { m_ui->dckCheck->setVisible(m_ui->dckCheck->isHidden()); });
+    connect(m_ui->lstFindings, &QListWidget::itemClicked, this,
+            [this](QListWidgetItem* item) { GoToFinding(m_ui->lstFindings->row(item)); });
+    connect(m_ui->lstFindings, &QListWidget::itemActivated, this,
+            [this](QListWidgetItem* item) { GoToFinding(m_ui->lstFindings->row(item)); });
+}
+
+void frmQueue::ShowFindings() {
+    m_findings = m_station.check.FindFaults();
+    m_ui->lstFindings->clear();
+    std::vector<GridMark> services;
+    std::vector<GridMark> objects;
+    for (const Finding& finding : m_findings) {
+        m_ui->lstFindings->addItem(finding.text);
+        const GridMark mark{finding.key, finding.field, finding.text};
+        if (finding.table == QStringLiteral("Queue"))
+            services.push_back(mark);
+        else if (finding.table == QStringLiteral("Display"))
+            objects.push_back(mark);
+    }
+    m_records->rsQueue.SetMarks(std::move(services));
+    m_records->rsDisplay.SetMarks(std::move(objects));
+    const auto count = static_cast<int>(m_findings.size());
+    const QString number = count == 0   ? tr("nothing found")
+                           : count == 1 ? tr("1 finding")
+                                        : tr("%1 findings").arg(count);
+    m_findingCount->setText(tr("Check: %1").arg(number));
+    m_ui->dckCheck->setWindowTitle(m_findingCount->text());
+    m_findingCount->setToolTip(tr("What in the database cannot be loaded or sent"));
+}
+
+void frmQueue::GoToFinding(int index) {
+    if (index < 0 || index >= static_cast<int>(m_findings.size()))
+        return;
+    const Finding finding = m_findings[static_cast<std::size_t>(index)];
+    const std::pair<QString, const char*> grids[] = {{QStringLiteral("Queue"), "TDBGridQueue"},
+                                                     {QStringLiteral("Display"), "TDBGridDisplay"},
+                                                     {QStringLiteral("Info-Direction"), "TDBGrid1"}};
+    for (const auto& [table, name] : grids) {
+        if (table != finding.table)
+            continue;
+        m_ui->TabStrip1->setCurrentIndex(table == QStringLiteral("Info-Direction") ? DirectionTab : 0);
+        findChild<DataGrid*>(QString::fromLatin1(name))->GoTo(finding.key, finding.field);
+    }
 }
 
 void frmQueue::SetCommStatus(const QString& device, const QString& baud, bool opened) {
@@ -156,11 +201,16 @@ void frmQueue::SetCommStatus(const QString& device, const QString& baud, bool op
 }
 
 void frmQueue::AddLog1(const QString& text) {
-    m_ui->txtLog1->Add(text);
+    m_ui->fraTask_0->AddLog1(text);
+}
+
+bool frmQueue::CommitOpenEditors() {
+    const QList<DataGrid*> grids = findChildren<DataGrid*>();
+    return std::all_of(grids.begin(), grids.end(), [](DataGrid* grid) { return grid->CommitOpenEditor(); });
 }
 
 void frmQueue::Run(Operation operation) {
-    if (m_ui->TDBGridQueue->CommitOpenEditor())
+    if (CommitOpenEditors())
         (m_station.*operation)();
 }
 
@@ -168,7 +218,8 @@ void frmQueue::ShowBusy(bool busy) {
     for (QAction* action :
          {m_ui->mnSetServiceCfg, m_ui->mnTDTime, m_ui->mnSetHub, m_ui->mnSetHubCounter, m_ui->mnHubTime})
         action->setEnabled(!busy);
-    m_ui->cmdRefresh->setEnabled(!busy);
+    for (SetupPage* page : Pages())
+        page->ShowBusy(busy);
     if (busy == m_isBusy)
         return;
     m_isBusy = busy;
@@ -178,28 +229,50 @@ void frmQueue::ShowBusy(bool busy) {
         QApplication::restoreOverrideCursor();
 }
 
-void frmQueue::Refresh() {
-    if (!m_ui->TDBGridQueue->CommitOpenEditor())
-        return;
-    LoadQueue();
-    m_station.RefreshModel();
+void frmQueue::ShowTab(int index) {
+    if (index == DirectionTab)
+        m_ui->fraTask_2->LoadDirectionGrid();
+    else
+        m_ui->fraTask_2->SettleUnstored([](bool) {});
 }
 
-void frmQueue::Empty() {
-    if (m_ui->TDBGridQueue->CommitOpenEditor())
-        AskAndEmpty(m_station, this);
+QString frmQueue::PlacesFile() const {
+    return m_station.ProgramFolder + QStringLiteral("/Windows.ini");
 }
 
-void frmQueue::OnDataError(const QString& text) {
-    TellDataError(m_station.dialogs, text, m_ui->TDBGridQueue);
+void frmQueue::RestorePlaces() {
+    QSettings places(PlacesFile(), QSettings::IniFormat);
+    places.beginGroup(objectName());
+    restoreGeometry(places.value(QStringLiteral("Geometry")).toByteArray());
+    for (QSplitter* splitter : findChildren<QSplitter*>())
+        splitter->restoreState(places.value(splitter->objectName()).toByteArray());
+    m_ui->dckCheck->setVisible(places.value(m_ui->dckCheck->objectName()).toBool());
+}
+
+void frmQueue::KeepPlaces() {
+    QSettings places(PlacesFile(), QSettings::IniFormat);
+    places.beginGroup(objectName());
+    places.setValue(QStringLiteral("Geometry"), saveGeometry());
+    for (const QSplitter* splitter : findChildren<QSplitter*>())
+        places.setValue(splitter->objectName(), splitter->saveState());
+    places.setValue(m_ui->dckCheck->objectName(), !m_ui->dckCheck->isHidden());
 }
 
 void frmQueue::closeEvent(QCloseEvent* event) {
-    // A text that the store refuses must not go with the window.
-    if (!m_ui->TDBGridQueue->CommitOpenEditor()) {
+    // A text that the store refuses must not go with the window, nor must directions that nobody stored.
+    if (!CommitOpenEditors()) {
         event->ignore();
         return;
     }
+    if (m_records->directions.IsChanged()) {
+        event->ignore();
+        m_ui->fraTask_2->SettleUnstored([window = QPointer(this)](bool settled) {
+            if (settled && window)
+                window->close();
+        });
+        return;
+    }
+    KeepPlaces();
     event->accept();
     Q_EMIT Closed();
 }

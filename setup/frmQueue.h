@@ -1,19 +1,26 @@
 #pragma once
 
+#include "station/InstallationCheck.h"
+
 #include <QMainWindow>
 
 #include <qcoro/qcorotask.h>
 
 #include <memory>
 
-class GridRecords;
+class DataGrid;
 class QLabel;
+class QPushButton;
+class SetupPage;
+class SetupRecords;
 class Station;
 namespace Ui {
 class frmQueue;
 }
 
 /// The setup window: edits the database directly and starts the commands that set devices up.
+///
+/// Its places (splitters, size, whether the findings show) are kept in Windows.ini of the program folder.
 class frmQueue : public QMainWindow {
     Q_OBJECT
 
@@ -21,9 +28,6 @@ public:
     /// @param station must outlive the window.
     explicit frmQueue(Station& station, QWidget* parent = nullptr);
     ~frmQueue() override;
-
-    /// Reads the services from the database into their grid.
-    void LoadQueue();
 
     /// Shows device, speed and state of the line in the status bar; empty texts leave what is shown.
     void SetCommStatus(const QString& device, const QString& baud, bool opened);
@@ -45,21 +49,31 @@ protected:
 private:
     using Operation = QCoro::Task<> (Station::*)();
 
-    /// Starts an operation of the station once what stands in an open editor is written.
+    /// Starts an operation of the station once what stands in open editors is written.
     void Run(Operation operation);
-    void SetUpServicesGrid();
+    /// Writes what stands in open editors. @return false if the store refuses it.
+    bool CommitOpenEditors();
+    std::vector<SetupPage*> Pages() const;
+    void SetUpGrids();
+    void SetUpTabKeys();
     void SetUpStatusBar();
+    void SetUpCheck();
     void ShowBusy(bool busy);
-    void Refresh();
-    void Empty();
-    void OnDataError(const QString& text);
+    void ShowTab(int index);
+    void ShowFindings();
+    void GoToFinding(int index);
+    void RestorePlaces();
+    void KeepPlaces();
+    QString PlacesFile() const;
 
     Station& m_station;
+    std::unique_ptr<SetupRecords> m_records;
     std::unique_ptr<Ui::frmQueue> m_ui;
-    std::unique_ptr<GridRecords> rsQueue;
+    std::vector<Finding> m_findings;
     QLabel* m_device = nullptr;
     QLabel* m_baud = nullptr;
     QLabel* m_lineState = nullptr;
     QLabel* m_progress = nullptr;
+    QPushButton* m_findingCount = nullptr;
     bool m_isBusy = false;
 };

@@ -3,6 +3,8 @@
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
 
+#include <limits>
+
 /// Marks the station busy for as long as it lives.
 class Station::Operation {
 public:
@@ -42,7 +44,8 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     , reload(database, loaders, tickets, *installation, log)
     , printers(
           ProgramFolder, *installation, router, clock,
-          [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log) {
+          [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log)
+    , check(database, tickets, options, clock) {
     connect(&printers, &PrinterConfig::Progress, this, [this](const QString& printerName, int done, int total) {
         Q_EMIT ProgressChanged(tr("Printer %1: %2 of %3").arg(printerName).arg(done).arg(total));
     });
@@ -64,14 +67,18 @@ QCoro::Task<> Station::ExplainBusy() {
     co_await dialogs.ShowMessage(BoxKind::Exclamation, running);
 }
 
+QCoro::Task<> Station::ExplainClosed() {
+    const QString closed = QStringLiteral("Can't open Queue database!");
+    co_await dialogs.ShowMessage(BoxKind::Exclamation, closed);
+}
+
 QCoro::Task<bool> Station::ReloadOrExplain() {
     if (m_busy) {
         co_await ExplainBusy();
         co_return false;
     }
     if (reload.ReloadAll() == Reload::Outcome::NoDatabase) {
-        const QString closed = QStringLiteral("Can't open Queue database!");
-        co_await dialogs.ShowMessage(BoxKind::Exclamation, closed);
+        co_await ExplainClosed();
         co_return false;
     }
     co_return true;
@@ -79,6 +86,50 @@ QCoro::Task<bool> Station::ReloadOrExplain() {
 
 QCoro::Task<> Station::RefreshModel() {
     co_await ReloadOrExplain();
+}
+
+QCoro::Task<> Station::ReloadDirections() {
+    if (m_busy) {
+        co_await ExplainBusy();
+        co_return;
+    }
+    const auto counters = loaders.ReadCounters();
+    const auto directions = loaders.ReadDirections();
+    if (!counters || !directions) {
+        co_await ExplainClosed();
+        co_return;
+    }
+    installation->NumObjects = loaders.TakeCounters(*counters);
+    installation->NumDirections = loaders.TakeDirections(*directions);
+}
+
+QCoro::Task<> Station::ShowAnswered(bool answered) {
+    const QString text = answered ? QStringLiteral("True") : QStringLiteral("False");
+    co_await dialogs.ShowMessage(BoxKind::Plain, text);
+}
+
+QCoro::Task<> Station::TestConnect(std::optional<qint32> number, std::optional<qint32> address) {
+    if (!address || *address < 0 || *address > std::numeric_limits<quint8>::max()) {
+        const QString missing = QStringLiteral("This object has no address to ask.");
+        co_await dialogs.ShowMessage(BoxKind::Exclamation, missing);
+        co_return;
+    }
+    const auto busAddress = static_cast<quint8>(*address);
+    if (!number) {
+        const QByteArray nothing;
+        const Reply reply = co_await bus.SendCommand(busAddress, 'P', nothing, Bus::DirectTimeout, 1);
+        co_await ShowAnswered(reply.ok);
+    }
+    const qint16 object = installation->FindObjectByNumber(number.value_or(0));
+    std::optional<bool> answered;
+    if (object >= 0)
+        answered = co_await router.TestConnection(object, busAddress);
+    if (answered) {
+        co_await ShowAnswered(*answered);
+        co_return;
+    }
+    const QString unknown = QStringLiteral("Database not refresh, please restart application");
+    co_await dialogs.ShowMessage(BoxKind::Exclamation, unknown);
 }
 
 QCoro::Task<> Station::SetServiceConfig() {
@@ -102,8 +153,8 @@ QCoro::Task<> Station::SetHubs() {
         co_return;
     QString outcome = QStringLiteral("Set config to all HUBs OK.");
     BoxKind kind = BoxKind::Information;
-    if (const std::optional<QString> fault = hubs.Fault()) {
-        outcome = *fault;
+    if (const std::vector<BlockFault> faults = BlockFaults(*installation); !faults.empty()) {
+        outcome = faults.front().text;
         kind = BoxKind::Exclamation;
     } else {
         const Operation running(*this);

@@ -16,6 +16,7 @@
 #include "link/CommLine.h"
 #include "platform/SerialControl.h"
 #include "printers/PrinterConfig.h"
+#include "station/InstallationCheck.h"
 
 #include <QObject>
 
@@ -58,6 +59,7 @@ public:
     Reload reload;
 
     PrinterConfig printers;
+    InstallationCheck check;
 
     /// An operation that reads the model over a longer time runs. `RefreshModel` and further such operations are
     /// refused meanwhile, so that no device gets what was meant for another.
@@ -66,6 +68,16 @@ public:
     /// Reloads the model for the setup window's refresh. With the database closed, or while an operation runs, a box
     /// says so and the model stays.
     QCoro::Task<> RefreshModel();
+
+    /// Reads objects and directions anew, without first services and hub table; the objects' rings are empty after it.
+    /// Ends like `RefreshModel` where it cannot be done.
+    QCoro::Task<> ReloadDirections();
+
+    /// Asks an object for a sign of life and shows in a box whether it answered ("True", "False"), or that the model
+    /// does not know it.
+    /// @param number   its number, by which the model knows it; without one its address is asked first.
+    /// @param address  its address; nothing is sent without one.
+    QCoro::Task<> TestConnect(std::optional<qint32> number, std::optional<qint32> address);
 
     /// Reloads the model, loads every printer and shows the outcome in a box.
     QCoro::Task<> SetServiceConfig();
@@ -91,7 +103,9 @@ private:
     class Operation;
 
     QCoro::Task<> ExplainBusy();
+    QCoro::Task<> ExplainClosed();
     QCoro::Task<bool> ReloadOrExplain();
+    QCoro::Task<> ShowAnswered(bool answered);
 
     bool m_busy = false;
 };

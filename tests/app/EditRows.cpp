@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
     IniUtility ini(folder + QStringLiteral("/Tallora.ini"));
     Database database(folder, ini, log, clock);
     database.OpenDatabase(path);
-    GridRecords records(database, QStringLiteral("Queue"), QStringLiteral("q_Id"), QStringLiteral("q_Id"),
+    GridRecords records(database, {.table = QStringLiteral("Queue")},
                         {{.caption = QStringLiteral("Name"), .field = QStringLiteral("q_Name")},
                          {.caption = QStringLiteral("Number"), .field = QStringLiteral("q_Number")}});
     if (records.Requery())

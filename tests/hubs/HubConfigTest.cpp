@@ -43,14 +43,14 @@ TEST_F(HubConfigTest, BuildsTheWorkedBlock) {
     AddNumbered(1, 32, model::Printer);
     AddNumbered(1, 40, model::Display);
     AddNumbered(1, 64, model::Hub);
-    EXPECT_EQ(m_config.BuildHubConfig(), QByteArray("18Na_Relt\0"
-                                                    "11\xE8\xC0\x23"
-                                                    "1110"
-                                                    "11P"
-                                                    "1X0",
-                                                    25));
+    EXPECT_EQ(BuildHubConfig(*m_installation), QByteArray("18Na_Relt\0"
+                                                          "11\xE8\xC0\x23"
+                                                          "1110"
+                                                          "11P"
+                                                          "1X0",
+                                                          25));
     EXPECT_TRUE(Await(m_config.SetHubConfig()));
-    EXPECT_EQ(m_end.Commands, QByteArrayList{"p L" + m_config.BuildHubConfig()});
+    EXPECT_EQ(m_end.Commands, QByteArrayList{"p L" + BuildHubConfig(*m_installation)});
 }
 
 TEST_F(HubConfigTest, CountersWithoutServiceAndDirectionsHaveTheirSigns) {
@@ -59,12 +59,12 @@ TEST_F(HubConfigTest, CountersWithoutServiceAndDirectionsHaveTheirSigns) {
     const qint32 display = AddNumbered(1, 40, model::Display).Id;
     m_installation->DirectionTable = {{static_cast<qint16>(display), 101, 4}};
     m_installation->NumDirections = 1;
-    EXPECT_EQ(m_config.BuildHubConfig(), QByteArray("17Na_Relt\0"
-                                                    "0"
-                                                    "271/:2/"
-                                                    "0"
-                                                    "1X04",
-                                                    23));
+    EXPECT_EQ(BuildHubConfig(*m_installation), QByteArray("17Na_Relt\0"
+                                                          "0"
+                                                          "271/:2/"
+                                                          "0"
+                                                          "1X04",
+                                                          23));
 }
 
 TEST_F(HubConfigTest, TheLengthKeepsItsLowEightBits) {
@@ -72,13 +72,13 @@ TEST_F(HubConfigTest, TheLengthKeepsItsLowEightBits) {
         AddService(number, 0x4141);
     for (quint8 number = 1; number <= 31; ++number)
         AddNumbered(number, number, model::Counter);
-    const QByteArray block = m_config.BuildHubConfig();
+    const QByteArray block = BuildHubConfig(*m_installation);
     EXPECT_EQ(block.size(), 2 + 8 + 1 + 64 * 3 + 1 + 31 * 3 + 1 + 1);
     EXPECT_TRUE(block.startsWith("2BNa_Relt"));
 }
 
 TEST_F(HubConfigTest, WhatOneCharacterCannotCarryIsNamed) {
-    EXPECT_FALSE(m_config.Fault().has_value());
+    EXPECT_TRUE(BlockFaults(*m_installation).empty());
     const struct {
         qint16 number;
         qint32 series;
@@ -87,14 +87,16 @@ TEST_F(HubConfigTest, WhatOneCharacterCannotCarryIsNamed) {
     for (const auto& [number, series, fits] : cases) {
         m_installation->NumServices = 0;
         AddService(number, series);
-        EXPECT_EQ(m_config.Fault().has_value(), !fits) << number << ' ' << series;
+        EXPECT_EQ(BlockFaults(*m_installation).empty(), fits) << number << ' ' << series;
     }
     m_installation->NumServices = 0;
     AddNumbered(1, 208, model::Hub);
     AddNumbered(255, 1, model::Display);
-    EXPECT_FALSE(m_config.Fault().has_value()) << "the block holds neither a hub nor a display's number";
+    EXPECT_TRUE(BlockFaults(*m_installation).empty()) << "the block holds neither a hub nor a display's number";
     AddNumbered(208, 2, model::Counter);
-    EXPECT_EQ(m_config.Fault(),
+    ASSERT_EQ(BlockFaults(*m_installation).size(), 1U);
+    EXPECT_EQ(BlockFaults(*m_installation)[0].id, 102);
+    EXPECT_EQ(BlockFaults(*m_installation)[0].text,
               QStringLiteral("Object 'object 102': number 208 does not fit the hub's block, which takes 0 to 207."));
 }
 

@@ -8,6 +8,7 @@
 #include "tests/support/TestClock.h"
 #include "tests/support/TestDialogs.h"
 #include "tests/support/Waiting.h"
+#include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
 
@@ -46,46 +47,19 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowActive(m_window.get()));
     }
 
-    /// A control that the user can see and use.
     template <typename Control>
     Control& Find(const char* name) const {
-        auto* control = m_window->findChild<Control*>(QString::fromLatin1(name));
-        EXPECT_NE(control, nullptr) << name;
-        EXPECT_TRUE(control->isVisible() && control->isEnabled()) << name;
-        return *control;
+        return WindowDriver(*m_window).Find<Control>(name);
     }
 
     DataGrid& Grid() const { return Find<DataGrid>("TDBGridQueue"); }
-
-    void Click(int row, int column) const {
-        DataGrid& grid = Grid();
-        const QPoint place = grid.visualRect(grid.model()->index(row, column)).center();
-        QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, place);
-    }
-
-    /// Clicks a cell, types over what is in it, and ends with `end`.
+    void Click(int row, int column) const { WindowDriver::Click(Grid(), row, column); }
     void Type(int row, int column, const QString& text, Qt::Key end = Qt::Key_Return) const {
-        Click(row, column);
-        Keys(text);
-        Press(end);
+        WindowDriver::Type(Grid(), row, column, text, end);
     }
-
-    /// A key for whatever has the focus. An editor takes Enter and Tab through the event loop.
-    static void Press(Qt::Key key) {
-        QTest::keyClick(QApplication::focusWidget(), key);
-        QApplication::processEvents();
-    }
-
-    /// Any characters, also those that no key of a plain keyboard gives.
-    static void Keys(const QString& text) {
-        for (const QChar character : text) {
-            QWidget* receiver = QApplication::focusWidget();
-            QKeyEvent press(QEvent::KeyPress, Qt::Key_unknown, Qt::NoModifier, QString(character));
-            QApplication::sendEvent(receiver, &press);
-        }
-    }
-
-    QLineEdit* Editor() const { return qobject_cast<QLineEdit*>(QApplication::focusWidget()); }
+    static void Press(Qt::Key key) { WindowDriver::Press(key); }
+    static void Keys(const QString& text) { WindowDriver::Keys(text); }
+    static QLineEdit* Editor() { return WindowDriver::Editor(); }
 
     /// The editor that has come back with a refused text.
     QLineEdit* ResumedEditor() const {
@@ -93,7 +67,7 @@ protected:
         return Editor();
     }
 
-    QString Shown(int row, int column) const { return Grid().model()->index(row, column).data().toString(); }
+    QString Shown(int row, int column) const { return WindowDriver::Shown(Grid(), row, column); }
 
     /// What the store holds, rows in key order, values joined by "|".
     QString Stored(const QString& fields) {
@@ -290,7 +264,7 @@ TEST_F(frmQueueTest, WhatWasCopiedInTheGridIsPastedAsItStands) {
     // By itself this reads as Unicode as well as VNI.
     const QString vni = QStringLiteral("D\u00F2ch");
     ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Queue SET q_Name = ? WHERE q_Id = 2"), {vni}}));
-    m_window->LoadQueue();
+    QTest::mouseClick(&Find<QPushButton>("cmdRefresh"), Qt::LeftButton);
     Click(0, NameColumn);
     QTest::keyClick(&Grid(), Qt::Key_C, Qt::ControlModifier);
     Click(1, NameColumn);

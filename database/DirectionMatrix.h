@@ -1,0 +1,57 @@
+#pragma once
+
+#include "database/Database.h"
+#include "platform/GridModel.h"
+
+class GridRecords;
+
+namespace model {
+struct Installation;
+}
+
+/// The directions that the information displays show for the counters, as a grid: one row a display, one column a
+/// counter behind the first one, which holds the names. A last row "--------" stands for no display.
+///
+/// What is chosen stays in memory until `UpdateDataDir`. A device whose `d_Id` is above 32767 has no place in table
+/// `Info-Direction` and is left out.
+class DirectionMatrix final : public GridModel {
+    Q_OBJECT
+
+public:
+    using GridModel::GridModel;
+
+    /// Makes rows and columns of the devices of table `Display`, and fills the cells from the directions of the model.
+    /// Choices that are not stored yet are lost. With no device at all the grid keeps what it shows.
+    void LoadDirectionGrid(const GridRecords& rsDisplay, const model::Installation& installation);
+
+    /// Shows nothing.
+    void Clear();
+
+    /// Stores the whole matrix in place of what table `Info-Direction` holds, all of it or, on an error, nothing.
+    Database::Error UpdateDataDir(Database& database);
+
+    /// A choice is not stored yet.
+    bool IsChanged() const { return m_isChanged; }
+
+    const std::vector<GridColumn>& Columns() const override { return m_columns; }
+    bool IsNewRow(int) const override { return false; }
+    QVariant Key(int row) const override;
+    bool CanRemove() const override { return false; }
+    QString CellText(int row, int column) const override;
+    Error Write(int row, int column, const QString& text) override;
+    Error Remove(int) override { return std::nullopt; }
+    int rowCount(const QModelIndex& parent = {}) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+private:
+    struct Row {
+        qint16 displayId;
+        QString name;
+        std::vector<qint16> directions; ///< by counter
+    };
+
+    std::vector<GridColumn> m_columns;
+    std::vector<qint16> m_counterIds; ///< of the columns behind the first one
+    std::vector<Row> m_rows;
+    bool m_isChanged = false;
+};

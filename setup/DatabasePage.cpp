@@ -1,0 +1,163 @@
+#include "setup/DatabasePage.h"
+
+#include "setup/SetupRecords.h"
+#include "setup/ui_DatabasePage.h"
+#include "station/Station.h"
+
+#include <QPointer>
+
+namespace {
+
+// Places of columns.
+constexpr int ServiceName = 1;   ///< in TDBGridQueue
+constexpr int ServiceSeries = 4; ///< in TDBGridQueue
+constexpr int ServiceId = 9;     ///< in TDBGridQueue
+constexpr int ObjectNumber = 1;  ///< in TDBGridDisplay
+constexpr int ObjectAddress = 2; ///< in TDBGridDisplay
+constexpr int ObjectType = 3;    ///< in TDBGridDisplay
+constexpr int ObjectId = 6;      ///< in TDBGridDisplay
+constexpr int PairId = 0;        ///< in TDBGridQD
+constexpr int PairCounter = 2;   ///< in TDBGridQD
+constexpr int PairServiceId = 4; ///< in TDBGridQD
+
+/// A cell as a number, none for a null.
+std::optional<qint32> NumberIn(const DataGrid& grid, int column) {
+    bool isNumber = false;
+    const qint32 number = grid.CurrentText(column).toInt(&isNumber);
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
+} // namespace
+
+DatabasePage::DatabasePage(QWidget* parent)
+    : SetupPage(parent)
+    , m_ui(std::make_unique<Ui::DatabasePage>()) {
+    m_ui->setupUi(this);
+}
+
+DatabasePage::~DatabasePage() = default;
+
+void DatabasePage::SetUp() {
+    m_ui->TDBGridQueue->SetRecords(&Records().rsQueue);
+    m_ui->TDBGridQueue->setColumnHidden(ServiceSeries, !TheStation().options.MultiTicketSeries);
+    m_ui->TDBGridDisplay->SetRecords(&Records().rsDisplay);
+    m_ui->TDBGridDisplay->LetRowsBeDragged();
+    m_ui->TDBGridQD->SetRecords(&Records().rsQueueDisplay);
+    m_ui->TDBGridQD->TakeRowsOf(m_ui->TDBGridDisplay);
+    m_ui->TDBGridQD->setSelectionBehavior(QAbstractItemView::SelectRows);
+
+    connect(m_ui->TDBGridQueue, &DataGrid::CurrentRowChanged, this, &DatabasePage::LoadQueueDisplay);
+    connect(m_ui->TDBGridQD, &DataGrid::RowDropped, this, &DatabasePage::AddServiceCounter);
+    connect(m_ui->cmdNew, &QPushButton::clicked, this, &DatabasePage::AddSelected);
+    connect(m_ui->cmdDelete, &QPushButton::clicked, this, &DatabasePage::RemoveServiceCounter);
+    connect(m_ui->cmdDelAll, &QPushButton::clicked, this, &DatabasePage::RemoveServiceCounters);
+    connect(m_ui->cmdTestConnect, &QPushButton::clicked, this, &DatabasePage::TestConnect);
+    connect(m_ui->cmdRefresh, &QPushButton::clicked, this, &DatabasePage::Refresh);
+    connect(m_ui->cmdEmpty, &QPushButton::clicked, this, &DatabasePage::Empty);
+    connect(m_ui->cmdCheck, &QPushButton::toggled, this, &DatabasePage::CheckWanted);
+}
+
+void DatabasePage::AddLog1(const QString& text) {
+    m_ui->txtLog1->Add(text);
+}
+
+void DatabasePage::ShowCheckOpen(bool open) {
+    m_ui->cmdCheck->setChecked(open);
+}
+
+void DatabasePage::ShowBusy(bool busy) {
+    m_ui->cmdRefresh->setEnabled(!busy);
+}
+
+void DatabasePage::Refresh() {
+    Records().UpdateAll();
+    Records().rsQueue.Requery();
+    TheStation().RefreshModel();
+}
+
+void DatabasePage::Empty() {
+    const auto empty = [this]() -> Database::Error {
+        if (!TheStation().database.IsOpen())
+            return QStringLiteral("Can't open Queue database!");
+        Database::Error error = TheStation().database.EmptyDatabase();
+        if (!error)
+            Records().directions.Clear();
+        return error;
+    };
+    AskAndDo(BoxKind::Critical, QStringLiteral("Are you sure You want to delete all database?"), empty, [this] {
+        Records().UpdateAll();
+        Records().rsQueue.Requery();
+    });
+}
+
+void DatabasePage::TestConnect() {
+    m_ui->cmdTestConnect->setEnabled(false);
+    TheStation()
+        .TestConnect(NumberIn(*m_ui->TDBGridDisplay, ObjectNumber), NumberIn(*m_ui->TDBGridDisplay, ObjectAddress))
+        .then([page = QPointer(this)] {
+            if (page)
+                page->m_ui->cmdTestConnect->setEnabled(true);
+        });
+}
+
+void DatabasePage::LoadQueueDisplay() {
+    m_ui->lblService->setText(m_ui->TDBGridQueue->CurrentText(ServiceName));
+    Records().LoadQueueDisplay(m_ui->TDBGridQueue->CurrentNumber(ServiceId));
+}
+
+void DatabasePage::AddSelected() {
+    if (m_ui->TDBGridDisplay->CurrentNumber(ObjectId) < 1 || m_ui->TDBGridQueue->CurrentNumber(ServiceId) < 1)
+        Warn(QStringLiteral("Must Select Service and Counter in Lists!"));
+    else
+        AddServiceCounter();
+}
+
+void DatabasePage::AddServiceCounter() {
+    const qint32 counterId = m_ui->TDBGridDisplay->CurrentNumber(ObjectId);
+    // A type that is not set counts as a counter, as it does for the loader.
+    if (m_ui->TDBGridDisplay->CurrentNumber(ObjectType) != model::Counter) {
+        Warn(QStringLiteral("Could not add this type to service."));
+        return;
+    }
+    const qint32 serviceId = m_ui->TDBGridQueue->CurrentNumber(ServiceId);
+    bool served = false;
+    if (const Database::Error error = Records().assignments.CheckCounterServed(counterId, serviceId, served)) {
+        Warn(*error);
+        return;
+    }
+    if (served) {
+        Warn(QStringLiteral("Counter was assigned. "));
+        return;
+    }
+    const auto add = [=, this]() -> Database::Error {
+        if (counterId < 1 || serviceId < 1)
+            return std::nullopt;
+        Database::Error error = Records().assignments.AddServiceCounter(serviceId, counterId);
+        if (!error)
+            TheStation().reload.DbChanged = true;
+        return error;
+    };
+    Do(add, [this] { LoadQueueDisplay(); });
+}
+
+void DatabasePage::RemoveServiceCounter() {
+    const QString id = m_ui->TDBGridQD->CurrentText(PairId);
+    if (id.isEmpty())
+        return;
+    AskAndDo(
+        BoxKind::Plain,
+        QStringLiteral("Are you sure to remove counter '%1' from List ?")
+            .arg(m_ui->TDBGridQD->CurrentText(PairCounter)),
+        [this, id] { return Records().assignments.RemoveServiceCounter(id.toInt()); },
+        [this] { Records().rsQueueDisplay.Requery(); });
+}
+
+void DatabasePage::RemoveServiceCounters() {
+    const qint32 serviceId = m_ui->TDBGridQD->CurrentNumber(PairServiceId);
+    if (serviceId == 0)
+        return;
+    AskAndDo(
+        BoxKind::Plain, QStringLiteral("Are you sure to remove all counter from List ?"),
+        [this, serviceId] { return Records().assignments.RemoveServiceCounters(serviceId); },
+        [this] { Records().rsQueueDisplay.Requery(); });
+}

@@ -1,0 +1,88 @@
+#include "setup/DirectionPage.h"
+
+#include "setup/SetupRecords.h"
+#include "setup/ui_DirectionPage.h"
+#include "station/Station.h"
+
+#include <QPointer>
+
+namespace {
+
+QCoro::Task<bool> AskToStore(Dialogs& dialogs) {
+    const QString question = QStringLiteral("The directions were changed but not stored. Store them now?");
+    const bool yes = co_await dialogs.AskYesNo(BoxKind::Exclamation, question);
+    co_return yes;
+}
+
+} // namespace
+
+DirectionPage::DirectionPage(QWidget* parent)
+    : SetupPage(parent)
+    , m_ui(std::make_unique<Ui::DirectionPage>()) {
+    m_ui->setupUi(this);
+}
+
+DirectionPage::~DirectionPage() = default;
+
+void DirectionPage::SetUp() {
+    m_ui->TDBGrid1->SetRecords(&Records().directions);
+    connect(&Records().directions, &GridModel::RecordsChanged, this, &DirectionPage::ShowUnstored);
+    connect(&Records().directions, &GridModel::modelReset, this, &DirectionPage::ShowUnstored);
+    connect(m_ui->cmdUpdate, &QPushButton::clicked, this, &DirectionPage::Update);
+    connect(m_ui->cmdReloadDir, &QPushButton::clicked, this, &DirectionPage::Reload);
+    ShowUnstored();
+}
+
+void DirectionPage::ShowBusy(bool busy) {
+    m_ui->cmdReloadDir->setEnabled(!busy);
+}
+
+void DirectionPage::LoadDirectionGrid() {
+    Records().LoadDirectionGrid();
+}
+
+void DirectionPage::ShowUnstored() {
+    m_ui->lblUnstored->setVisible(Records().directions.IsChanged());
+}
+
+bool DirectionPage::UpdateDataDir() {
+    if (const Database::Error error = Records().directions.UpdateDataDir(TheStation().database)) {
+        Warn(*error);
+        return false;
+    }
+    if (const std::optional<qint16> count = TheStation().loaders.LoadDirections())
+        TheStation().installation->NumDirections = *count;
+    ShowUnstored();
+    Records().NoteChange();
+    return true;
+}
+
+void DirectionPage::Update() {
+    if (UpdateDataDir())
+        TheStation().dialogs.ShowMessage(BoxKind::Plain, QStringLiteral("Update Done."));
+}
+
+void DirectionPage::Reload() {
+    SettleUnstored([page = QPointer(this)](bool settled) {
+        if (!settled || !page)
+            return;
+        page->TheStation().ReloadDirections().then([page] {
+            if (page)
+                page->LoadDirectionGrid();
+        });
+    });
+}
+
+void DirectionPage::SettleUnstored(const std::function<void(bool)>& done) {
+    if (!Records().directions.IsChanged()) {
+        done(true);
+        return;
+    }
+    AskToStore(TheStation().dialogs).then([page = QPointer(this), done](bool yes) {
+        if (!page)
+            return;
+        if (!yes)
+            page->LoadDirectionGrid();
+        done(!yes || page->UpdateDataDir());
+    });
+}

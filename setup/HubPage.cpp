@@ -1,0 +1,102 @@
+#include "setup/HubPage.h"
+
+#include "setup/SetupRecords.h"
+#include "setup/ui_HubPage.h"
+#include "station/Station.h"
+
+namespace {
+
+constexpr int HubName = 0;    ///< column of TDBGridHUB
+constexpr int HubId = 3;      ///< column of TDBGridHUB
+constexpr int FreeId = 4;     ///< column of TDBGridCounters
+constexpr int MemberName = 0; ///< column of TDBGridHubCounters
+constexpr int MemberId = 2;   ///< column of TDBGridHubCounters
+
+} // namespace
+
+HubPage::HubPage(QWidget* parent)
+    : SetupPage(parent)
+    , m_ui(std::make_unique<Ui::HubPage>()) {
+    m_ui->setupUi(this);
+}
+
+HubPage::~HubPage() = default;
+
+void HubPage::SetUp() {
+    m_ui->TDBGridHUB->SetRecords(&Records().rsHubs);
+    m_ui->TDBGridHUB->setColumnHidden(HubId, true);
+    m_ui->TDBGridCounters->SetRecords(&Records().rsFreeCounters);
+    m_ui->TDBGridCounters->LetRowsBeDragged();
+    m_ui->TDBGridHubCounters->SetRecords(&Records().rsHubCounters);
+    m_ui->TDBGridHubCounters->setColumnHidden(MemberId, true);
+    m_ui->TDBGridHubCounters->TakeRowsOf(m_ui->TDBGridCounters);
+    for (DataGrid* grid : {m_ui->TDBGridHUB, m_ui->TDBGridCounters, m_ui->TDBGridHubCounters})
+        grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+
+    connect(m_ui->TDBGridHUB, &DataGrid::CurrentRowChanged, this, &HubPage::LoadHubCounters);
+    connect(m_ui->TDBGridHubCounters, &DataGrid::RowDropped, this, &HubPage::AddHubCounter);
+    connect(m_ui->cmdAddCounterToHub, &QPushButton::clicked, this, &HubPage::AddSelected);
+    connect(m_ui->cmdRemCounterFromHub, &QPushButton::clicked, this, &HubPage::RemoveCounter);
+    connect(m_ui->cmdRemAll, &QPushButton::clicked, this, &HubPage::RemoveAll);
+    connect(m_ui->cmdRefreshHub, &QPushButton::clicked, this, &HubPage::Refresh);
+}
+
+void HubPage::ShowBusy(bool busy) {
+    m_ui->cmdRefreshHub->setEnabled(!busy);
+}
+
+void HubPage::LoadHubCounters() {
+    m_ui->lblHub->setText(m_ui->TDBGridHUB->CurrentText(HubName));
+    Records().LoadHubCounters(m_ui->TDBGridHUB->CurrentNumber(HubId));
+}
+
+void HubPage::AddSelected() {
+    if (m_ui->TDBGridCounters->CurrentNumber(FreeId) < 1 || m_ui->TDBGridHUB->CurrentNumber(HubId) < 1)
+        Warn(QStringLiteral("Must Select Service and Counter in Lists!"));
+    else
+        AddHubCounter();
+}
+
+void HubPage::AddHubCounter() {
+    const qint32 id = m_ui->TDBGridCounters->CurrentNumber(FreeId);
+    const qint32 hubId = m_ui->TDBGridHUB->CurrentNumber(HubId);
+    if (id < 1 || hubId < 1)
+        return;
+    Do([=, this] { return Records().assignments.SetHub(id, hubId); },
+       [this] {
+           Records().rsFreeCounters.Requery();
+           LoadHubCounters();
+       });
+}
+
+void HubPage::RemoveCounter() {
+    const qint32 id = m_ui->TDBGridHubCounters->CurrentNumber(MemberId);
+    if (id == 0)
+        return;
+    const QString name = m_ui->TDBGridHubCounters->CurrentText(MemberName);
+    AskAndDo(
+        BoxKind::Plain, QStringLiteral("Are you sure to remove counter '%1' from List ?").arg(name),
+        [=, this] { return Records().assignments.SetHub(id, 0); },
+        [this] {
+            Records().rsHubCounters.Requery();
+            Records().rsFreeCounters.Requery();
+        });
+}
+
+void HubPage::RemoveAll() {
+    const qint32 hubId = m_ui->TDBGridHUB->CurrentNumber(HubId);
+    if (hubId == 0)
+        return;
+    AskAndDo(
+        BoxKind::Plain, QStringLiteral("Are you sure to remove all counter from List ?"),
+        [=, this] { return Records().assignments.ClearHub(hubId); },
+        [this] {
+            Records().rsHubCounters.Requery();
+            Records().rsFreeCounters.Requery();
+        });
+}
+
+void HubPage::Refresh() {
+    Records().RequeryHubs();
+    TheStation().RefreshModel();
+}

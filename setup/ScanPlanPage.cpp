@@ -1,0 +1,71 @@
+#include "setup/ScanPlanPage.h"
+
+#include "setup/SetupRecords.h"
+#include "setup/ui_ScanPlanPage.h"
+#include "station/Station.h"
+
+namespace {
+
+constexpr int ListNumber = 1; ///< column of TDBGridDisplayList
+constexpr int ListId = 3;     ///< column of TDBGridDisplayList
+constexpr int EntryId = 0;    ///< column of TDBGridPlan
+
+} // namespace
+
+ScanPlanPage::ScanPlanPage(QWidget* parent)
+    : SetupPage(parent)
+    , m_ui(std::make_unique<Ui::ScanPlanPage>()) {
+    m_ui->setupUi(this);
+}
+
+ScanPlanPage::~ScanPlanPage() = default;
+
+void ScanPlanPage::SetUp() {
+    m_ui->TDBGridDisplayList->SetRecords(&Records().rsDisplayList);
+    m_ui->TDBGridDisplayList->setColumnHidden(ListId, true);
+    m_ui->TDBGridDisplayList->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_ui->TDBGridPlan->SetRecords(&Records().rsPlanView);
+
+    connect(m_ui->cmdPlan_0, &QPushButton::clicked, this, &ScanPlanPage::Add);
+    connect(m_ui->cmdPlan_1, &QPushButton::clicked, this, &ScanPlanPage::Remove);
+    connect(m_ui->cmdPlan_2, &QPushButton::clicked, this, &ScanPlanPage::Clear);
+    connect(m_ui->cmdPlan_3, &QPushButton::clicked, this, [this] { Records().RequeryPlan(); });
+    connect(m_ui->cmdAuto, &QPushButton::clicked, this, &ScanPlanPage::BuildAuto);
+}
+
+void ScanPlanPage::Add() {
+    const qint32 id = m_ui->TDBGridDisplayList->CurrentNumber(ListId);
+    if (id == 0)
+        return;
+    const QString number = m_ui->TDBGridDisplayList->CurrentText(ListNumber);
+    const QVariant order = number.isEmpty() ? QVariant() : QVariant(number);
+    Do([=, this] { return Records().assignments.AddToPlan(id, order); }, [this] { Records().RequeryPlan(); });
+}
+
+void ScanPlanPage::Remove() {
+    const qint32 id = m_ui->TDBGridPlan->CurrentNumber(EntryId);
+    if (id == 0)
+        return;
+    Do([=, this] { return Records().assignments.RemoveFromPlan(id); }, [this] { Records().RequeryPlan(); });
+}
+
+void ScanPlanPage::Clear() {
+    const auto clear = [this] {
+        return TheStation().database.IsOpen() ? Records().assignments.ClearPlan() : std::nullopt;
+    };
+    AskAndDo(BoxKind::Exclamation, QStringLiteral("Are you sure you want to delete all scan list?"), clear,
+             [this] { Records().RequeryPlan(); });
+}
+
+void ScanPlanPage::BuildAuto() {
+    const auto build = [this]() -> Database::Error {
+        if (!TheStation().database.IsOpen())
+            return std::nullopt;
+        std::vector<qint32> ids;
+        for (int row = 0; row < Records().rsDisplayList.RecordCount(); ++row)
+            ids.push_back(Records().rsDisplayList.Key(row).toInt());
+        return Records().assignments.BuildPlan(ids);
+    };
+    AskAndDo(BoxKind::Exclamation, QStringLiteral("This will delete all scan list. Do you want to continue?"), build,
+             [this] { Records().RequeryPlan(); });
+}

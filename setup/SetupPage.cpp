@@ -1,0 +1,40 @@
+#include "setup/SetupPage.h"
+
+#include "setup/SetupRecords.h"
+#include "station/Station.h"
+
+#include <QPointer>
+
+namespace {
+
+QCoro::Task<bool> AskWith(Dialogs& dialogs, BoxKind kind, QString question) {
+    const bool yes = co_await dialogs.AskYesNo(kind, question);
+    co_return yes;
+}
+
+} // namespace
+
+void SetupPage::Use(Station& station, SetupRecords& records) {
+    m_station = &station;
+    m_records = &records;
+    SetUp();
+}
+
+void SetupPage::Do(const Change& change, const Show& show) {
+    const Database::Error error = change();
+    show();
+    m_records->NoteChange();
+    if (error)
+        Warn(*error);
+}
+
+void SetupPage::AskAndDo(BoxKind kind, const QString& question, const Change& change, const Show& show) {
+    AskWith(m_station->dialogs, kind, question).then([page = QPointer(this), change, show](bool yes) {
+        if (yes && page)
+            page->Do(change, show);
+    });
+}
+
+void SetupPage::Warn(const QString& text) {
+    m_station->dialogs.ShowMessage(BoxKind::Exclamation, text);
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "database/Database.h"
+#include "platform/Dialogs.h"
+
+#include <QWidget>
+
+#include <functional>
+
+class SetupRecords;
+class Station;
+
+/// One tab of the setup window.
+class SetupPage : public QWidget {
+    Q_OBJECT
+
+public:
+    using QWidget::QWidget;
+
+    /// Fills the page. To be called once; both must outlive the page.
+    void Use(Station& station, SetupRecords& records);
+
+    /// Greys out what must not be started while devices are configured.
+    virtual void ShowBusy(bool busy) = 0;
+
+protected:
+    using Change = std::function<Database::Error()>;
+    using Show = std::function<void()>;
+
+    /// Connects the controls with the records; called once, before the records are read.
+    virtual void SetUp() = 0;
+
+    Station& TheStation() const { return *m_station; }
+    SetupRecords& Records() const { return *m_records; }
+
+    /// Changes the store, shows what came of it, and tells in a box what the store refused.
+    void Do(const Change& change, const Show& show);
+    /// The same once the user has answered a question with Yes.
+    void AskAndDo(BoxKind kind, const QString& question, const Change& change, const Show& show);
+    /// Warns the user in a box.
+    void Warn(const QString& text);
+
+private:
+    Station* m_station = nullptr;
+    SetupRecords* m_records = nullptr;
+};

@@ -1,0 +1,233 @@
+#include "station/InstallationCheck.h"
+
+#include "hubs/HubConfig.h"
+#include "link/Encodings.h"
+#include "printers/PrinterTables.h"
+
+#include <QSqlQuery>
+
+#include <algorithm>
+#include <map>
+
+namespace {
+
+constexpr int BroadcastAddress = 127;
+constexpr int LargestDirectionId = 32767;
+constexpr qsizetype LongestData = 254; ///< characters; with the command's letter the length field is full
+
+QString ServiceText(const QString& name) {
+    return QStringLiteral("Service '%1': ").arg(name);
+}
+
+QString ObjectText(const QString& name) {
+    return QStringLiteral("Object '%1': ").arg(name);
+}
+
+const char* TableOf(BlockFault::Of of) {
+    switch (of) {
+    case BlockFault::Of::Service:
+        return "Queue";
+    case BlockFault::Of::Object:
+        return "Display";
+    case BlockFault::Of::Direction:
+        break;
+    }
+    return "Info-Direction";
+}
+
+} // namespace
+
+InstallationCheck::InstallationCheck(Database& database, const TicketRecords& tickets, const Options& options,
+                                     const Clock& clock)
+    : m_database(database)
+    , m_quiet(QString(), clock)
+    , m_scratch(std::make_unique<model::Installation>())
+    , m_loaders(database, tickets, *m_scratch, options, m_quiet) {}
+
+InstallationCheck::~InstallationCheck() = default;
+
+std::vector<Finding> InstallationCheck::FindFaults() {
+    m_findings.clear();
+    if (!m_database.IsOpen() || !LoadScratch())
+        return {};
+    FindLostServices();
+    CheckServices();
+    FindLostObjects();
+    CheckObjects();
+    CheckHubs();
+    CheckBlock();
+    return std::move(m_findings);
+}
+
+bool InstallationCheck::LoadScratch() {
+    const auto services = m_loaders.ReadServices(false);
+    const auto counters = m_loaders.ReadCounters();
+    const auto directions = m_loaders.ReadDirections();
+    if (!services || !counters || !directions)
+        return false;
+    m_scratch->NumServices = m_loaders.TakeServices(*services);
+    m_scratch->NumObjects = m_loaders.TakeCounters(*counters);
+    m_scratch->NumDirections = m_loaders.TakeDirections(*directions);
+    for (qint16 i = 0; i < m_scratch->NumObjects; ++i)
+        m_scratch->QObjects[static_cast<std::size_t>(i)].FirstServiceIndex = m_scratch->FirstServiceOf(i);
+    return true;
+}
+
+void InstallationCheck::Add(const char* table, qint32 key, const char* field, const QString& text) {
+    m_findings.push_back({text, QString::fromLatin1(table), key, QString::fromLatin1(field)});
+}
+
+std::vector<InstallationCheck::ActiveRow> InstallationCheck::ActiveRows(const QString& statement) const {
+    std::vector<ActiveRow> rows;
+    QString problem;
+    auto query = m_database.Select({statement}, problem);
+    while (query && query->next())
+        rows.push_back({query->value(0).toInt(), query->value(1).toString(), query->value(2), query->value(3)});
+    return rows;
+}
+
+void InstallationCheck::FindLostServices() {
+    for (const ActiveRow& row : ActiveRows(
+             QStringLiteral("SELECT [q_Id],[q_Name],[q_Number],NULL FROM [Queue] WHERE [q_On] ORDER BY rowid"))) {
+        if (m_scratch->FindServiceById(row.key) >= 0)
+            continue;
+        const bool isFull = m_scratch->NumServices == model::SlotCount;
+        Add("Queue", row.key, "q_On",
+            ServiceText(row.name) + (isFull ? QStringLiteral("only 64 active services are loaded, not this one.")
+                                            : QStringLiteral("it cannot be loaded; the log tells why.")));
+    }
+}
+
+void InstallationCheck::FindLostObjects() {
+    for (const ActiveRow& row : ActiveRows(QStringLiteral(
+             "SELECT [d_Id],[d_Name],[d_Number],[d_Address] FROM [Display] WHERE [d_On] ORDER BY rowid"))) {
+        if (m_scratch->FindObjectById(row.key) >= 0)
+            continue;
+        const bool isNumber = !row.address.isNull() && row.number.isNull();
+        Add("Display", row.key, isNumber ? "d_Number" : "d_Address", ObjectText(row.name) + WhyLost(row));
+    }
+}
+
+QString InstallationCheck::WhyLost(const ActiveRow& row) const {
+    if (row.address.isNull())
+        return QStringLiteral("it has no address and is not loaded.");
+    if (row.number.isNull())
+        return QStringLiteral("it has no number and is not loaded.");
+    for (const model::QObject& object : m_scratch->LoadedObjects()) {
+        if (object.Address == row.address.toInt())
+            return QStringLiteral("address %1 is taken by '%2', so it is not loaded.")
+                .arg(object.Address)
+                .arg(object.Name);
+    }
+    if (m_scratch->NumObjects == model::SlotCount)
+        return QStringLiteral("only 64 active objects are loaded, not this one.");
+    return QStringLiteral("it cannot be loaded; the log tells why.");
+}
+
+void InstallationCheck::CheckServices() {
+    std::map<qint16, QString> numbers;
+    for (qint16 i = 0; i < m_scratch->NumServices; ++i) {
+        const model::QService& service = m_scratch->QServices[static_cast<std::size_t>(i)];
+        const auto [first, isFirst] = numbers.try_emplace(service.Number, service.Name);
+        if (!isFirst) {
+            Add("Queue", service.Id, "q_Number",
+                ServiceText(service.Name) +
+                    QStringLiteral("number %1 is also that of '%2'.").arg(service.Number).arg(first->second));
+        }
+        if (service.Route != 0) {
+            // 0 is also the answer for a number that nobody has.
+            const qint16 found = m_scratch->FindServiceByNumber(service.Route);
+            const model::QService& target = m_scratch->QServices[static_cast<std::size_t>(found)];
+            if (target.Number != service.Route) {
+                Add("Queue", service.Id, "q_route",
+                    ServiceText(service.Name) +
+                        QStringLiteral("no active service has the number %1 of its route.").arg(service.Route));
+            } else if (target.Route != 0) {
+                Add("Queue", service.Id, "q_route",
+                    ServiceText(service.Name) +
+                        QStringLiteral("its route leads to '%1', which is routed itself.").arg(target.Name));
+            }
+        }
+        CheckTexts(i);
+    }
+}
+
+void InstallationCheck::CheckTexts(qint16 index) {
+    const model::QService& service = m_scratch->QServices[static_cast<std::size_t>(index)];
+    const auto counters = [this](qint32 id) { return m_loaders.CounterListOfService(id); };
+    const QString description = ExpandServiceText(service.Description, index, *m_scratch, counters);
+    if (service.Name.size() > PrinterTables::TextPlaces) {
+        Add("Queue", service.Id, "q_Name",
+            ServiceText(service.Name) +
+                QStringLiteral("the name has %1 characters, printers take 63.").arg(service.Name.size()));
+    }
+    if (description.size() > PrinterTables::TextPlaces) {
+        Add("Queue", service.Id, "q_Description",
+            ServiceText(service.Name) +
+                QStringLiteral("the description has %1 characters with its counters, printers take 63.")
+                    .arg(description.size()));
+    }
+}
+
+void InstallationCheck::CheckObjects() {
+    std::map<quint8, QString> numbers;
+    for (const model::QObject& object : m_scratch->LoadedObjects()) {
+        const auto [first, isFirst] = numbers.try_emplace(object.Number, object.Name);
+        if (!isFirst) {
+            Add("Display", object.Id, "d_Number",
+                ObjectText(object.Name) +
+                    QStringLiteral("number %1 is also that of '%2'.").arg(object.Number).arg(first->second));
+        }
+        if (object.Address == BroadcastAddress) {
+            Add("Display", object.Id, "d_Address",
+                ObjectText(object.Name) + QStringLiteral("address 127 is that of the broadcast."));
+        }
+        if (object.Type == model::Hub && object.Address > encoding::LargestSmallNumber) {
+            Add("Display", object.Id, "d_Address",
+                ObjectText(object.Name) +
+                    QStringLiteral("nothing can be sent to address %1, only to 0 to 207.").arg(object.Address));
+        }
+        const bool hasDirections = object.Type == model::Counter || object.Type == model::Display;
+        if (hasDirections && object.Id > LargestDirectionId) {
+            Add("Display", object.Id, "d_Name",
+                ObjectText(object.Name) +
+                    QStringLiteral("no direction can be stored for it, since its key %1 is above 32767.")
+                        .arg(object.Id));
+        }
+    }
+}
+
+void InstallationCheck::CheckHubs() {
+    std::map<qint32, int> members;
+    for (const model::QObject& object : m_scratch->LoadedObjects()) {
+        if (object.HubId == 0)
+            continue;
+        const qint16 index = m_scratch->FindObjectById(object.HubId);
+        const model::QObject* hub = index < 0 ? nullptr : &m_scratch->QObjects[static_cast<std::size_t>(index)];
+        if (!hub || hub->Type != model::Hub) {
+            Add("Display", object.Id, "d_Name",
+                ObjectText(object.Name) + QStringLiteral("the hub that it stands behind is not loaded."));
+        } else if (++members[object.HubId] > model::HubMembers) {
+            Add("Display", object.Id, "d_Name",
+                ObjectText(object.Name) + QStringLiteral("hub '%1' has 16 devices already.").arg(hub->Name));
+        }
+    }
+}
+
+void InstallationCheck::CheckBlock() {
+    const std::vector<BlockFault> faults = BlockFaults(*m_scratch);
+    for (const BlockFault& fault : faults)
+        m_findings.push_back({fault.text, QString::fromLatin1(TableOf(fault.of)), fault.id, fault.field});
+    const auto objects = m_scratch->LoadedObjects();
+    const bool hasHub =
+        std::any_of(objects.begin(), objects.end(), [](const model::QObject& o) { return o.Type == model::Hub; });
+    if (!faults.empty() || !hasHub)
+        return;
+    const qsizetype length = BuildHubConfig(*m_scratch).size();
+    if (length > LongestData) {
+        Add("", 0, "",
+            QStringLiteral("The configuration of the hubs has %1 characters; above 254 the length field of its frame "
+                           "wraps.")
+                .arg(length));
+    }
+}

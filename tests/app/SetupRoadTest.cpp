@@ -1,0 +1,230 @@
+#include "app/Program.h"
+
+#include "setup/frmQueue.h"
+#include "simulator/BusInstallation.h"
+#include "simulator/SimulatedBus.h"
+#include "station/Station.h"
+#include "tests/support/Files.h"
+#include "tests/support/TestClock.h"
+#include "tests/support/TestDialogs.h"
+#include "tests/support/WindowDriver.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QLabel>
+#include <QTemporaryDir>
+
+namespace {
+
+/// An installer's evening: from the empty store that the first start makes, through all four tabs, to configured
+/// devices.
+class SetupRoadTest : public ::testing::Test {
+protected:
+    void Start(bool hasPort) {
+        m_dialogs.emplace();
+        m_dialogs->ExpectChoice(m_store);
+        if (!hasPort)
+            m_dialogs->ExpectMessage(BoxKind::Critical, QStringLiteral("COM port used by another program!"));
+        m_program = std::make_unique<Program>(m_folder.path(), m_clock, *m_dialogs);
+        Await(m_program->Main());
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* window = qobject_cast<frmQueue*>(widget))
+                m_window = window;
+        }
+        m_window->resize(1280, 800);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(m_window));
+        m_hands.emplace(*m_window);
+    }
+
+    void End() {
+        m_window->close();
+        m_program.reset();
+    }
+
+    void GoToTab(int number) const {
+        QTest::keyClick(m_window, static_cast<Qt::Key>(Qt::Key_0 + number), Qt::AltModifier);
+        QApplication::processEvents();
+    }
+
+    /// Types a new record into the blank row, cell by cell from the first one on with Tab.
+    static void Enter(DataGrid& grid, int column, const QStringList& texts) {
+        WindowDriver::Click(grid, grid.model()->rowCount() - 1, column);
+        for (qsizetype i = 0; i < texts.size(); ++i) {
+            WindowDriver::Keys(texts[i]);
+            WindowDriver::Press(i + 1 == texts.size() ? Qt::Key_Return : Qt::Key_Tab);
+        }
+    }
+
+    std::string Column(const char* grid, int column) const { return WindowDriver::Column(m_hands->Grid(grid), column); }
+
+    void EnterServices() const {
+        DataGrid& services = m_hands->Grid("TDBGridQueue");
+        Enter(services, 1, {QStringLiteral("G\u1EEDi ti\u1EC1n"), QStringLiteral("1"), QStringLiteral("Qu\u1EA7y $1")});
+        Enter(services, 1, {QStringLiteral("Loans"), QStringLiteral("2"), QStringLiteral("To $1")});
+        for (int row = 0; row < 2; ++row) {
+            WindowDriver::Type(services, row, 5, QString::number(row + 7));
+            WindowDriver::Choose(services, row, 6, QStringLiteral("Y"));
+        }
+    }
+
+    void EnterObjects() const {
+        DataGrid& objects = m_hands->Grid("TDBGridDisplay");
+        const struct {
+            const char16_t* name;
+            int number;
+            int address;
+            const char16_t* type;
+        } entered[] = {{u"Q1", 1, 1, u"C"},   {u"Q2", 2, 2, u"C"},   {u"P1", 11, 32, u"P"},
+                       {u"P2", 12, 33, u"P"}, {u"D1", 21, 40, u"D"}, {u"H1", 31, 64, u"H"}};
+        int row = 0;
+        for (const auto& [name, number, address, type] : entered) {
+            Enter(objects, 0, {QString::fromUtf16(name), QString::number(number), QString::number(address)});
+            WindowDriver::Choose(objects, row, 3, QString::fromUtf16(type));
+            WindowDriver::Choose(objects, row, 4, QStringLiteral("Y"));
+            ++row;
+        }
+    }
+
+    void AssignCounters() {
+        DataGrid& services = m_hands->Grid("TDBGridQueue");
+        DataGrid& objects = m_hands->Grid("TDBGridDisplay");
+        DataGrid& served = m_hands->Grid("TDBGridQD");
+        WindowDriver::Click(services, 0, 1);
+        WindowDriver::Click(objects, 0, 0);
+        m_hands->ClickButton("cmdNew");
+        WindowDriver::Drag(objects, 1, 0, served);
+        EXPECT_EQ(WindowDriver::Column(served, 2), "Q1|Q2");
+        WindowDriver::Click(services, 1, 1);
+        EXPECT_EQ(m_hands->Find<QLabel>("lblService").text(), QStringLiteral("Loans"));
+        EXPECT_EQ(WindowDriver::Column(served, 2), "");
+        WindowDriver::Drag(objects, 1, 1, served);
+        EXPECT_EQ(WindowDriver::Column(served, 2), "Q2");
+
+        m_dialogs->ExpectMessage(BoxKind::Exclamation, QStringLiteral("Counter was assigned. "));
+        m_hands->ClickButton("cmdNew");
+        m_dialogs->ExpectMessage(BoxKind::Exclamation, QStringLiteral("Could not add this type to service."));
+        WindowDriver::Drag(objects, 2, 0, served);
+        EXPECT_EQ(WindowDriver::Column(served, 2), "Q2");
+    }
+
+    void BuildPlan() {
+        DataGrid& list = m_hands->Grid("TDBGridDisplayList");
+        DataGrid& plan = m_hands->Grid("TDBGridPlan");
+        WindowDriver::Click(list, 2, 0);
+        m_hands->ClickButton("cmdPlan_0");
+        EXPECT_EQ(WindowDriver::Column(plan, 3), "11");
+        m_dialogs->ExpectQuestion(BoxKind::Exclamation,
+                                  QStringLiteral("This will delete all scan list. Do you want to continue?"), true);
+        m_hands->ClickButton("cmdAuto");
+        EXPECT_EQ(WindowDriver::Column(plan, 2), "Q1|Q2|P1|P2|D1|H1");
+        EXPECT_EQ(WindowDriver::Column(plan, 3), "1|2|3|4|5|6");
+        WindowDriver::Type(plan, 0, 3, QStringLiteral("9"));
+        WindowDriver::Click(plan, 5, 2);
+        m_hands->ClickButton("cmdPlan_1");
+        EXPECT_EQ(WindowDriver::Column(plan, 2), "Q2|P1|P2|D1|Q1");
+    }
+
+    void ChooseDirections() {
+        DataGrid& matrix = m_hands->Grid("TDBGrid1");
+        WindowDriver::Choose(matrix, 0, 1, QStringLiteral("L"));
+        WindowDriver::Choose(matrix, 0, 2, QStringLiteral("U"));
+        m_dialogs->ExpectMessage(BoxKind::Plain, QStringLiteral("Update Done."));
+        m_hands->ClickButton("cmdUpdate");
+    }
+
+    void AssignToHub() const {
+        DataGrid& free = m_hands->Grid("TDBGridCounters");
+        EXPECT_EQ(WindowDriver::Column(free, 0), "Q1|Q2|P1|P2|D1");
+        WindowDriver::Click(m_hands->Grid("TDBGridHUB"), 0, 0);
+        WindowDriver::Click(free, 3, 0);
+        m_hands->ClickButton("cmdAddCounterToHub");
+        WindowDriver::Drag(free, 1, 0, m_hands->Grid("TDBGridHubCounters"));
+        EXPECT_EQ(WindowDriver::Column(free, 0), "Q1|P1|D1");
+    }
+
+    void ExpectAllIsThere() const {
+        EXPECT_EQ(Column("TDBGridQueue", 1), "G\u00F6\u00FBi tie\u00E0n|Loans");
+        EXPECT_EQ(Column("TDBGridQueue", 3), "Qua\u00E0y $1|To $1");
+        EXPECT_EQ(Column("TDBGridQueue", 6), "Yes|Yes");
+        EXPECT_EQ(Column("TDBGridDisplay", 0), "Q1|Q2|P1|P2|D1|H1");
+        EXPECT_EQ(Column("TDBGridDisplay", 2), "1|2|32|33|40|64");
+        EXPECT_EQ(Column("TDBGridDisplay", 3), "Counter|Counter|Printer|Printer|Display|Hub");
+        EXPECT_EQ(Column("TDBGridQD", 2), "Q1|Q2");
+        GoToTab(2);
+        EXPECT_EQ(Column("TDBGridPlan", 2), "Q2|P1|P2|D1|Q1");
+        GoToTab(3);
+        EXPECT_EQ(Column("TDBGrid1", 0), "D1|--------");
+        EXPECT_EQ(Column("TDBGrid1", 1), "Left|None");
+        EXPECT_EQ(Column("TDBGrid1", 2), "Up|None");
+        GoToTab(4);
+        EXPECT_EQ(Column("TDBGridHubCounters", 0), "Q2|P2");
+        EXPECT_EQ(m_hands->Find<QPushButton>("cmdFindings").text(), QStringLiteral("Check: nothing found"));
+    }
+
+    void Command(const char* name, const QString& outcome) {
+        m_dialogs->ExpectMessage(BoxKind::Information, outcome);
+        m_window->findChild<QAction*>(QString::fromLatin1(name))->trigger();
+        EXPECT_TRUE(WaitUntil([this] { return !m_program->TheStation().IsBusy(); }, 30'000)) << name;
+    }
+
+    QTemporaryDir m_folder;
+    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
+    TestClock m_clock;
+    std::optional<TestDialogs> m_dialogs;
+    std::unique_ptr<Program> m_program;
+    frmQueue* m_window = nullptr;
+    std::optional<WindowDriver> m_hands;
+};
+
+} // namespace
+
+TEST_F(SetupRoadTest, FromAnEmptyStoreToConfiguredDevices) {
+    Start(false);
+    EnterServices();
+    EnterObjects();
+    AssignCounters();
+    GoToTab(2);
+    BuildPlan();
+    GoToTab(3);
+    ChooseDirections();
+    GoToTab(4);
+    AssignToHub();
+    End();
+
+    QString problem;
+    const auto installation = BusInstallation::Read(m_store, problem);
+    ASSERT_TRUE(installation.has_value()) << qPrintable(problem);
+    SimulatedBus bus(*installation);
+    ASSERT_EQ(bus.Open(), QString());
+    WriteFile(m_folder.filePath(QStringLiteral("Tallora.ini")),
+              "[Comm]\nDevice=" + bus.SlavePath().toUtf8() + "\nBaud=115200\n");
+    Start(true);
+    ExpectAllIsThere();
+
+    Command("mnSetServiceCfg", QStringLiteral("Set config to all objects OK."));
+    Command("mnSetHub", QStringLiteral("Set config to all HUBs OK."));
+    for (const int address : {32, 33}) {
+        const TicketPrinter& printer = *bus.FindAs<TicketPrinter>(address);
+        EXPECT_EQ(printer.Buttons(), (std::vector<quint8>{7, 8}));
+        const std::map<int, TicketPrinter::ServiceRow> rows = {{0,
+                                                                {0,
+                                                                 "G\xF6\xFB"
+                                                                 "i tie\xE0n",
+                                                                 "Qua\xE0y 1, 2"}},
+                                                               {1, {1, "Loans", "To 2"}}};
+        EXPECT_EQ(printer.ServiceRows(), rows) << address;
+    }
+    // Two services, counters 1 and 2 with their first services, printers 11 and 12, the display with Left and Up.
+    EXPECT_EQ(bus.FindAs<DeviceHub>(64)->Configuration(), QByteArray("21Na_Relt\0"
+                                                                     "2"
+                                                                     "1\x01\0"
+                                                                     "2\x01\0"
+                                                                     "2"
+                                                                     "110"
+                                                                     "220"
+                                                                     "2;P<Q"
+                                                                     "1X13",
+                                                                     33));
+    End();
+}
