@@ -319,6 +319,8 @@ void DataGrid::hideEvent(QHideEvent* event) {
 }
 
 void DataGrid::WriteCell(const QModelIndex& index, const QString& text) {
+    if (!m_records)
+        return;
     const QPersistentModelIndex cell(index);
     const GridModel::Error error = m_records->Write(index.row(), index.column(), text);
     if (!error) {
@@ -338,6 +340,11 @@ bool DataGrid::CommitOpenEditor() {
         }
     }
     return !HasRefusedText();
+}
+
+bool DataGrid::CommitAll(const QWidget& window) {
+    const QList<DataGrid*> grids = window.findChildren<DataGrid*>();
+    return std::all_of(grids.begin(), grids.end(), [](DataGrid* grid) { return grid->CommitOpenEditor(); });
 }
 
 void DataGrid::ResumeEdit() {

@@ -50,6 +50,9 @@ public:
     /// Writes what stands in an open editor. @return false if the store refuses it; `DataError` has come then.
     bool CommitOpenEditor();
 
+    /// Writes what stands in the open editors of all grids of a window. @return false if the store refuses some of it.
+    static bool CommitAll(const QWidget& window);
+
     /// The value in a column of the current row, empty for a null or if there is no row.
     QString CurrentText(int column) const;
     /// The same as a number, 0 for a null or if there is no row.

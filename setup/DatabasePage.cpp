@@ -48,12 +48,12 @@ void DatabasePage::SetUp() {
 
     connect(m_ui->TDBGridQueue, &DataGrid::CurrentRowChanged, this, &DatabasePage::LoadQueueDisplay);
     connect(m_ui->TDBGridQD, &DataGrid::RowDropped, this, &DatabasePage::AddServiceCounter);
-    connect(m_ui->cmdNew, &QPushButton::clicked, this, &DatabasePage::AddSelected);
-    connect(m_ui->cmdDelete, &QPushButton::clicked, this, &DatabasePage::RemoveServiceCounter);
-    connect(m_ui->cmdDelAll, &QPushButton::clicked, this, &DatabasePage::RemoveServiceCounters);
-    connect(m_ui->cmdTestConnect, &QPushButton::clicked, this, &DatabasePage::TestConnect);
-    connect(m_ui->cmdRefresh, &QPushButton::clicked, this, &DatabasePage::Refresh);
-    connect(m_ui->cmdEmpty, &QPushButton::clicked, this, &DatabasePage::Empty);
+    OnClick(m_ui->cmdNew, [this] { AddSelected(); });
+    OnClick(m_ui->cmdDelete, [this] { RemoveServiceCounter(); });
+    OnClick(m_ui->cmdDelAll, [this] { RemoveServiceCounters(); });
+    OnClick(m_ui->cmdTestConnect, [this] { TestConnect(); });
+    OnClick(m_ui->cmdRefresh, [this] { Refresh(); });
+    OnClick(m_ui->cmdEmpty, [this] { Empty(); });
     connect(m_ui->cmdCheck, &QPushButton::toggled, this, &DatabasePage::CheckWanted);
 }
 

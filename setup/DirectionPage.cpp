@@ -28,8 +28,8 @@ void DirectionPage::SetUp() {
     m_ui->TDBGrid1->SetRecords(&Records().directions);
     connect(&Records().directions, &GridModel::RecordsChanged, this, &DirectionPage::ShowUnstored);
     connect(&Records().directions, &GridModel::modelReset, this, &DirectionPage::ShowUnstored);
-    connect(m_ui->cmdUpdate, &QPushButton::clicked, this, &DirectionPage::Update);
-    connect(m_ui->cmdReloadDir, &QPushButton::clicked, this, &DirectionPage::Reload);
+    OnClick(m_ui->cmdUpdate, [this] { Update(); });
+    OnClick(m_ui->cmdReloadDir, [this] { Reload(); });
     ShowUnstored();
 }
 

@@ -35,10 +35,10 @@ void HubPage::SetUp() {
 
     connect(m_ui->TDBGridHUB, &DataGrid::CurrentRowChanged, this, &HubPage::LoadHubCounters);
     connect(m_ui->TDBGridHubCounters, &DataGrid::RowDropped, this, &HubPage::AddHubCounter);
-    connect(m_ui->cmdAddCounterToHub, &QPushButton::clicked, this, &HubPage::AddSelected);
-    connect(m_ui->cmdRemCounterFromHub, &QPushButton::clicked, this, &HubPage::RemoveCounter);
-    connect(m_ui->cmdRemAll, &QPushButton::clicked, this, &HubPage::RemoveAll);
-    connect(m_ui->cmdRefreshHub, &QPushButton::clicked, this, &HubPage::Refresh);
+    OnClick(m_ui->cmdAddCounterToHub, [this] { AddSelected(); });
+    OnClick(m_ui->cmdRemCounterFromHub, [this] { RemoveCounter(); });
+    OnClick(m_ui->cmdRemAll, [this] { RemoveAll(); });
+    OnClick(m_ui->cmdRefreshHub, [this] { Refresh(); });
 }
 
 void HubPage::ShowBusy(bool busy) {

@@ -26,11 +26,11 @@ void ScanPlanPage::SetUp() {
     m_ui->TDBGridDisplayList->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_ui->TDBGridPlan->SetRecords(&Records().rsPlanView);
 
-    connect(m_ui->cmdPlan_0, &QPushButton::clicked, this, &ScanPlanPage::Add);
-    connect(m_ui->cmdPlan_1, &QPushButton::clicked, this, &ScanPlanPage::Remove);
-    connect(m_ui->cmdPlan_2, &QPushButton::clicked, this, &ScanPlanPage::Clear);
-    connect(m_ui->cmdPlan_3, &QPushButton::clicked, this, [this] { Records().RequeryPlan(); });
-    connect(m_ui->cmdAuto, &QPushButton::clicked, this, &ScanPlanPage::BuildAuto);
+    OnClick(m_ui->cmdPlan_0, [this] { Add(); });
+    OnClick(m_ui->cmdPlan_1, [this] { Remove(); });
+    OnClick(m_ui->cmdPlan_2, [this] { Clear(); });
+    OnClick(m_ui->cmdPlan_3, [this] { Records().RequeryPlan(); });
+    OnClick(m_ui->cmdAuto, [this] { BuildAuto(); });
 }
 
 void ScanPlanPage::Add() {

@@ -1,9 +1,11 @@
 #include "setup/SetupPage.h"
 
+#include "platform/DataGrid.h"
 #include "setup/SetupRecords.h"
 #include "station/Station.h"
 
 #include <QPointer>
+#include <QPushButton>
 
 namespace {
 
@@ -18,6 +20,13 @@ void SetupPage::Use(Station& station, SetupRecords& records) {
     m_station = &station;
     m_records = &records;
     SetUp();
+}
+
+void SetupPage::OnClick(QPushButton* button, const std::function<void()>& action) {
+    connect(button, &QPushButton::clicked, this, [this, action] {
+        if (DataGrid::CommitAll(*window()))
+            action();
+    });
 }
 
 void SetupPage::Do(const Change& change, const Show& show) {

@@ -7,6 +7,7 @@
 
 #include <functional>
 
+class QPushButton;
 class SetupRecords;
 class Station;
 
@@ -32,6 +33,9 @@ protected:
 
     Station& TheStation() const { return *m_station; }
     SetupRecords& Records() const { return *m_records; }
+
+    /// Runs `action` at each click, once what stands in open editors is written; not if the store refuses that.
+    void OnClick(QPushButton* button, const std::function<void()>& action);
 
     /// Changes the store, shows what came of it, and tells in a box what the store refused.
     void Do(const Change& change, const Show& show);

@@ -84,6 +84,8 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
 
 frmQueue::~frmQueue() {
     ShowBusy(false);
+    // It is hidden with the window, when what it would tell is gone.
+    m_ui->dckCheck->disconnect(this);
 }
 
 std::vector<SetupPage*> frmQueue::Pages() const {
@@ -204,13 +206,8 @@ void frmQueue::AddLog1(const QString& text) {
     m_ui->fraTask_0->AddLog1(text);
 }
 
-bool frmQueue::CommitOpenEditors() {
-    const QList<DataGrid*> grids = findChildren<DataGrid*>();
-    return std::all_of(grids.begin(), grids.end(), [](DataGrid* grid) { return grid->CommitOpenEditor(); });
-}
-
 void frmQueue::Run(Operation operation) {
-    if (CommitOpenEditors())
+    if (DataGrid::CommitAll(*this))
         (m_station.*operation)();
 }
 
@@ -260,15 +257,16 @@ void frmQueue::KeepPlaces() {
 
 void frmQueue::closeEvent(QCloseEvent* event) {
     // A text that the store refuses must not go with the window, nor must directions that nobody stored.
-    if (!CommitOpenEditors()) {
+    if (!DataGrid::CommitAll(*this)) {
         event->ignore();
         return;
     }
     if (m_records->directions.IsChanged()) {
         event->ignore();
         m_ui->fraTask_2->SettleUnstored([window = QPointer(this)](bool settled) {
+            // Behind this event: a window that is closing cannot be closed.
             if (settled && window)
-                window->close();
+                QMetaObject::invokeMethod(window, &QWidget::close, Qt::QueuedConnection);
         });
         return;
     }

@@ -8,7 +8,6 @@
 
 #include <memory>
 
-class DataGrid;
 class QLabel;
 class QPushButton;
 class SetupPage;
@@ -51,8 +50,6 @@ private:
 
     /// Starts an operation of the station once what stands in open editors is written.
     void Run(Operation operation);
-    /// Writes what stands in open editors. @return false if the store refuses it.
-    bool CommitOpenEditors();
     std::vector<SetupPage*> Pages() const;
     void SetUpGrids();
     void SetUpTabKeys();

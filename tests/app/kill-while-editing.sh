@@ -13,6 +13,13 @@ fail() {
     exit 1
 }
 
+# Looks at one value of the store. usage: expect WHAT-IS-WRONG-ELSE QUERY VALUE
+expect() {
+    local found
+    found=$(sqlite3 "$store" "$2")
+    [ "$found" = "$3" ] || fail "$i" "$1: $found"
+}
+
 for ((i = 1; i <= times; ++i)); do
     "$program" "$store" 2> /dev/null &
     process=$!
@@ -23,11 +30,14 @@ for ((i = 1; i <= times; ++i)); do
     [ "$(sqlite3 "$store" 'PRAGMA integrity_check')" = ok ] || fail "$i" "the store is damaged"
     tables=$(sqlite3 "$store" "SELECT COUNT(*) FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite%'")
     [ "$tables" = 9 ] || fail "$i" "the store has $tables tables"
-    # One edit is one cell; the kill may fall between the two cells of one service, never within one.
-    torn=$(sqlite3 "$store" "SELECT COUNT(*) FROM Queue WHERE q_Number IS NOT NULL AND typeof(q_Number) <> 'integer'")
-    [ "$torn" = 0 ] || fail "$i" "$torn cells are torn"
+    # One edit is one cell, and one replacement is whole; the kill may fall between two of them, never within one.
+    expect "torn cells" "SELECT COUNT(*) FROM Queue WHERE q_Number IS NOT NULL AND typeof(q_Number) <> 'integer'" 0
+    expect "a store half emptied" "SELECT (SELECT COUNT(*) FROM Queue) > 0 <> ((SELECT COUNT(*) FROM Display) = 15)" 0
+    expect "half a scan plan" "SELECT COUNT(*) IN (0, 10, 15) AND COUNT(*) = IFNULL(MAX([Order]), 0) FROM ScanPlan" 1
+    expect "half the directions" "SELECT COUNT(*) IN (0, 25) AND COUNT(DISTINCT Dir_Id) < 2 FROM [Info-Direction]" 1
 done
 rows=$(sqlite3 "$store" "SELECT COUNT(*) FROM Queue")
-[ "$rows" -gt 0 ] || fail "$times" "nothing was ever written"
+plans=$(sqlite3 "$store" "SELECT seq FROM sqlite_sequence WHERE name = 'ScanPlan'")
+[ "$rows" -gt 0 ] && [ "$plans" -gt 1000 ] || fail "$times" "nothing was ever written"
 differing=$(sqlite3 "$store" "SELECT COUNT(*) FROM Queue WHERE q_Name <> q_Number")
-echo "$times kills, $rows services, $differing between two edits: every store whole"
+echo "$times kills, $rows services, $plans plan entries made in all, $differing between two edits: every store whole"

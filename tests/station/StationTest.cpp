@@ -181,3 +181,60 @@ TEST_F(StationTest, ABlockThatCannotBeEncodedIsNotSent) {
     Await(m_station.SetHubs());
     EXPECT_EQ(m_devices->Counts().Commands, 0U);
 }
+
+TEST_F(StationTest, TestConnectAsksTheObjectOnItsWayAndTellsWhetherItAnswered) {
+    OpenLine();
+    const QString unknown = QStringLiteral("Database not refresh, please restart application");
+    const QString noAddress = QStringLiteral("This object has no address to ask.");
+    m_station.reload.ReloadAll();
+    // The model does not know what was typed after it was loaded: a member that its hub does not list.
+    m_station.installation->QObjects[1].Number = 200;
+    m_station.installation->QObjects[2].Number = 201;
+    const struct {
+        std::optional<qint32> number;
+        std::optional<qint32> address;
+        bool listed;
+        bool silent;
+        QStringList boxes;
+        QByteArray command; ///< address and letter of each frame
+    } cases[] = {
+        {5, 1, true, false, {QStringLiteral("True")}, "1P"},
+        {5, 1, true, true, {QStringLiteral("False")}, "1P"},
+        {5, 32, true, false, {QStringLiteral("True")}, "PP"}, // the address is that of the cell
+        {201, 99, true, false, {QStringLiteral("True")}, "pN"},
+        {201, 99, true, true, {QStringLiteral("False")}, "pN"},
+        {201, 33, false, false, {unknown}, ""},
+        {77, 1, true, false, {unknown}, ""},
+        {std::nullopt, 1, true, false, {QStringLiteral("True"), unknown}, "1P"},
+        {std::nullopt, std::nullopt, true, false, {noAddress}, ""},
+        {5, 256, true, false, {noAddress}, ""},
+    };
+    for (const auto& [number, address, listed, silent, boxes, command] : cases) {
+        QByteArray sent;
+        const auto traced = ::QObject::connect(&m_station.bus, &Bus::FrameSent, [&](quint8, const QByteArray& frame) {
+            sent += frame.sliced(1, 1) + frame.sliced(5, 1);
+        });
+        m_station.installation->HubTable[3].Count = listed ? 1 : 0;
+        for (const int device : {1, 33})
+            m_devices->SetSilent(device, silent);
+        for (const QString& box : boxes)
+            m_dialogs.ExpectMessage(box.size() < 6 ? BoxKind::Plain : BoxKind::Exclamation, box);
+        Await(m_station.TestConnect(number, address));
+        EXPECT_EQ(sent, command);
+        ::QObject::disconnect(traced);
+    }
+}
+
+TEST_F(StationTest, ReloadingDirectionsLeavesFirstServicesAndHubTable) {
+    m_station.reload.ReloadAll();
+    model::Installation& installation = *m_station.installation;
+    installation.QObjects[0].FirstServiceIndex = 1;
+    installation.HubTable[3].Count = 7;
+    ASSERT_FALSE(m_station.database.Run({QStringLiteral("INSERT INTO [Info-Direction] VALUES (9, 1, 4)")}));
+    ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name = 'new' WHERE d_Id = 1")}));
+    Await(m_station.ReloadDirections());
+    EXPECT_EQ(installation.DirectionOf(9, 1), 4);
+    EXPECT_EQ(installation.QObjects[0].Name, QStringLiteral("new"));
+    EXPECT_EQ(installation.QObjects[0].FirstServiceIndex, 1);
+    EXPECT_EQ(installation.HubTable[3].Count, 7);
+}
