@@ -9,3 +9,6 @@ void BenchmarkPrinterLoad();
 
 /// Loading the installation with a million ticket rows, beside the same queries without indexes.
 void BenchmarkReload();
+
+/// Opening the setup window on 64 services and 64 objects, and its refresh.
+void BenchmarkGrids();

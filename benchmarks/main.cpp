@@ -1,10 +1,12 @@
 #include "benchmarks/Benchmarks.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 
-/// usage: orvex_benchmarks [transactions] [load] [reload]; without a name all of them.
+/// usage: orvex_benchmarks [transactions] [load] [reload] [grids]; without a name all of them.
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
+    // No window is looked at here.
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
     const QStringList names = QCoreApplication::arguments().mid(1);
     const auto isAsked = [&names](const char* name) { return names.isEmpty() || names.contains(QLatin1String(name)); };
     if (isAsked("transactions"))
@@ -13,5 +15,7 @@ int main(int argc, char** argv) {
         BenchmarkReload();
     if (isAsked("load"))
         BenchmarkPrinterLoad();
+    if (isAsked("grids"))
+        BenchmarkGrids();
     return 0;
 }
