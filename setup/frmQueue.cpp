@@ -107,16 +107,19 @@ void frmQueue::SetUpTabKeys() {
     const int count = m_ui->TabStrip1->count();
     for (int tab = 0; tab < count; ++tab) {
         const QKeySequence key(QStringLiteral("Alt+%1").arg(tab + 1));
-        connect(new QShortcut(key, this), &QShortcut::activated, this,
-                [this, tab] { m_ui->TabStrip1->setCurrentIndex(tab); });
+        connect(new QShortcut(key, this), &QShortcut::activated, this, [this, tab] { GoToTab(tab); });
         m_ui->TabStrip1->setTabToolTip(tab, key.toString());
     }
     // A grid would take these for itself.
     for (const auto& [key, step] : {std::pair(QStringLiteral("Ctrl+PgDown"), 1), {QStringLiteral("Ctrl+PgUp"), -1}}) {
-        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this, [this, count, step = step] {
-            m_ui->TabStrip1->setCurrentIndex((m_ui->TabStrip1->currentIndex() + count + step) % count);
-        });
+        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this,
+                [this, count, step = step] { GoToTab((m_ui->TabStrip1->currentIndex() + count + step) % count); });
     }
+}
+
+void frmQueue::GoToTab(int tab) {
+    m_ui->TabStrip1->setCurrentIndex(tab);
+    m_ui->TabStrip1->currentWidget()->findChild<DataGrid*>()->setFocus();
 }
 
 void frmQueue::SetUpStatusBar() {

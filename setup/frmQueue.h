@@ -56,7 +56,10 @@ private:
     void SetUpStatusBar();
     void SetUpCheck();
     void ShowBusy(bool busy);
+    /// What a tab that comes to the front wants.
     void ShowTab(int index);
+    /// Brings a tab to the front, with the keyboard in its first grid.
+    void GoToTab(int tab);
     void ShowFindings();
     void GoToFinding(int index);
     void RestorePlaces();

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Drives the station on a virtual display through its first use: open the demonstration database, look at the services,
+# Drives the station on a virtual display through its first use: open the demonstration database, look at its four tabs,
 # load every printer, close. Leaves screenshots in FOLDER/screenshots and fails if a printer was not loaded.
 # usage: drive-demo.sh FOLDER
 #   FOLDER  program folder with Orvex, Harbinet.mdb and Tallora.ini; the bus simulator runs and writes FOLDER/bus.txt
@@ -56,7 +56,12 @@ await_window "Open"
 picture 1-open
 xdotool key Return
 await_window "Setup Queue System"
-picture 2-services
+picture 2-database
+for tab in 2-scan-plan 3-main-display 4-hub-assignment; do
+    xdotool key "alt+${tab%%-*}"
+    picture "2-${tab#*-}"
+done
+xdotool key alt+1
 xdotool key alt+c
 sleep 0.3
 xdotool key Down Right

@@ -1,18 +1,8 @@
-#include "setup/frmQueue.h"
-#include "station/Station.h"
-#include "tests/support/StoreFile.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
-#include "tests/support/WindowDriver.h"
-
-#include <gtest/gtest.h>
+#include "tests/setup/SetupWindow.h"
 
 #include <QLabel>
 #include <QListWidget>
 #include <QSplitter>
-#include <QSqlQuery>
-#include <QSqlRecord>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -20,29 +10,24 @@ const QString MustSelect = QStringLiteral("Must Select Service and Counter in Li
 const QString RemoveAll = QStringLiteral("Are you sure to remove all counter from List ?");
 
 /// The four tabs on a store with two services, two counters, a printer, a display and a hub with one of the counters.
-class SetupPagesTest : public ::testing::Test {
+class SetupPagesTest : public SetupWindow {
 protected:
-    SetupPagesTest() {
-        MakeStore(
-            m_store,
-            {QStringLiteral("INSERT INTO Queue (q_Id, q_Number, q_On, q_Name) VALUES (1, 1, 1, 'A'), (2, 2, 1, "
-                            "'B')"),
-             QStringLiteral("INSERT INTO Display (d_Id, d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) VALUES "
-                            "(1, 1, 1, 'C1', 1, 0, 0), (2, 2, 2, 'C2', 1, 0, 5), (3, 3, 32, 'P', 1, 1, 0), "
-                            "(4, 4, 40, 'D', 1, 2, 0), (5, 5, 64, 'H', 1, 3, 0)"),
-             QStringLiteral("INSERT INTO [Queue-Display] (ID, q_Id, d_Id) VALUES (1, 1, 1), (2, 1, 2), (3, 2, "
-                            "1), (4, 99, 1)"),
-             QStringLiteral("INSERT INTO ScanPlan (ID, d_Id, [Order]) VALUES (1, 1, 2), (2, 2, 1), (3, 77, 3)"),
-             QStringLiteral("INSERT INTO [Info-Direction] VALUES (4, 1, 2)")});
-        m_station.database.OpenDatabase(m_store);
+    SetupPagesTest()
+        : SetupWindow(
+              {QStringLiteral("INSERT INTO Queue (q_Id, q_Number, q_On, q_Name) VALUES (1, 1, 1, 'A'), (2, 2, 1, "
+                              "'B')"),
+               QStringLiteral("INSERT INTO Display (d_Id, d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) VALUES "
+                              "(1, 1, 1, 'C1', 1, 0, 0), (2, 2, 2, 'C2', 1, 0, 5), (3, 3, 32, 'P', 1, 1, 0), "
+                              "(4, 4, 40, 'D', 1, 2, 0), (5, 5, 64, 'H', 1, 3, 0)"),
+               QStringLiteral("INSERT INTO [Queue-Display] (ID, q_Id, d_Id) VALUES (1, 1, 1), (2, 1, 2), (3, 2, "
+                              "1), (4, 99, 1)"),
+               QStringLiteral("INSERT INTO ScanPlan (ID, d_Id, [Order]) VALUES (1, 1, 2), (2, 2, 1), (3, 77, 3)"),
+               QStringLiteral("INSERT INTO [Info-Direction] VALUES (4, 1, 2)")}) {
         m_station.reload.ReloadAll();
     }
 
     void Show(int tab = 1) {
-        m_window = std::make_unique<frmQueue>(m_station);
-        m_window->show();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(m_window.get()));
-        m_hands.emplace(*m_window);
+        SetupWindow::Show();
         GoToTab(tab);
     }
 
@@ -54,38 +39,13 @@ protected:
     DataGrid& Grid(const char* name) const { return m_hands->Grid(name); }
     std::string Column(const char* grid, int column) const { return WindowDriver::Column(Grid(grid), column); }
 
+    std::string StoredText(const QString& query) { return Stored(query).toStdString(); }
+
     /// Clicks a button whose question is answered.
     void ClickAndAnswer(const char* button, BoxKind kind, const QString& question, bool yes) {
         m_dialogs.ExpectQuestion(kind, question, yes);
         m_hands->ClickButton(button);
     }
-
-    void Run(const QString& statement) {
-        const Database::Error error = m_station.database.Run({statement});
-        ASSERT_FALSE(error.has_value()) << qPrintable(*error);
-    }
-
-    /// The rows of a query, values joined by "," and rows by "|".
-    std::string Stored(const QString& query) {
-        QString problem;
-        QStringList rows;
-        auto result = m_station.database.Select({query}, problem);
-        while (result && result->next()) {
-            QStringList values;
-            for (int i = 0; i < result->record().count(); ++i)
-                values += result->value(i).isNull() ? QStringLiteral("null") : result->value(i).toString();
-            rows += values.join(u',');
-        }
-        return rows.join(u'|').toStdString();
-    }
-
-    QTemporaryDir m_folder;
-    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
-    TestClock m_clock;
-    TestDialogs m_dialogs;
-    Station m_station{m_folder.path(), m_clock, m_dialogs};
-    std::unique_ptr<frmQueue> m_window;
-    std::optional<WindowDriver> m_hands;
 };
 
 } // namespace
@@ -115,7 +75,7 @@ TEST_F(SetupPagesTest, CountersAreRemovedOneByOneAndTogetherAfterAQuestion) {
     EXPECT_EQ(Column("TDBGridQD", 2), "C1");
     ClickAndAnswer("cmdDelAll", BoxKind::Plain, RemoveAll, false);
     ClickAndAnswer("cmdDelAll", BoxKind::Plain, RemoveAll, true);
-    EXPECT_EQ(Stored(QStringLiteral("SELECT ID FROM [Queue-Display]")), "3|4");
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT ID FROM [Queue-Display]")), "3|4");
     m_hands->ClickButton("cmdDelete");
     m_hands->ClickButton("cmdDelAll");
     EXPECT_FALSE(m_station.reload.DbChanged);
@@ -154,9 +114,10 @@ TEST_F(SetupPagesTest, ColumnsAndChoicesOfTheObjects) {
         choices += QStringLiteral("%1 %2").arg(value).arg(text);
     EXPECT_EQ(choices.join(u'|'), QStringLiteral("3 Hub|2 Display|1 Printer|0 Counter"));
     WindowDriver::Type(objects, 5, 0, QStringLiteral("new"));
-    EXPECT_EQ(Stored(QStringLiteral("SELECT d_Name,d_Number,d_On,d_HubId,d_direction,d_VoiceLocal,d_Type FROM Display "
-                                    "WHERE d_Id = 6")),
-              "new,null,0,0,0,0,null");
+    EXPECT_EQ(
+        StoredText(QStringLiteral("SELECT d_Name,d_Number,d_On,d_HubId,d_direction,d_VoiceLocal,d_Type FROM Display "
+                                  "WHERE d_Id = 6")),
+        "new,null,0,0,0,0,null");
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Address takes a whole number from 0 to 255."));
     WindowDriver::Type(objects, 5, 2, QStringLiteral("256"));
     EXPECT_TRUE(WaitUntil([&] { return !objects.HasRefusedText() && WindowDriver::Editor(); }));
@@ -201,7 +162,7 @@ TEST_F(SetupPagesTest, ThePlanIsChangedByHandAndOrderedByTyping) {
     ClickAndAnswer("cmdPlan_2", BoxKind::Exclamation, question, false);
     EXPECT_EQ(Column("TDBGridPlan", 2), "Door|C2|C1");
     ClickAndAnswer("cmdPlan_2", BoxKind::Exclamation, question, true);
-    EXPECT_EQ(Stored(QStringLiteral("SELECT * FROM ScanPlan")), "");
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT * FROM ScanPlan")), "");
     m_hands->ClickButton("cmdPlan_1");
     EXPECT_EQ(Column("TDBGridPlan", 2), "");
 }
@@ -214,7 +175,7 @@ TEST_F(SetupPagesTest, ARefusedPlanLeavesTheOldOne) {
                              QStringLiteral("This will delete all scan list. Do you want to continue?"), true);
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
     m_hands->ClickButton("cmdAuto");
-    EXPECT_EQ(Stored(QStringLiteral("SELECT ID FROM ScanPlan")), "1|2|3");
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT ID FROM ScanPlan")), "1|2|3");
 }
 
 TEST_F(SetupPagesTest, DirectionsAreStoredTogetherAndNotForgottenInSilence) {
@@ -239,7 +200,7 @@ TEST_F(SetupPagesTest, DirectionsAreStoredTogetherAndNotForgottenInSilence) {
                        "RAISE(FAIL, 'disk full'); END"));
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
     m_hands->ClickButton("cmdUpdate");
-    EXPECT_EQ(Stored(QStringLiteral("SELECT * FROM [Info-Direction]")), "4,1,2");
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT * FROM [Info-Direction]")), "4,1,2");
     m_dialogs.ExpectQuestion(BoxKind::Exclamation, question, true);
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
     EXPECT_FALSE(m_window->close());
@@ -247,7 +208,7 @@ TEST_F(SetupPagesTest, DirectionsAreStoredTogetherAndNotForgottenInSilence) {
     m_dialogs.ExpectQuestion(BoxKind::Exclamation, question, true);
     m_window->close();
     EXPECT_TRUE(WaitUntil([this] { return !m_window->isVisible(); }));
-    EXPECT_EQ(Stored(QStringLiteral("SELECT * FROM [Info-Direction] ORDER BY d_Id")), "4,1,2|4,2,4");
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT * FROM [Info-Direction] ORDER BY d_Id")), "4,1,2|4,2,4");
     EXPECT_EQ(m_station.installation->DirectionOf(4, 2), 4);
 }
 
@@ -266,7 +227,7 @@ TEST_F(SetupPagesTest, TheMatrixTakesDevicesFromTheStoreAndDirectionsFromTheMode
     EXPECT_EQ(Column("TDBGrid1", 0), "--------");
     m_dialogs.ExpectMessage(BoxKind::Plain, QStringLiteral("Update Done."));
     m_hands->ClickButton("cmdUpdate");
-    EXPECT_EQ(Stored(QStringLiteral("SELECT * FROM [Info-Direction]")), "");
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT * FROM [Info-Direction]")), "");
 }
 
 TEST_F(SetupPagesTest, DevicesGoBehindTheHubAndBack) {
@@ -295,7 +256,7 @@ TEST_F(SetupPagesTest, DevicesGoBehindTheHubAndBack) {
     m_hands->ClickButton("cmdRefreshHub");
     EXPECT_EQ(m_station.installation->HubTable[4].Slots[0], 2);
     ClickAndAnswer("cmdRemAll", BoxKind::Plain, RemoveAll, true);
-    EXPECT_EQ(Stored(QStringLiteral("SELECT COUNT(*) FROM Display WHERE d_HubId <> 0")), "0");
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT COUNT(*) FROM Display WHERE d_HubId <> 0")), "0");
     EXPECT_FALSE(m_station.reload.DbChanged);
 
     Run(QStringLiteral("DELETE FROM Display"));

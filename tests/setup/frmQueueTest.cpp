@@ -1,26 +1,11 @@
-#include "setup/frmQueue.h"
-
-#include "platform/DataGrid.h"
 #include "platform/LogBox.h"
 #include "printers/VniText.h"
-#include "station/Station.h"
-#include "tests/support/StoreFile.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
-#include "tests/support/Waiting.h"
-#include "tests/support/WindowDriver.h"
-
-#include <gtest/gtest.h>
+#include "tests/setup/SetupWindow.h"
 
 #include <QAction>
 #include <QClipboard>
-#include <QComboBox>
 #include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTabWidget>
-#include <QTemporaryDir>
-#include <QTest>
 
 namespace {
 
@@ -31,25 +16,15 @@ constexpr int ButtonColumn = 5;
 constexpr int ActiveColumn = 6;
 
 /// The setup window on a store with two services, driven by keys and clicks.
-class frmQueueTest : public ::testing::Test {
+class frmQueueTest : public SetupWindow {
 protected:
-    frmQueueTest() {
-        MakeStore(m_store,
-                  {QStringLiteral("INSERT INTO Queue (q_Id, q_Number, q_Series, q_On, q_Name, q_Button) VALUES "
-                                  "(1, 2, 1000, 1, 'second', 5), (2, 1, 2000, 1, 'first', 6)")});
-        m_station.database.OpenDatabase(m_store);
-    }
+    frmQueueTest()
+        : SetupWindow({QStringLiteral("INSERT INTO Queue (q_Id, q_Number, q_Series, q_On, q_Name, q_Button) VALUES "
+                                      "(1, 2, 1000, 1, 'second', 5), (2, 1, 2000, 1, 'first', 6)")}) {}
 
     void Show() {
-        m_window = std::make_unique<frmQueue>(m_station);
+        SetupWindow::Show();
         ::QObject::connect(m_window.get(), &frmQueue::Closed, [this] { ++m_closed; });
-        m_window->show();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(m_window.get()));
-    }
-
-    template <typename Control>
-    Control& Find(const char* name) const {
-        return WindowDriver(*m_window).Find<Control>(name);
     }
 
     DataGrid& Grid() const { return Find<DataGrid>("TDBGridQueue"); }
@@ -69,23 +44,11 @@ protected:
 
     QString Shown(int row, int column) const { return WindowDriver::Shown(Grid(), row, column); }
 
-    /// What the store holds, rows in key order, values joined by "|".
-    QString Stored(const QString& fields) {
-        QString problem;
-        QStringList rows;
-        auto query =
-            m_station.database.Select({QStringLiteral("SELECT %1 FROM Queue ORDER BY q_Id").arg(fields)}, problem);
-        while (query && query->next())
-            rows += query->value(0).toString();
-        return rows.join(u'|');
+    /// A field of the services in key order, values joined by "|".
+    QString Stored(const QString& field) {
+        return SetupWindow::Stored(QStringLiteral("SELECT %1 FROM Queue ORDER BY q_Id").arg(field));
     }
 
-    QTemporaryDir m_folder;
-    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
-    TestClock m_clock;
-    TestDialogs m_dialogs;
-    Station m_station{m_folder.path(), m_clock, m_dialogs};
-    std::unique_ptr<frmQueue> m_window;
     int m_closed = 0;
 };
 

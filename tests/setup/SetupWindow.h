@@ -1,0 +1,63 @@
+#pragma once
+
+#include "setup/frmQueue.h"
+#include "station/Station.h"
+#include "tests/support/StoreFile.h"
+#include "tests/support/TestClock.h"
+#include "tests/support/TestDialogs.h"
+#include "tests/support/WindowDriver.h"
+
+#include <gtest/gtest.h>
+
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTemporaryDir>
+
+/// The setup window on a store of its own, worked by hand.
+class SetupWindow : public ::testing::Test {
+protected:
+    explicit SetupWindow(const QStringList& statements) {
+        MakeStore(m_store, statements);
+        m_station.database.OpenDatabase(m_store);
+    }
+
+    void Show() {
+        m_window = std::make_unique<frmQueue>(m_station);
+        m_window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(m_window.get()));
+        m_hands.emplace(*m_window);
+    }
+
+    template <typename Control>
+    Control& Find(const char* name) const {
+        return m_hands->Find<Control>(name);
+    }
+
+    void Run(const QString& statement) {
+        const Database::Error error = m_station.database.Run({statement});
+        ASSERT_FALSE(error.has_value()) << qPrintable(*error);
+    }
+
+    /// The rows of a query, values joined by "," and rows by "|".
+    QString Stored(const QString& query) {
+        QString problem;
+        QStringList rows;
+        auto result = m_station.database.Select({query}, problem);
+        EXPECT_TRUE(result.has_value()) << qPrintable(problem);
+        while (result && result->next()) {
+            QStringList values;
+            for (int i = 0; i < result->record().count(); ++i)
+                values += result->value(i).isNull() ? QStringLiteral("null") : result->value(i).toString();
+            rows += values.join(u',');
+        }
+        return rows.join(u'|');
+    }
+
+    QTemporaryDir m_folder;
+    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
+    TestClock m_clock;
+    TestDialogs m_dialogs;
+    Station m_station{m_folder.path(), m_clock, m_dialogs};
+    std::unique_ptr<frmQueue> m_window;
+    std::optional<WindowDriver> m_hands;
+};
