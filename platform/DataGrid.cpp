@@ -91,6 +91,8 @@ public:
 
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
         QStyledItemDelegate::initStyleOption(option, index);
+        // Only the grid with the keyboard shows its selection in full colour.
+        option->state.setFlag(QStyle::State_Active, m_grid->hasFocus());
         if (!static_cast<const GridModel*>(index.model())->MarkOf(index.row(), index.column()).isEmpty())
             option->backgroundBrush = QColor(0xFF, 0xE0, 0x9C);
     }
@@ -133,6 +135,10 @@ DataGrid::DataGrid(QWidget* parent)
     setSelectionMode(ExtendedSelection);
     setTabKeyNavigation(false);
     setAlternatingRowColors(true);
+    QPalette colours = palette();
+    colours.setColor(QPalette::Inactive, QPalette::Highlight, QColor(0xCF, 0xDF, 0xEF));
+    colours.setColor(QPalette::Inactive, QPalette::HighlightedText, colours.color(QPalette::Active, QPalette::Text));
+    setPalette(colours);
     verticalHeader()->setDefaultAlignment(Qt::AlignCenter);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
     horizontalHeader()->setHighlightSections(false);
