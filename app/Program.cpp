@@ -4,6 +4,8 @@
 #include "hubs/frmHUBCfg.h"
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
+#include "printers/frmDesignTicket.h"
+#include "printers/frmEditLogo.h"
 #include "setup/frmQueue.h"
 #include "station/Station.h"
 #include "utilities/frmSetPort.h"
@@ -41,6 +43,9 @@ QCoro::Task<> Program::Main() {
     station.options = ReadOptions(station.ini, station.log);
     station.log.WriteLog(QStringLiteral("---System Initialize.."));
     station.line.LoadCommSettings();
+    co_await station.forms.LoadLetters();
+    if (m_exiting)
+        co_return;
     station.log.WriteLog(QStringLiteral("before DBOpen.."));
 
     const QString path = co_await ChooseDatabase();
@@ -94,6 +99,7 @@ void Program::ShowSetupWindow() {
     connect(m_setupWindow.get(), &frmQueue::PortChoiceWanted, this, &Program::ShowPortWindow);
     connect(m_setupWindow.get(), &frmQueue::HubOptionWanted, this,
             [this] { (new frmHUBCfg(m_station->hubOption, m_setupWindow.get()))->show(); });
+    connect(m_setupWindow.get(), &frmQueue::TicketDesignWanted, this, &Program::ShowTicketDesigner);
     connect(m_setupWindow.get(), &frmQueue::Closed, this, [this] { ExitSystem(); });
 }
 
@@ -105,6 +111,17 @@ void Program::ShowPortWindow() {
         connect(m_portWindow.get(), &QDialog::rejected, this, [this] { m_portWindow.release()->deleteLater(); });
     }
     m_portWindow->show();
+}
+
+void Program::ShowTicketDesigner() {
+    auto* designer = new frmDesignTicket(m_station->forms, *m_station->installation, m_dialogs, m_setupWindow.get());
+    connect(designer, &frmDesignTicket::LogoEditorWanted, this, [this, designer] {
+        auto* editor = new frmEditLogo(m_station->forms, m_dialogs, designer);
+        // What it has saved can be used in the form.
+        connect(editor, &QObject::destroyed, designer, &frmDesignTicket::ListLogos);
+        editor->show();
+    });
+    designer->show();
 }
 
 QCoro::Task<> Program::ExitSystem() {

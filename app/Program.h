@@ -42,6 +42,7 @@ private:
     void InstallEmptyDatabase(const QString& path);
     void ShowSetupWindow();
     void ShowPortWindow();
+    void ShowTicketDesigner();
 
     Clock& m_clock;
     Dialogs& m_dialogs;

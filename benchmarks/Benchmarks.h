@@ -12,3 +12,6 @@ void BenchmarkReload();
 
 /// Opening the setup window on 64 services and 64 objects, and its refresh.
 void BenchmarkGrids();
+
+/// Compiling, rendering and sending a full ticket form, and its rich text file.
+void BenchmarkForms();

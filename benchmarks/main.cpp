@@ -2,7 +2,7 @@
 
 #include <QApplication>
 
-/// usage: orvex_benchmarks [transactions] [load] [reload] [grids]; without a name all of them.
+/// usage: orvex_benchmarks [transactions] [load] [reload] [grids] [forms]; without a name all of them.
 int main(int argc, char** argv) {
     // No window is looked at here.
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -17,5 +17,7 @@ int main(int argc, char** argv) {
         BenchmarkPrinterLoad();
     if (isAsked("grids"))
         BenchmarkGrids();
+    if (isAsked("forms"))
+        BenchmarkForms();
     return 0;
 }

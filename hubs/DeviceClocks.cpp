@@ -29,6 +29,7 @@ QCoro::Task<bool> DeviceClocks::SendToAll(model::ObjectType type, char letter, Q
         const model::QObject& object = m_installation.QObjects[static_cast<std::size_t>(i)];
         if (object.Type != type)
             continue;
+        OnDevice(object.Name);
         const Reply reply = co_await m_bus.SendCommand(object.Address, letter, data, Bus::DirectTimeout, OneTry);
         all = all && reply.ok;
     }

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 
 #include <qcoro/qcorotask.h>
+
+#include <functional>
 
 class Bus;
 class Clock;
@@ -21,6 +24,9 @@ class DeviceClocks {
 public:
     /// The references must outlive this object.
     DeviceClocks(Bus& bus, const model::Installation& installation, const Clock& clock);
+
+    /// Called with the name of each device before something is sent to it.
+    std::function<void(const QString&)> OnDevice = [](const QString&) {};
 
     QCoro::Task<bool> SetHubTime();
     QCoro::Task<bool> SetAllPrinterTimes();

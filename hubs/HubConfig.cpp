@@ -71,6 +71,8 @@ QByteArray List(const std::vector<const model::QObject*>& objects,
 } // namespace
 
 std::vector<BlockFault> BlockFaults(const model::Installation& installation) {
+    if (OfType(installation, model::Hub).empty())
+        return {};
     Faults faults;
     for (const model::QService& service : installation.LoadedServices()) {
         const QString who = QStringLiteral("Service '%1'").arg(service.Name);
@@ -156,6 +158,7 @@ QCoro::Task<bool> HubConfig::SetHubConfig() {
         const model::QObject& object = m_installation.QObjects[static_cast<std::size_t>(i)];
         if (object.Type != model::Hub)
             continue;
+        OnDevice(object.Name);
         const bool answered = co_await SendHubConfig(object.Address, block);
         all = all && answered;
     }

@@ -5,6 +5,7 @@
 
 #include <qcoro/qcorotask.h>
 
+#include <functional>
 #include <vector>
 
 class Bus;
@@ -24,7 +25,7 @@ struct BlockFault {
 };
 
 /// All services, objects and directions with a number that one character (0 to 207), or a series that two bytes
-/// (0 to 65535) cannot carry.
+/// (0 to 65535) cannot carry. Nothing without a hub, since nobody gets the block then.
 std::vector<BlockFault> BlockFaults(const model::Installation& installation);
 
 /// The configuration block, the data of command `L`, stuffed, of an installation without faults. Before stuffing:
@@ -49,6 +50,9 @@ class HubConfig {
 public:
     /// The references must outlive this object.
     HubConfig(Bus& bus, const model::Installation& installation);
+
+    /// Called with the name of each hub before the block is sent to it.
+    std::function<void(const QString&)> OnDevice = [](const QString&) {};
 
     /// The member list of a hub. @param object its index in `QObjects`.
     QByteArray MemberList(qint16 object) const;

@@ -5,7 +5,6 @@
 #include <QComboBox>
 #include <QHeaderView>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QStyledItemDelegate>
 
@@ -62,6 +61,25 @@ private:
     QString m_before;
 };
 
+/// A list editor. What is chosen with the mouse is final; keys go through the list until Enter, Tab or a click
+/// elsewhere.
+class CellBox final : public QComboBox {
+public:
+    using QComboBox::QComboBox;
+
+    bool IsUsingKeys() const { return m_isUsingKeys; }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        m_isUsingKeys = true;
+        QComboBox::keyPressEvent(event);
+        m_isUsingKeys = false;
+    }
+
+private:
+    bool m_isUsingKeys = false;
+};
+
 /// Makes the editors and writes what is left in them.
 class CellDelegate final : public QStyledItemDelegate {
 public:
@@ -77,11 +95,12 @@ public:
                 line->setMaxLength(column.maxLength);
             return line;
         }
-        auto* box = new QComboBox(parent);
+        auto* box = new CellBox(parent);
         for (const auto& [value, text] : column.values)
             box->addItem(text, QString::number(value));
-        // A choice is final: no second key is needed.
         connect(box, &QComboBox::activated, this, [this, box] {
+            if (box->IsUsingKeys())
+                return;
             auto* self = const_cast<CellDelegate*>(this);
             Q_EMIT self->commitData(box);
             Q_EMIT self->closeEditor(box);
@@ -102,7 +121,7 @@ public:
         if (auto* line = dynamic_cast<CellEdit*>(editor))
             line->Begin(text);
         else if (auto* box = qobject_cast<QComboBox*>(editor))
-            box->setCurrentIndex(std::max(box->findText(index.data(Qt::DisplayRole).toString()), 0));
+            box->setCurrentIndex(box->findText(index.data(Qt::DisplayRole).toString()));
     }
 
     void setModelData(QWidget* editor, QAbstractItemModel*, const QModelIndex& index) const override {
@@ -114,8 +133,8 @@ public:
 
 private:
     void WriteChoice(const QModelIndex& index, const QComboBox& box) const {
-        // An untouched box must not turn a value of another form, or none at all, into its first line.
-        if (box.currentText() != index.data(Qt::DisplayRole).toString())
+        // An untouched box must not turn a value of another form, or none at all, into one of its lines.
+        if (box.currentIndex() >= 0 && box.currentText() != index.data(Qt::DisplayRole).toString())
             m_grid->WriteCell(index, box.currentData().toString());
     }
 
@@ -129,7 +148,8 @@ private:
 } // namespace
 
 DataGrid::DataGrid(QWidget* parent)
-    : QTableView(parent) {
+    : QTableView(parent)
+    , m_drag(viewport()) {
     setItemDelegate(new CellDelegate(this));
     setEditTriggers(DoubleClicked | EditKeyPressed | AnyKeyPressed);
     setSelectionMode(ExtendedSelection);
@@ -270,57 +290,34 @@ void DataGrid::startDrag(Qt::DropActions) {
     const QModelIndex cell = currentIndex();
     if (!cell.isValid() || m_records->IsNewRow(cell.row()))
         return;
-    // Followed by the grid itself, since the toolkit's own drag runs an event loop within this call.
-    m_dragLabel = new QLabel(cell.data().toString(), window());
-    m_dragLabel->setFont(font());
-    m_dragLabel->setMargin(3);
-    m_dragLabel->setAutoFillBackground(true);
-    m_dragLabel->setBackgroundRole(QPalette::Highlight);
-    m_dragLabel->setForegroundRole(QPalette::HighlightedText);
-    m_dragLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
-    m_dragLabel->adjustSize();
-    FollowDrag(QCursor::pos());
-    m_dragLabel->show();
+    m_drag.Begin(cell.data().toString(), font());
 }
 
 DataGrid* DataGrid::DropTargetAt(QPoint place) const {
-    QWidget* widget = window()->childAt(window()->mapFromGlobal(place));
-    while (widget && !qobject_cast<DataGrid*>(widget))
-        widget = widget->parentWidget();
-    auto* grid = qobject_cast<DataGrid*>(widget);
+    auto* grid = m_drag.Under<DataGrid>(place);
     return grid && grid->m_dragSource == this ? grid : nullptr;
 }
 
-void DataGrid::FollowDrag(QPoint place) {
-    m_dragLabel->move(window()->mapFromGlobal(place) + QPoint(12, 12));
-    m_dragLabel->raise();
-    viewport()->setCursor(DropTargetAt(place) ? Qt::DragCopyCursor : Qt::ForbiddenCursor);
-}
-
-void DataGrid::EndDrag() {
-    delete m_dragLabel;
-    viewport()->unsetCursor();
-}
-
 void DataGrid::mouseMoveEvent(QMouseEvent* event) {
-    if (m_dragLabel)
-        FollowDrag(event->globalPosition().toPoint());
+    const QPoint place = event->globalPosition().toPoint();
+    if (m_drag.IsRunning())
+        m_drag.Follow(place, DropTargetAt(place));
     else
         QTableView::mouseMoveEvent(event);
 }
 
 void DataGrid::mouseReleaseEvent(QMouseEvent* event) {
-    if (!m_dragLabel) {
+    if (!m_drag.IsRunning()) {
         QTableView::mouseReleaseEvent(event);
         return;
     }
-    EndDrag();
+    m_drag.End();
     if (DataGrid* target = DropTargetAt(event->globalPosition().toPoint()))
         Q_EMIT target->RowDropped();
 }
 
 void DataGrid::hideEvent(QHideEvent* event) {
-    EndDrag();
+    m_drag.End();
     QTableView::hideEvent(event);
 }
 
@@ -380,10 +377,10 @@ void DataGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint h
 }
 
 void DataGrid::keyPressEvent(QKeyEvent* event) {
-    const bool isPlain = event->modifiers() == Qt::NoModifier;
-    if (m_dragLabel) {
+    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    if (m_drag.IsRunning()) {
         if (event->key() == Qt::Key_Escape)
-            EndDrag();
+            m_drag.End();
     } else if (event->matches(QKeySequence::Copy)) {
         CopyCell();
     } else if (event->matches(QKeySequence::Paste)) {

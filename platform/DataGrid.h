@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/GridModel.h"
+#include "platform/InnerDrag.h"
 
 #include <QPersistentModelIndex>
 #include <QPointer>
@@ -8,8 +9,6 @@
 
 #include <functional>
 #include <optional>
-
-class QLabel;
 
 /// What goes into a cell's editor in place of typed or pasted characters.
 struct GridInsertion {
@@ -102,8 +101,6 @@ private:
     void FitColumns();
     int FittingWidth(int column) const;
     DataGrid* DropTargetAt(QPoint place) const;
-    void FollowDrag(QPoint place);
-    void EndDrag();
     void EditRefusedText();
     void DeleteSelected();
     void CopyCell();
@@ -111,7 +108,7 @@ private:
 
     QPointer<GridModel> m_records;
     const DataGrid* m_dragSource = nullptr;
-    QPointer<QLabel> m_dragLabel; ///< what is dragged, while it is
+    InnerDrag m_drag;
     QVariant m_currentKey;
     int m_currentRow = 0;
     std::optional<int> m_currentColumn;

@@ -10,6 +10,9 @@
 /// The kinds of modal box: the icon that a message or a question bears.
 enum class BoxKind { Plain, Information, Exclamation, Critical };
 
+/// Answer to a question that may be put off.
+enum class Answer { Yes, No, Cancel };
+
 /// A box that shows how far a long piece of work is. Going out of scope closes it.
 class ProgressBox {
 public:
@@ -34,9 +37,16 @@ public:
     /// Asks `question` with the buttons Yes and No. Closing the box counts as No.
     virtual QCoro::Task<bool> AskYesNo(BoxKind kind, QString question) = 0;
 
+    /// Asks `question` with the buttons Yes, No and Cancel. Closing the box counts as Cancel.
+    virtual QCoro::Task<Answer> AskYesNoCancel(BoxKind kind, QString question) = 0;
+
     /// Lets the user choose an existing file. `filter` has the form "Text of all *.mdb|*.mdb"; `suggested` is the file
     /// that the dialog offers first. Empty if the user cancelled.
     virtual QCoro::Task<QString> ChooseFile(QString filter, QString suggested) = 0;
+
+    /// Lets the user name a file to save to, after asking whether an existing one may be replaced. `filter` as for
+    /// `ChooseFile`, `folder` is where the dialog begins. Empty if the user cancelled.
+    virtual QCoro::Task<QString> ChooseSaveFile(QString filter, QString folder) = 0;
 
     /// Opens a progress box with a Cancel button.
     virtual std::unique_ptr<ProgressBox> ShowProgress(const QString& text) = 0;

@@ -32,7 +32,21 @@ QMessageBox* MakeBox(BoxKind kind, const QString& text, QMessageBox::StandardBut
     auto* box = new QMessageBox(IconOf(kind), Title(), text, buttons, QApplication::activeWindow());
     box->setObjectName(QStringLiteral("messageBox"));
     box->setTextFormat(Qt::PlainText);
+    // Names in the text have the letters of the window's font.
+    if (const QWidget* parent = box->parentWidget())
+        box->setFont(parent->font());
     return box;
+}
+
+/// @param filter "Text of all *.mdb|*.mdb"
+QFileDialog* MakeFileDialog(const QString& title, const QString& folder, const QString& filter) {
+    auto* dialog = new QFileDialog(QApplication::activeWindow(), title, folder);
+    dialog->setObjectName(QStringLiteral("fileDialog"));
+    dialog->setNameFilter(
+        QStringLiteral("%1 (%2)").arg(filter.section(u'|', 0, 0).trimmed(), filter.section(u'|', 1).trimmed()));
+    // The text of the filter tells the pattern itself.
+    dialog->setOption(QFileDialog::HideNameFilterDetails);
+    return dialog;
 }
 
 class WindowProgress final : public ProgressBox {
@@ -101,20 +115,36 @@ QCoro::Task<bool> WindowDialogs::AskYesNo(BoxKind kind, QString question) {
     co_return result == QMessageBox::Yes;
 }
 
-QCoro::Task<QString> WindowDialogs::ChooseFile(QString filter, QString suggested) {
-    const QFileInfo file(suggested);
-    auto* dialog = new QFileDialog(QApplication::activeWindow(), QObject::tr("Open"), file.absolutePath());
-    dialog->setObjectName(QStringLiteral("fileDialog"));
-    dialog->setFileMode(QFileDialog::ExistingFile);
-    dialog->setNameFilter(QStringLiteral("%1 (%2)").arg(filter.section(u'|', 0, 0), filter.section(u'|', 1)));
-    // The text of the filter tells the pattern itself.
-    dialog->setOption(QFileDialog::HideNameFilterDetails);
-    dialog->selectFile(file.fileName());
+QCoro::Task<Answer> WindowDialogs::AskYesNoCancel(BoxKind kind, QString question) {
+    QMessageBox* box = MakeBox(kind, question, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+    box->setDefaultButton(QMessageBox::Yes);
+    const int result = co_await Run(box);
+    co_return result == QMessageBox::Yes ? Answer::Yes : result == QMessageBox::No ? Answer::No : Answer::Cancel;
+}
+
+QCoro::Task<QString> WindowDialogs::RunFileDialog(QFileDialog* dialog) {
     const QPointer<QFileDialog> guarded(dialog);
     const int result = co_await Run(dialog);
     QString chosen;
     if (result == QDialog::Accepted && guarded && !guarded->selectedFiles().isEmpty())
         chosen = guarded->selectedFiles().constFirst();
+    co_return chosen;
+}
+
+QCoro::Task<QString> WindowDialogs::ChooseFile(QString filter, QString suggested) {
+    const QFileInfo file(suggested);
+    QFileDialog* dialog = MakeFileDialog(QObject::tr("Open"), file.absolutePath(), filter);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->selectFile(file.fileName());
+    const QString chosen = co_await RunFileDialog(dialog);
+    co_return chosen;
+}
+
+QCoro::Task<QString> WindowDialogs::ChooseSaveFile(QString filter, QString folder) {
+    QFileDialog* dialog = MakeFileDialog(QObject::tr("Save"), folder, filter);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setDefaultSuffix(filter.section(u'.', -1));
+    const QString chosen = co_await RunFileDialog(dialog);
     co_return chosen;
 }
 

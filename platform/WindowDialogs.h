@@ -6,6 +6,7 @@
 #include <QPointer>
 
 class QDialog;
+class QFileDialog;
 template <typename T>
 class Completion;
 
@@ -16,7 +17,9 @@ public:
 
     QCoro::Task<> ShowMessage(BoxKind kind, QString text) override;
     QCoro::Task<bool> AskYesNo(BoxKind kind, QString question) override;
+    QCoro::Task<Answer> AskYesNoCancel(BoxKind kind, QString question) override;
     QCoro::Task<QString> ChooseFile(QString filter, QString suggested) override;
+    QCoro::Task<QString> ChooseSaveFile(QString filter, QString folder) override;
     std::unique_ptr<ProgressBox> ShowProgress(const QString& text) override;
     void Close() override;
 
@@ -28,6 +31,9 @@ private:
 
     /// Opens the dialog and waits until it is closed, then disposes of it. @return its result, 0 if it was rejected.
     QCoro::Task<int> Run(QDialog* dialog);
+
+    /// The file that the user chose, empty if he cancelled.
+    QCoro::Task<QString> RunFileDialog(QFileDialog* dialog);
 
     QList<OpenDialog> m_open;
     bool m_closed = false;

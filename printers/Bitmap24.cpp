@@ -33,6 +33,10 @@ std::optional<Bitmap24> LoadBitmap24(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return Bitmap24();
+    return ReadBitmap24(file);
+}
+
+std::optional<Bitmap24> ReadBitmap24(QIODevice& file) {
     const QByteArray header = file.read(HeaderSize);
     if (!header.startsWith("BM"))
         return Bitmap24();

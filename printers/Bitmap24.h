@@ -5,6 +5,8 @@
 
 #include <optional>
 
+class QIODevice;
+
 /// The pixels of a Windows bitmap with 24 bits a pixel.
 ///
 /// Rows from the bottom of the picture to the top, each padded to a multiple of four bytes; in a row the pixels from
@@ -42,6 +44,8 @@ QString LogoTooLargeText();
 /// @return nothing for an offset above 54, a height or width below 0, fewer bytes than the pixels need, or pixels of
 /// more than 100,000,000 bytes.
 std::optional<Bitmap24> LoadBitmap24(const QString& path);
+/// The same from an open file.
+std::optional<Bitmap24> ReadBitmap24(QIODevice& file);
 
 /// The file of a bitmap, with both headers in full.
 QByteArray BitmapFile(const Bitmap24& bitmap);

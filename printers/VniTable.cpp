@@ -24,23 +24,23 @@ constexpr char CapitalPage = 31;
 } // namespace
 
 std::optional<QString> VniTable::LoadVNITable(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        TakeRecords({});
+        return QStringLiteral("%1 cannot be read: %2").arg(path, file.errorString());
+    }
+    const std::optional<QString> fault = TakeRecords(file.read(Records * RecordLength));
+    return fault ? std::optional(QStringLiteral("%1 is damaged: %2").arg(path, *fault)) : std::nullopt;
+}
+
+std::optional<QString> VniTable::TakeRecords(const QByteArray& records) {
     m_records.clear();
     m_indexes.clear();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return QStringLiteral("%1 cannot be read: %2").arg(path, file.errorString());
-    const QByteArray records = file.read(Records * RecordLength);
-    if (records.size() < Records * RecordLength)
-        return QStringLiteral("%1 is damaged: it has %2 of %3 bytes.")
-            .arg(path)
-            .arg(records.size())
-            .arg(Records * RecordLength);
+    if (records.size() != Records * RecordLength)
+        return QStringLiteral("it has %1 of %2 bytes.").arg(records.size()).arg(Records * RecordLength);
     for (int i = 0; i < Records; ++i) {
         if (static_cast<quint8>(records[i * RecordLength + 2]) > MostColumns)
-            return QStringLiteral("%1 is damaged: letter %2 has more than %3 dot columns.")
-                .arg(path)
-                .arg(i + 1)
-                .arg(MostColumns);
+            return QStringLiteral("letter %1 has more than %2 dot columns.").arg(i + 1).arg(MostColumns);
     }
     m_records = records;
     // From the end on, so that the first record of a key is the one that stays.

@@ -24,6 +24,9 @@ public:
     /// Reads the table. @return what is wrong with the file, nothing if it is good; the table is empty then.
     std::optional<QString> LoadVNITable(const QString& path);
 
+    /// Takes the records as they stand in the file. @return what is wrong with them.
+    std::optional<QString> TakeRecords(const QByteArray& records);
+
     bool IsLoaded() const { return !m_records.isEmpty(); }
 
     /// Index of the first record with that key, of one or two bytes; -1 if there is none.

@@ -91,12 +91,17 @@ void DatabasePage::Empty() {
 }
 
 void DatabasePage::TestConnect() {
+    // The focus must not wander to a list in which Delete deletes.
+    setFocus();
     m_ui->cmdTestConnect->setEnabled(false);
     TheStation()
         .TestConnect(NumberIn(*m_ui->TDBGridDisplay, ObjectNumber), NumberIn(*m_ui->TDBGridDisplay, ObjectAddress))
         .then([page = QPointer(this)] {
-            if (page)
-                page->m_ui->cmdTestConnect->setEnabled(true);
+            if (!page)
+                return;
+            page->m_ui->cmdTestConnect->setEnabled(true);
+            if (page->hasFocus())
+                page->m_ui->cmdTestConnect->setFocus();
         });
 }
 

@@ -81,8 +81,10 @@ void DirectionPage::SettleUnstored(const std::function<void(bool)>& done) {
     AskToStore(TheStation().dialogs).then([page = QPointer(this), done](bool yes) {
         if (!page)
             return;
-        if (!yes)
+        if (!yes) {
+            page->Records().directions.Clear();
             page->LoadDirectionGrid();
+        }
         done(!yes || page->UpdateDataDir());
     });
 }

@@ -38,10 +38,20 @@ QPixmap LinePicture(bool opened, int height, qreal scale) {
 }
 
 /// Shows a refused change and lets the user go on with the typed text.
-QCoro::Task<> TellDataError(Dialogs& dialogs, QString text, QPointer<DataGrid> grid) {
+QCoro::Task<> TellDataError(Dialogs& dialogs, QString text, QPointer<frmQueue> window, QPointer<DataGrid> grid) {
     co_await dialogs.ShowMessage(BoxKind::Exclamation, text);
-    if (grid)
-        grid->ResumeEdit();
+    if (!window)
+        co_return;
+    // Behind what is going on: the text may have been refused while another tab came to the front.
+    QMetaObject::invokeMethod(
+        window,
+        [window, grid] {
+            if (!grid)
+                return;
+            window->BringToFront(*grid);
+            grid->ResumeEdit();
+        },
+        Qt::QueuedConnection);
 }
 
 } // namespace
@@ -70,6 +80,7 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     connect(m_ui->mnTDTime, &QAction::triggered, this, [this] { Run(&Station::SetPrinterClocks); });
     connect(m_ui->mnSetHub, &QAction::triggered, this, [this] { Run(&Station::SetHubs); });
     connect(m_ui->mnHubTime, &QAction::triggered, this, [this] { Run(&Station::SetHubClocks); });
+    SetUpTicketMenus();
     connect(&m_station, &Station::BusyChanged, this, &frmQueue::ShowBusy);
     connect(&m_station, &Station::ProgressChanged, m_progress, &QLabel::setText);
     connect(&m_station.line, &CommLine::StatusChanged, this, &frmQueue::SetCommStatus);
@@ -92,6 +103,26 @@ std::vector<SetupPage*> frmQueue::Pages() const {
     return {m_ui->fraTask_0, m_ui->fraTask_1, m_ui->fraTask_2, m_ui->fraTask_3};
 }
 
+void frmQueue::SetUpTicketMenus() {
+    PrinterFamily& family = m_station.forms.family;
+    const auto design = [this, &family](QAction* action, const std::function<void()>& choose) {
+        connect(action, &QAction::triggered, this, [this, &family, choose] {
+            family.PrinterZoneRich = family.PrinterT81 = false;
+            choose();
+            if (DataGrid::CommitAll(*this))
+                Q_EMIT TicketDesignWanted();
+        });
+    };
+    design(m_ui->mnSetTicketZR, [&family] { family.PrinterZoneRich = true; });
+    design(m_ui->mnT81, [&family] { family.PrinterT81 = true; });
+    design(m_ui->mnPRPFB9, [&family] { family.PrinterDB25 = false; });
+    design(m_ui->mnPRPDB25, [&family] { family.PrinterDB25 = true; });
+    connect(m_ui->mnSetTicket, &QMenu::aboutToShow, this,
+            [&family] { family.PrinterZoneRich = family.PrinterT81 = false; });
+    connect(m_ui->mnVNIFontZR, &QAction::triggered, this, [this] { m_station.LoadVniFont(true); });
+    connect(m_ui->mnVNIFont, &QAction::triggered, this, [this] { m_station.LoadVniFont(false); });
+}
+
 void frmQueue::SetUpGrids() {
     for (DataGrid* grid : findChildren<DataGrid*>()) {
         grid->SetTextHook([](QStringView before, const QString& typed) {
@@ -99,7 +130,7 @@ void frmQueue::SetUpGrids() {
             return GridInsertion{insertion.replaces, insertion.text};
         });
         connect(grid, &DataGrid::DataError, this,
-                [this, grid](const QString& text) { TellDataError(m_station.dialogs, text, grid); });
+                [this, grid](const QString& text) { TellDataError(m_station.dialogs, text, this, grid); });
     }
 }
 
@@ -157,11 +188,17 @@ void frmQueue::SetUpCheck() {
 
 void frmQueue::ShowFindings() {
     m_findings = m_station.check.FindFaults();
-    m_ui->lstFindings->clear();
+    // In place: a click that begins on a line must end on it.
+    QListWidget& list = *m_ui->lstFindings;
+    while (list.count() > static_cast<int>(m_findings.size()))
+        delete list.takeItem(list.count() - 1);
+    while (list.count() < static_cast<int>(m_findings.size()))
+        list.addItem(QString());
     std::vector<GridMark> services;
     std::vector<GridMark> objects;
-    for (const Finding& finding : m_findings) {
-        m_ui->lstFindings->addItem(finding.text);
+    for (std::size_t i = 0; i < m_findings.size(); ++i) {
+        const Finding& finding = m_findings[i];
+        list.item(static_cast<int>(i))->setText(finding.text);
         const GridMark mark{finding.key, finding.field, finding.text};
         if (finding.table == QStringLiteral("Queue"))
             services.push_back(mark);
@@ -215,8 +252,8 @@ void frmQueue::Run(Operation operation) {
 }
 
 void frmQueue::ShowBusy(bool busy) {
-    for (QAction* action :
-         {m_ui->mnSetServiceCfg, m_ui->mnTDTime, m_ui->mnSetHub, m_ui->mnSetHubCounter, m_ui->mnHubTime})
+    for (QAction* action : {m_ui->mnSetServiceCfg, m_ui->mnTDTime, m_ui->mnSetHub, m_ui->mnSetHubCounter,
+                            m_ui->mnHubTime, m_ui->mnTicket->menuAction(), m_ui->mnLoadFont->menuAction()})
         action->setEnabled(!busy);
     for (SetupPage* page : Pages())
         page->ShowBusy(busy);
@@ -230,10 +267,18 @@ void frmQueue::ShowBusy(bool busy) {
 }
 
 void frmQueue::ShowTab(int index) {
-    if (index == DirectionTab)
-        m_ui->fraTask_2->LoadDirectionGrid();
-    else
+    // Directions that could not be stored are still there to be stored.
+    if (index != DirectionTab)
         m_ui->fraTask_2->SettleUnstored([](bool) {});
+    else if (!m_records->directions.IsChanged())
+        m_ui->fraTask_2->LoadDirectionGrid();
+}
+
+void frmQueue::BringToFront(const DataGrid& grid) {
+    for (int tab = 0; tab < m_ui->TabStrip1->count(); ++tab) {
+        if (m_ui->TabStrip1->widget(tab)->isAncestorOf(&grid))
+            m_ui->TabStrip1->setCurrentIndex(tab);
+    }
 }
 
 QString frmQueue::PlacesFile() const {

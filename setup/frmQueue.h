@@ -8,6 +8,7 @@
 
 #include <memory>
 
+class DataGrid;
 class QLabel;
 class QPushButton;
 class SetupPage;
@@ -34,11 +35,16 @@ public:
     /// Adds characters of the bus to the log box.
     void AddLog1(const QString& text);
 
+    /// Brings the tab of a grid to the front.
+    void BringToFront(const DataGrid& grid);
+
 Q_SIGNALS:
     /// The user wants to choose the serial port.
     void PortChoiceWanted();
     /// The user wants to set the hubs' counter option.
     void HubOptionWanted();
+    /// The user wants to design a ticket form for the family of printers that is chosen now.
+    void TicketDesignWanted();
     /// The user has closed the window, with nothing left unwritten.
     void Closed();
 
@@ -51,6 +57,7 @@ private:
     /// Starts an operation of the station once what stands in open editors is written.
     void Run(Operation operation);
     std::vector<SetupPage*> Pages() const;
+    void SetUpTicketMenus();
     void SetUpGrids();
     void SetUpTabKeys();
     void SetUpStatusBar();

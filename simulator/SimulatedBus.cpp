@@ -66,8 +66,13 @@ SimulatedBus::SimulatedBus(const BusInstallation& installation, QObject* parent)
     for (const BusDevice& identity : installation.Devices()) {
         m_devices.push_back(MakeDevice(identity));
         m_byAddress[identity.Address] = m_devices.back().get();
-        if (auto* const printer = dynamic_cast<TicketPrinter*>(m_devices.back().get()))
-            printer->OnLoaded = [this, address = int(identity.Address)] { Q_EMIT PrinterLoaded(address); };
+        auto* const printer = dynamic_cast<TicketPrinter*>(m_devices.back().get());
+        if (!printer)
+            continue;
+        printer->OnLoaded = [this, address = int(identity.Address)] { Q_EMIT PrinterLoaded(address); };
+        printer->OnPrinted = [this, address = int(identity.Address)](const TicketPrinter::Ticket&) {
+            Q_EMIT TicketPrinted(address);
+        };
     }
     for (const std::unique_ptr<SimulatedDevice>& device : m_devices) {
         if (!device->Identity().Hub)

@@ -76,6 +76,8 @@ public:
 Q_SIGNALS:
     /// The closing `N` of a load has reached a printer.
     void PrinterLoaded(int address);
+    /// A printer has printed the last of its `PrintedTickets`.
+    void TicketPrinted(int address);
     void HungUp();
 
 private:

@@ -144,7 +144,7 @@ SimulatedDevice::Answer TicketPrinter::Handle(char letter, const QByteArray& dat
             m_letters = m_letterTransfer.Bytes;
         break;
     case 'W':
-        m_tickets.push_back({-1, -1, 0});
+        Print({-1, -1, 0});
         break;
     default:
         return UnknownLetter();
@@ -216,8 +216,14 @@ SimulatedDevice::Answer TicketPrinter::Poll(const QByteArray& data) {
     const int number =
         common ? *commonNumber : static_cast<quint8>(numbers[place]) * 256 + static_cast<quint8>(numbers[place + 1]);
     m_pressed.erase(m_pressed.begin());
-    m_tickets.push_back({button, service, number});
+    Print({button, service, number});
     return Reply(head + '1' + encoding::SmallNumber(service) + encoding::Hexadecimal(quint32(number), 4));
+}
+
+void TicketPrinter::Print(const Ticket& ticket) {
+    m_tickets.push_back(ticket);
+    if (OnPrinted)
+        OnPrinted(ticket);
 }
 
 void TicketPrinter::Hear(char letter, const QByteArray& data) {

@@ -30,6 +30,8 @@ public:
 
     /// Called when the closing `N` of a load has come; not at its retry.
     std::function<void()> OnLoaded;
+    /// Called when a ticket has been printed.
+    std::function<void(const Ticket&)> OnPrinted;
 
     /// The keys of the last `K`, in service order; nothing before the first one.
     const std::optional<std::vector<quint8>>& Buttons() const { return m_buttons; }
@@ -73,6 +75,7 @@ private:
         bool End();
     };
 
+    void Print(const Ticket& ticket);
     Answer TakeButtons(const QByteArray& data);
     Answer TakeRow(const QByteArray& data);
     Answer EndForm(const QByteArray& data);

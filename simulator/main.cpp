@@ -2,14 +2,17 @@
 
 #include "simulator/BusConsole.h"
 #include "simulator/SimulatedBus.h"
+#include "simulator/TicketPictures.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
+#include <QGuiApplication>
 #include <QSocketNotifier>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <memory>
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -92,10 +95,20 @@ QString ReadFaults(const QCommandLineParser& parser, const BusInstallation& inst
     return {};
 }
 
+/// Only pictures need a graphical application, without a screen.
+std::unique_ptr<QCoreApplication> MakeApplication(int& argc, char** argv) {
+    const bool draws =
+        std::any_of(argv, argv + argc, [](const char* word) { return QByteArrayView(word).startsWith("--tickets"); });
+    if (!draws)
+        return std::make_unique<QCoreApplication>(argc, argv);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    return std::make_unique<QGuiApplication>(argc, argv);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
+    const std::unique_ptr<QCoreApplication> application = MakeApplication(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Plays all devices of an installation behind a pseudo-terminal.\n"
                                                     "Commands on standard input:\n") +
@@ -108,6 +121,7 @@ int main(int argc, char** argv) {
         {QStringLiteral("link"), QStringLiteral("Symbolic link to make to the pseudo-terminal."), path},
         {QStringLiteral("baud"), QStringLiteral("Keep to this baud rate in both directions."), number},
         {QStringLiteral("transcript"), QStringLiteral("Append what goes over the line to this file."), path},
+        {QStringLiteral("tickets"), QStringLiteral("Folder in which to save each printed ticket as a picture."), path},
         {QStringLiteral("print-path"), QStringLiteral("Print the bare device name at start.")},
         {QStringLiteral("delay-ms"), QStringLiteral("How late late replies are, 100 ms by default."), number},
         {QStringLiteral("silent"), QStringLiteral("Address that never answers; may be repeated."), number},
@@ -116,7 +130,7 @@ int main(int argc, char** argv) {
     });
     for (const Probability& probability : Probabilities)
         parser.addOption({QLatin1String(probability.name), QLatin1String(probability.meaning), QStringLiteral("p")});
-    parser.process(application);
+    parser.process(*application);
     if (parser.positionalArguments().size() != 1)
         parser.showHelp(2);
 
@@ -149,18 +163,25 @@ int main(int argc, char** argv) {
               ? bus.SlavePath() + u'\n'
               : QStringLiteral("%1 devices at %2\n").arg(bus.Devices().size()).arg(bus.SlavePath()));
 
-    QObject::connect(&bus, &SimulatedBus::PrinterLoaded, &application, [&bus](int address) {
+    QObject::connect(&bus, &SimulatedBus::PrinterLoaded, application.get(), [&bus](int address) {
         const SimulatedDevice* const printer = bus.Find(address);
         Print(printer->Title() + QStringLiteral(" finished loading\n") + printer->Summary());
     });
-    QObject::connect(&bus, &SimulatedBus::HungUp, &application, [] { Print(QStringLiteral("hung up\n")); });
+    TicketPictures pictures(parser.value(QStringLiteral("tickets")));
+    if (parser.isSet(QStringLiteral("tickets"))) {
+        QObject::connect(&bus, &SimulatedBus::TicketPrinted, application.get(), [&bus, &pictures](int address) {
+            const QString saved = pictures.Save(*bus.FindAs<TicketPrinter>(address));
+            Print(saved.isEmpty() ? QStringLiteral("the picture of a ticket could not be saved\n") : saved + u'\n');
+        });
+    }
+    QObject::connect(&bus, &SimulatedBus::HungUp, application.get(), [] { Print(QStringLiteral("hung up\n")); });
 
     std::array<int, 2> ends{};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()) != 0)
         return Fail(QStringLiteral("no pipe for signals"));
     signalEnd = ends[0];
     QSocketNotifier signalled(ends[1], QSocketNotifier::Read);
-    QObject::connect(&signalled, &QSocketNotifier::activated, &application, [&bus, end = ends[1]] {
+    QObject::connect(&signalled, &QSocketNotifier::activated, application.get(), [&bus, end = ends[1]] {
         char signalNumber = 0;
         if (::read(end, &signalNumber, 1) != 1)
             return;
@@ -173,6 +194,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
 
     BusConsole console(bus);
-    QObject::connect(&console, &BusConsole::QuitAsked, &application, &QCoreApplication::quit, Qt::QueuedConnection);
+    QObject::connect(&console, &BusConsole::QuitAsked, application.get(), &QCoreApplication::quit,
+                     Qt::QueuedConnection);
     return QCoreApplication::exec();
 }

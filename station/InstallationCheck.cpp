@@ -182,7 +182,7 @@ void InstallationCheck::CheckObjects() {
             Add("Display", object.Id, "d_Address",
                 ObjectText(object.Name) + QStringLiteral("address 127 is that of the broadcast."));
         }
-        if (object.Type == model::Hub && object.Address > encoding::LargestSmallNumber) {
+        if (object.Address > encoding::LargestSmallNumber) {
             Add("Display", object.Id, "d_Address",
                 ObjectText(object.Name) +
                     QStringLiteral("nothing can be sent to address %1, only to 0 to 207.").arg(object.Address));
@@ -216,8 +216,12 @@ void InstallationCheck::CheckHubs() {
 
 void InstallationCheck::CheckBlock() {
     const std::vector<BlockFault> faults = BlockFaults(*m_scratch);
-    for (const BlockFault& fault : faults)
+    for (const BlockFault& fault : faults) {
+        // An address that nothing can be sent to has been found already.
+        if (fault.field == QStringLiteral("d_Address"))
+            continue;
         m_findings.push_back({fault.text, QString::fromLatin1(TableOf(fault.of)), fault.id, fault.field});
+    }
     const auto objects = m_scratch->LoadedObjects();
     const bool hasHub =
         std::any_of(objects.begin(), objects.end(), [](const model::QObject& o) { return o.Type == model::Hub; });

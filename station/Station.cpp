@@ -45,9 +45,22 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     , printers(
           ProgramFolder, *installation, router, clock,
           [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log)
+    , forms(
+          ProgramFolder, *installation, router, clock, dialogs, ini,
+          [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log)
     , check(database, tickets, options, clock) {
     connect(&printers, &PrinterConfig::Progress, this, [this](const QString& printerName, int done, int total) {
         Q_EMIT ProgressChanged(tr("Printer %1: %2 of %3").arg(printerName).arg(done).arg(total));
+    });
+    hubs.OnDevice =
+        clocks.OnDevice = [this](const QString& name) { Q_EMIT ProgressChanged(tr("Setting %1").arg(name)); };
+    connect(&forms.fonts, &FontTransfer::Progress, this, [this](const QString& printerName, int done, int total) {
+        Q_EMIT ProgressChanged(tr("Printer %1: letters, %2 of %3").arg(printerName).arg(done).arg(total));
+    });
+    connect(&forms, &TicketForms::RunningChanged, this, [this](bool running) {
+        if (!running)
+            Q_EMIT ProgressChanged(QString());
+        Q_EMIT BusyChanged(running);
     });
 }
 
@@ -73,7 +86,7 @@ QCoro::Task<> Station::ExplainClosed() {
 }
 
 QCoro::Task<bool> Station::ReloadOrExplain() {
-    if (m_busy) {
+    if (IsBusy()) {
         co_await ExplainBusy();
         co_return false;
     }
@@ -89,7 +102,7 @@ QCoro::Task<> Station::RefreshModel() {
 }
 
 QCoro::Task<> Station::ReloadDirections() {
-    if (m_busy) {
+    if (IsBusy()) {
         co_await ExplainBusy();
         co_return;
     }
@@ -109,18 +122,22 @@ QCoro::Task<> Station::ShowAnswered(bool answered) {
 }
 
 QCoro::Task<> Station::TestConnect(std::optional<qint32> number, std::optional<qint32> address) {
-    if (!address || *address < 0 || *address > std::numeric_limits<quint8>::max()) {
+    if (address && (*address < 0 || *address > std::numeric_limits<quint8>::max()))
+        address.reset();
+    const qint16 object = installation->FindObjectByNumber(number.value_or(0));
+    // Only what is relayed by a hub goes to the address that the model knows.
+    const bool isRelayed = object >= 0 && installation->QObjects[static_cast<std::size_t>(object)].HubId != 0;
+    if (!address && (!number || (object >= 0 && !isRelayed))) {
         const QString missing = QStringLiteral("This object has no address to ask.");
         co_await dialogs.ShowMessage(BoxKind::Exclamation, missing);
         co_return;
     }
-    const auto busAddress = static_cast<quint8>(*address);
+    const auto busAddress = static_cast<quint8>(address.value_or(0));
     if (!number) {
         const QByteArray nothing;
         const Reply reply = co_await bus.SendCommand(busAddress, 'P', nothing, Bus::DirectTimeout, 1);
         co_await ShowAnswered(reply.ok);
     }
-    const qint16 object = installation->FindObjectByNumber(number.value_or(0));
     std::optional<bool> answered;
     if (object >= 0)
         answered = co_await router.TestConnection(object, busAddress);
@@ -168,7 +185,7 @@ QCoro::Task<> Station::SetHubs() {
 }
 
 QCoro::Task<> Station::SetHubClocks() {
-    if (m_busy) {
+    if (IsBusy()) {
         co_await ExplainBusy();
         co_return;
     }
@@ -181,7 +198,7 @@ QCoro::Task<> Station::SetHubClocks() {
 }
 
 QCoro::Task<> Station::SetPrinterClocks() {
-    if (m_busy) {
+    if (IsBusy()) {
         co_await ExplainBusy();
         co_return;
     }
@@ -191,4 +208,11 @@ QCoro::Task<> Station::SetPrinterClocks() {
     }
     const QString done = QStringLiteral(".Done");
     co_await dialogs.ShowMessage(BoxKind::Plain, done);
+}
+
+QCoro::Task<> Station::LoadVniFont(bool zoneRich) {
+    if (IsBusy())
+        co_await ExplainBusy();
+    else
+        co_await forms.LoadVniFont(zoneRich);
 }

@@ -16,6 +16,7 @@
 #include "link/CommLine.h"
 #include "platform/SerialControl.h"
 #include "printers/PrinterConfig.h"
+#include "printers/TicketForms.h"
 #include "station/InstallationCheck.h"
 
 #include <QObject>
@@ -59,11 +60,12 @@ public:
     Reload reload;
 
     PrinterConfig printers;
+    TicketForms forms;
     InstallationCheck check;
 
     /// An operation that reads the model over a longer time runs. `RefreshModel` and further such operations are
     /// refused meanwhile, so that no device gets what was meant for another.
-    bool IsBusy() const { return m_busy; }
+    bool IsBusy() const { return m_busy || forms.IsRunning(); }
 
     /// Reloads the model for the setup window's refresh. With the database closed, or while an operation runs, a box
     /// says so and the model stays.
@@ -89,6 +91,9 @@ public:
     /// Sets the clocks of all hubs, of all printers, and says that it is done, whoever answered.
     QCoro::Task<> SetHubClocks();
     QCoro::Task<> SetPrinterClocks();
+
+    /// Loads letters into every printer and says that it is done. @param zoneRich sets the family of printers.
+    QCoro::Task<> LoadVniFont(bool zoneRich);
 
     /// Ends every running operation: commands fail, waits and boxes end. Nothing can be started afterwards.
     void Close();

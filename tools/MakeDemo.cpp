@@ -1,15 +1,15 @@
-// Makes the store of the demonstration installation.
+// Makes the store of the demonstration installation, and beside it a stand-in for the font of its ZONE RICH printers.
 // usage: MakeDemo DATABASE STATEMENTS
 //   DATABASE    file to make; must not exist
 //   STATEMENTS  text file, one SQL statement a line; lines that are empty or begin with "--" are passed over.
-//   Vietnamese
-//               letters go into the store in VNI.
+//               Vietnamese letters go into the store in VNI.
 
 #include "database/Schema.h"
 #include "printers/VniText.h"
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -21,6 +21,16 @@ namespace {
 int Fail(const QString& text) {
     std::fprintf(stderr, "MakeDemo: %s\n", qPrintable(text));
     return 1;
+}
+
+/// A file as long as a font, with every byte in it.
+bool MakeFont(const QString& path) {
+    constexpr int Length = 7'000;
+    QByteArray content;
+    for (int i = 0; i < Length; ++i)
+        content += static_cast<char>(i * 7 + i / 256);
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == Length;
 }
 
 } // namespace
@@ -56,5 +66,8 @@ int main(int argc, char** argv) {
             return Fail(QStringLiteral("%1, line %2: %3").arg(arguments[2]).arg(number).arg(query.lastError().text()));
     }
     query.finish();
-    return store.commit() ? 0 : Fail(store.lastError().text());
+    if (!store.commit())
+        return Fail(store.lastError().text());
+    const QString font = QFileInfo(arguments[1]).absolutePath() + QStringLiteral("/VNI-ZR.bin");
+    return MakeFont(font) ? 0 : Fail(QStringLiteral("%1 could not be written").arg(font));
 }

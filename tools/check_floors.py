@@ -13,7 +13,7 @@ FLOORS = {
 }
 # Folders beside the house, and what they may include besides themselves.
 BESIDE = {
-    "simulator": {"platform", "core", "link"},
+    "simulator": {"platform", "core", "link", "printers"},
     "jetimport": {"platform", "core", "database"},
     "benchmarks": set(FLOORS) | {"simulator", "jetimport"},
     "fuzz": set(FLOORS) | {"simulator", "jetimport"},
@@ -21,6 +21,8 @@ BESIDE = {
 }
 # What the simulator may use of the link: encodings and frames, not the master's side.
 SIMULATOR_LINK = {"link/Encodings.h", "link/Frames.h", "link/FrameReader.h"}
+# Of the printers, what shows a printed ticket.
+SIMULATOR_PRINTERS = {"printers/TicketPaper.h", "printers/VniTable.h"}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 WIDGETS = re.compile(r"^(QtWidgets($|/)|Q(Application|Widget|Dialog|MainWindow|TableView|MessageBox|FileDialog|StyledItemDelegate)$)")
@@ -57,7 +59,7 @@ def check(path: pathlib.Path, problems: list[str]) -> None:
                 problems.append(f"{where}: {folder} must not include {name}")
         elif target not in BESIDE[folder]:
             problems.append(f"{where}: {folder} must not include {name}")
-        if folder == "simulator" and target == "link" and name not in SIMULATOR_LINK:
+        if folder == "simulator" and target in {"link", "printers"} and name not in SIMULATOR_LINK | SIMULATOR_PRINTERS:
             problems.append(f"{where}: the simulator must not include {name}")
 
 

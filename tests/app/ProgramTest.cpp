@@ -1,6 +1,8 @@
 #include "app/Program.h"
 
 #include "hubs/frmHUBCfg.h"
+#include "printers/frmDesignTicket.h"
+#include "printers/frmEditLogo.h"
 #include "setup/frmQueue.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
@@ -27,7 +29,10 @@ namespace {
 /// The whole program in a folder of its own.
 class ProgramTest : public ::testing::Test {
 protected:
-    ProgramTest() { QFile::link(QStringLiteral(JETIMPORT), m_folder.filePath(QStringLiteral("JetImport"))); }
+    ProgramTest() {
+        QFile::link(QStringLiteral(JETIMPORT), Path(QStringLiteral("JetImport")));
+        CopyLetterFiles(m_folder.path());
+    }
 
     QString Path(const QString& name) const { return m_folder.filePath(name); }
 
@@ -125,6 +130,43 @@ TEST_F(ProgramTest, TheCounterOptionIsTypedInItsWindow) {
     QTest::mouseClick(ok, Qt::LeftButton);
     EXPECT_TRUE(WaitUntil([this] { return Window<frmHUBCfg>() == nullptr; }));
     EXPECT_TRUE(ReadFile(Path(QStringLiteral("Tallora.ini"))).contains("FromToval=3"));
+}
+
+TEST_F(ProgramTest, TheDesignerOpensForTheFamilyOfItsMenuEntry) {
+    m_dialogs.ExpectChoice(Path(QStringLiteral("Harbinet.mdb")));
+    ExpectNoPort();
+    Start();
+    const PrinterFamily& family = m_program->TheStation().forms.family;
+    const struct {
+        const char* entry;
+        int family; ///< ZONE RICH, T81, DB25 as digits
+    } entries[] = {{"mnPRPDB25", 1}, {"mnSetTicketZR", 101}, {"mnT81", 11}, {"mnPRPFB9", 0}};
+    for (const auto& [entry, expected] : entries) {
+        Window()->findChild<QAction*>(QString::fromLatin1(entry))->trigger();
+        EXPECT_EQ(family.PrinterZoneRich * 100 + family.PrinterT81 * 10 + family.PrinterDB25, expected) << entry;
+        auto* designer = Window<frmDesignTicket>();
+        ASSERT_NE(designer, nullptr);
+        designer->findChild<QAction*>(QStringLiteral("mnLogoEdit"))->trigger();
+        ASSERT_NE(Window<frmEditLogo>(), nullptr);
+        Window<frmEditLogo>()->close();
+        designer->close();
+        EXPECT_TRUE(WaitUntil([this] { return !Window<frmDesignTicket>() && !Window<frmEditLogo>(); }));
+    }
+    for (const char* entry : {"mnVNIFontZR", "mnVNIFont"}) {
+        m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Done."));
+        Window()->findChild<QAction*>(QString::fromLatin1(entry))->trigger();
+        EXPECT_EQ(family.PrinterZoneRich, QByteArrayView(entry) == "mnVNIFontZR");
+    }
+}
+
+TEST_F(ProgramTest, MissingLetterFilesAreToldAtTheStart) {
+    QFile::remove(Path(QStringLiteral("VNIl.dat")));
+    QFile::remove(Path(QStringLiteral("VCODE.dat")));
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QString());
+    m_dialogs.ExpectMessage(BoxKind::Plain, QStringLiteral("Error load VNI table"));
+    m_dialogs.ExpectChoice(QString());
+    Start();
+    EXPECT_TRUE(Messages().filter(QStringLiteral("VNIl.dat cannot be read")).size() == 1);
 }
 
 TEST_F(ProgramTest, CancellingTheChoiceEndsInSilence) {

@@ -21,6 +21,8 @@ namespace {
 /// devices.
 class SetupRoadTest : public ::testing::Test {
 protected:
+    SetupRoadTest() { CopyLetterFiles(m_folder.path()); }
+
     void Start(bool hasPort) {
         m_dialogs.emplace();
         m_dialogs->ExpectChoice(m_store);

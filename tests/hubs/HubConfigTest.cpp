@@ -78,6 +78,10 @@ TEST_F(HubConfigTest, TheLengthKeepsItsLowEightBits) {
 }
 
 TEST_F(HubConfigTest, WhatOneCharacterCannotCarryIsNamed) {
+    AddService(300, 1);
+    EXPECT_TRUE(BlockFaults(*m_installation).empty()) << "nobody gets the block";
+    AddNumbered(1, 64, model::Hub);
+    m_installation->NumServices = 0;
     EXPECT_TRUE(BlockFaults(*m_installation).empty());
     const struct {
         qint16 number;
@@ -90,14 +94,14 @@ TEST_F(HubConfigTest, WhatOneCharacterCannotCarryIsNamed) {
         EXPECT_EQ(BlockFaults(*m_installation).empty(), fits) << number << ' ' << series;
     }
     m_installation->NumServices = 0;
-    AddNumbered(1, 208, model::Hub);
+    AddNumbered(208, 65, model::Hub);
     AddNumbered(255, 1, model::Display);
     EXPECT_TRUE(BlockFaults(*m_installation).empty()) << "the block holds neither a hub nor a display's number";
     AddNumbered(208, 2, model::Counter);
     ASSERT_EQ(BlockFaults(*m_installation).size(), 1U);
-    EXPECT_EQ(BlockFaults(*m_installation)[0].id, 102);
+    EXPECT_EQ(BlockFaults(*m_installation)[0].id, 103);
     EXPECT_EQ(BlockFaults(*m_installation)[0].text,
-              QStringLiteral("Object 'object 102': number 208 does not fit the hub's block, which takes 0 to 207."));
+              QStringLiteral("Object 'object 103': number 208 does not fit the hub's block, which takes 0 to 207."));
 }
 
 TEST_F(HubConfigTest, AMemberListNamesTypeAndAddress) {

@@ -124,6 +124,40 @@ TEST_F(SetupPagesTest, ColumnsAndChoicesOfTheObjects) {
     WindowDriver::Press(Qt::Key_Escape);
 }
 
+TEST_F(SetupPagesTest, PassingThroughAListWritesNothingThatNobodyChose) {
+    Run(QStringLiteral("UPDATE Display SET d_Type = NULL, d_On = NULL WHERE d_Id = 1"));
+    Run(QStringLiteral("UPDATE Display SET d_Type = 9 WHERE d_Id = 2"));
+    Show();
+    DataGrid& objects = Grid("TDBGridDisplay");
+    for (const int row : {0, 1}) {
+        for (const Qt::Key end : {Qt::Key_Tab, Qt::Key_Return}) {
+            WindowDriver::Click(objects, row, 3);
+            WindowDriver::Press(Qt::Key_F2);
+            WindowDriver::Press(end);
+            WindowDriver::Click(objects, row, 0);
+        }
+    }
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT d_Type, d_On FROM Display WHERE d_Id < 3")), "null,null|9,1");
+    // Keys go through the list until the cell is left.
+    WindowDriver::Click(objects, 4, 3);
+    WindowDriver::Press(Qt::Key_F2);
+    WindowDriver::Press(Qt::Key_Down);
+    WindowDriver::Press(Qt::Key_Down);
+    WindowDriver::Press(Qt::Key_Return);
+    EXPECT_EQ(WindowDriver::Shown(objects, 4, 3), QStringLiteral("Printer"));
+}
+
+TEST_F(SetupPagesTest, ARefusedTextComesBackWithItsTab) {
+    Show();
+    WindowDriver::Click(Grid("TDBGridDisplay"), 0, 1);
+    WindowDriver::Keys(QStringLiteral("abc"));
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Number takes a whole number from 0 to 255."));
+    GoToTab(2);
+    EXPECT_TRUE(WaitUntil([] { return WindowDriver::Editor() && WindowDriver::Editor()->isVisible(); }));
+    EXPECT_EQ(WindowDriver::Editor()->text(), QStringLiteral("abc"));
+    WindowDriver::Press(Qt::Key_Escape);
+}
+
 TEST_F(SetupPagesTest, TestConnectTakesTheRowAndIsDisabledWhileItRuns) {
     Show();
     WindowDriver::Click(Grid("TDBGridDisplay"), 2, 0);
@@ -204,6 +238,11 @@ TEST_F(SetupPagesTest, DirectionsAreStoredTogetherAndNotForgottenInSilence) {
     m_dialogs.ExpectQuestion(BoxKind::Exclamation, question, true);
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
     EXPECT_FALSE(m_window->close());
+    m_dialogs.ExpectQuestion(BoxKind::Exclamation, question, true);
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
+    GoToTab(1);
+    GoToTab(3);
+    EXPECT_EQ(Column("TDBGrid1", 2), "Down|None") << "what could not be stored stays";
     Run(QStringLiteral("DROP TRIGGER full"));
     m_dialogs.ExpectQuestion(BoxKind::Exclamation, question, true);
     m_window->close();

@@ -80,7 +80,7 @@ TEST_F(InstallationCheckTest, NamesTheRowAndTheColumnAtFault) {
         {"UPDATE Display SET d_Address = 127 WHERE d_Id = 3",
          "Display 3 d_Address: Object 'P': address 127 is that of the broadcast."},
         {"UPDATE Display SET d_Address = 208 WHERE d_Id = 3",
-         "Display 3 d_Address: Object 'P': address 208 does not fit the hub's block, which takes 0 to 207."},
+         "Display 3 d_Address: Object 'P': nothing can be sent to address 208, only to 0 to 207."},
         {"UPDATE Display SET d_Address = 208 WHERE d_Id = 5",
          "Display 5 d_Address: Object 'H': nothing can be sent to address 208, only to 0 to 207."},
         {"UPDATE Queue SET q_series = 65536 WHERE q_Id = 1",

@@ -104,6 +104,9 @@ TEST_F(StationTest, WithTheLineClosedNothingHangs) {
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
     Await(m_station.SetServiceConfig());
     EXPECT_EQ(m_devices->Counts().Commands, 0U);
+    ASSERT_FALSE(m_station.database.Run({QStringLiteral("DELETE FROM Display WHERE d_Type = 3")}));
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
+    Await(m_station.SetHubs());
 }
 
 TEST_F(StationTest, APulledAdapterFailsTheLoadAndTheLineOpensAgain) {
@@ -208,6 +211,9 @@ TEST_F(StationTest, TestConnectAsksTheObjectOnItsWayAndTellsWhetherItAnswered) {
         {std::nullopt, 1, true, false, {QStringLiteral("True"), unknown}, "1P"},
         {std::nullopt, std::nullopt, true, false, {noAddress}, ""},
         {5, 256, true, false, {noAddress}, ""},
+        {5, std::nullopt, true, false, {noAddress}, ""},
+        {77, std::nullopt, true, false, {unknown}, ""},
+        {201, std::nullopt, true, false, {QStringLiteral("True")}, "pN"},
     };
     for (const auto& [number, address, listed, silent, boxes, command] : cases) {
         QByteArray sent;

@@ -46,6 +46,14 @@ void TestDialogs::ExpectQuestion(BoxKind kind, const QString& question, bool ans
         {.kind = QStringLiteral("question ") + KindName(kind), .text = question, .yes = answer, .file = {}});
 }
 
+void TestDialogs::ExpectThreeWay(BoxKind kind, const QString& question, Answer answer) {
+    m_expected.push_back({.kind = QStringLiteral("question ") + KindName(kind),
+                          .text = question,
+                          .yes = false,
+                          .file = {},
+                          .answer = answer});
+}
+
 void TestDialogs::ExpectChoice(const QString& file, const QString& suggested) {
     m_expected.push_back({.kind = QStringLiteral("choice"), .text = suggested, .yes = false, .file = file});
 }
@@ -74,6 +82,17 @@ QCoro::Task<> TestDialogs::ShowMessage(BoxKind kind, QString text) {
 QCoro::Task<bool> TestDialogs::AskYesNo(BoxKind kind, QString question) {
     const bool answer = Next(QStringLiteral("question ") + KindName(kind), question).yes;
     co_return answer;
+}
+
+QCoro::Task<Answer> TestDialogs::AskYesNoCancel(BoxKind kind, QString question) {
+    const Answer answer = Next(QStringLiteral("question ") + KindName(kind), question).answer;
+    co_return answer;
+}
+
+QCoro::Task<QString> TestDialogs::ChooseSaveFile(QString filter, QString folder) {
+    Q_UNUSED(filter);
+    QString file = Next(QStringLiteral("choice"), folder).file;
+    co_return file;
 }
 
 QCoro::Task<QString> TestDialogs::ChooseFile(QString filter, QString suggested) {

@@ -14,7 +14,10 @@ public:
 
     void ExpectMessage(BoxKind kind, const QString& text);
     void ExpectQuestion(BoxKind kind, const QString& question, bool answer);
-    /// An empty `file` is a cancelled choice. `suggested` is not looked at if it is null.
+    /// A question that may be cancelled.
+    void ExpectThreeWay(BoxKind kind, const QString& question, Answer answer);
+    /// An empty `file` is a cancelled choice; for a name to save to as well. `suggested` is not looked at if it is
+    /// null.
     void ExpectChoice(const QString& file, const QString& suggested = {});
 
     /// Everything that a progress box showed, one text a call of `Show`.
@@ -24,7 +27,9 @@ public:
 
     QCoro::Task<> ShowMessage(BoxKind kind, QString text) override;
     QCoro::Task<bool> AskYesNo(BoxKind kind, QString question) override;
+    QCoro::Task<Answer> AskYesNoCancel(BoxKind kind, QString question) override;
     QCoro::Task<QString> ChooseFile(QString filter, QString suggested) override;
+    QCoro::Task<QString> ChooseSaveFile(QString filter, QString folder) override;
     std::unique_ptr<ProgressBox> ShowProgress(const QString& text) override;
     void Close() override { m_closed = true; }
 
@@ -34,6 +39,7 @@ private:
         QString text;
         bool yes = false;
         QString file;
+        Answer answer = Answer::Cancel;
     };
 
     Expected Next(const QString& kind, const QString& text);

@@ -1,0 +1,185 @@
+#include "printers/TicketForms.h"
+
+#include "core/EventLog.h"
+#include "core/IniUtility.h"
+#include "core/Installation.h"
+#include "platform/AnsiText.h"
+#include "platform/Clock.h"
+
+#include <QFileInfo>
+
+namespace {
+
+QString OptionsSection() {
+    return QStringLiteral("options");
+}
+
+QString TicketSection() {
+    return QStringLiteral("Ticket");
+}
+
+QString LastFormKey() {
+    return QStringLiteral("LastForm");
+}
+
+} // namespace
+
+/// Marks that a transfer runs, for as long as it lives.
+class TicketForms::Transfer {
+public:
+    explicit Transfer(TicketForms& forms)
+        : m_forms(forms) {
+        Set(true);
+    }
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+    ~Transfer() { Set(false); }
+
+private:
+    void Set(bool running) {
+        m_forms.m_running = running;
+        Q_EMIT m_forms.RunningChanged(running);
+    }
+
+    TicketForms& m_forms;
+};
+
+TicketForms::TicketForms(QString programFolder, const model::Installation& installation, HubRouter& router,
+                         Clock& clock, Dialogs& dialogs, const IniUtility& ini,
+                         PrinterTables::CounterList counterListOfService, EventLog& log, ::QObject* parent)
+    : ::QObject(parent)
+    , transfer(installation, router, clock, dialogs, log)
+    , fonts(programFolder, installation, router, clock, dialogs, letters)
+    , m_programFolder(std::move(programFolder))
+    , m_installation(installation)
+    , m_clock(clock)
+    , m_dialogs(dialogs)
+    , m_ini(ini)
+    , m_counterListOfService(std::move(counterListOfService))
+    , m_log(log) {}
+
+QCoro::Task<> TicketForms::LoadLetters() {
+    const std::optional<QString> fault = letters.LoadVNITable(m_programFolder + QStringLiteral("/VNIl.dat"));
+    m_letterFault = fault.value_or(QString());
+    if (fault) {
+        m_log.WriteLog(*fault, EventLog::Error);
+        co_await m_dialogs.ShowMessage(BoxKind::Exclamation, m_letterFault);
+    }
+    if (!LoadVCode(m_programFolder + QStringLiteral("/VCODE.dat"))) {
+        const QString text = QStringLiteral("Error load VNI table");
+        co_await m_dialogs.ShowMessage(BoxKind::Plain, text);
+    }
+}
+
+void TicketForms::SetTicketCopies(qint16 copies) {
+    TicketCopies = copies;
+    m_ini.WriteIni(OptionsSection(), QStringLiteral("TicketCopies"), QString::number(copies));
+}
+
+void TicketForms::SetTicketDigits(qint16 digits) {
+    m_TicketDigits = digits;
+    // The blank belongs to the key.
+    m_ini.WriteIni(OptionsSection(), QStringLiteral("m_TicketDigits "), QString::number(digits));
+}
+
+QString TicketForms::DataFolder() const {
+    return m_programFolder + QStringLiteral("/Data");
+}
+
+QString TicketForms::LastForm() const {
+    QString path;
+    m_ini.ReadIni(TicketSection(), LastFormKey(), path);
+    return path;
+}
+
+void TicketForms::SetLastForm(const QString& path) {
+    if (path != LastForm() && !m_ini.WriteIni(TicketSection(), LastFormKey(), path))
+        m_log.WriteLog(QStringLiteral("%1 could not be written.").arg(m_ini.IniPath), EventLog::Error);
+}
+
+void TicketForms::SetLastLogo(const QString& name) {
+    m_ini.WriteIni(QStringLiteral("Logo"), QStringLiteral("Filename"), name);
+}
+
+QString TicketForms::FolderOf(const QString& formPath) const {
+    // A form without a file finds the logos that the designer offers.
+    return formPath.isEmpty() ? DataFolder() : QFileInfo(formPath).absolutePath();
+}
+
+CompilerResult TicketForms::Compile(const TicketDocument& document, const QString& formPath) const {
+    return ::CompileForm(document, FolderOf(formPath), family, letters, TicketCopies, m_TicketDigits);
+}
+
+TicketPaper::Values TicketForms::SampleValues() const {
+    const QDateTime now = m_clock.Now();
+    const QByteArray number = QByteArray::number(1001).rightJustified(m_TicketDigits, '0', true);
+    const auto services = m_installation.LoadedServices();
+    const QByteArray name = services.empty() ? QByteArray("Service") : ansi::Encode(services[0].Name).bytes;
+    const QByteArray description =
+        services.empty()
+            ? QByteArray("Description")
+            : ansi::Encode(ExpandServiceText(services[0].Description, 0, m_installation, m_counterListOfService)).bytes;
+    return {name,
+            description,
+            QByteArray("0995").right(m_TicketDigits),
+            number,
+            now.toString(QStringLiteral("dd/MM/yyyy")).toLatin1(),
+            now.toString(QStringLiteral("hh:mm:ss")).toLatin1(),
+            now.toString(QStringLiteral("MM/dd/yyyy")).toLatin1(),
+            now.toString(QStringLiteral("hh:mm ")).toLatin1() + number};
+}
+
+QCoro::Task<std::optional<CompiledForm>> TicketForms::CompileForm(TicketDocument document, QString formPath,
+                                                                  QString printerNumber) {
+    if (!family.PrinterZoneRich && !letters.IsLoaded()) {
+        co_await m_dialogs.ShowMessage(BoxKind::Exclamation, m_letterFault);
+        co_return std::nullopt;
+    }
+    const CompilerResult result = Compile(document, formPath);
+    for (const CompilerMessage& message : result.messages)
+        co_await m_dialogs.ShowMessage(message.kind, message.text);
+    if (!result.form)
+        co_return std::nullopt;
+    const QString path = QStringLiteral("%1/Ticket%2.bin").arg(m_programFolder, printerNumber);
+    if (const std::optional<QString> fault = WriteFormFile(path, result.form->PrnForm))
+        m_log.WriteLog(*fault, EventLog::Error);
+    co_return result.form;
+}
+
+QCoro::Task<> TicketForms::SendToPrinter(qint16 object, TicketDocument document, QString formPath, bool withLogo) {
+    const Transfer running(*this);
+    const QString number = QString::number(m_installation.QObjects[static_cast<std::size_t>(object)].Number);
+    const std::optional<CompiledForm> form = co_await CompileForm(document, formPath, number);
+    if (form)
+        co_await transfer.SendToPrinter(object, *form, withLogo);
+}
+
+QCoro::Task<> TicketForms::SendToAllPrinters(TicketDocument document, QString formPath, bool withLogo) {
+    const Transfer running(*this);
+    const QString everybody;
+    const std::optional<CompiledForm> form = co_await CompileForm(document, formPath, everybody);
+    if (!form)
+        co_return;
+    const bool refused = co_await transfer.RefuseLogos(*form, withLogo);
+    if (refused)
+        co_return;
+    const bool all = co_await transfer.SendFormToAllPrinters(*form, withLogo);
+    const BoxKind kind = all ? BoxKind::Information : BoxKind::Exclamation;
+    const QString outcome =
+        all ? QStringLiteral("Set done.") : QStringLiteral("There're errors on setting ticket form.");
+    co_await m_dialogs.ShowMessage(kind, outcome);
+}
+
+QCoro::Task<> TicketForms::LoadVniFont(bool zoneRich) {
+    family.PrinterZoneRich = zoneRich;
+    if (!zoneRich && !letters.IsLoaded()) {
+        co_await m_dialogs.ShowMessage(BoxKind::Exclamation, m_letterFault);
+        co_return;
+    }
+    {
+        const Transfer running(*this);
+        co_await fonts.LoadVNIToAllPrinters(zoneRich);
+    }
+    const QString done = QStringLiteral("Done.");
+    co_await m_dialogs.ShowMessage(BoxKind::Information, done);
+}
