@@ -1,5 +1,6 @@
 #include "station/Station.h"
 
+#include "printers/RichText.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
 #include "tests/support/Files.h"
@@ -243,4 +244,28 @@ TEST_F(StationTest, ReloadingDirectionsLeavesFirstServicesAndHubTable) {
     EXPECT_EQ(installation.QObjects[0].Name, QStringLiteral("new"));
     EXPECT_EQ(installation.QObjects[0].FirstServiceIndex, 1);
     EXPECT_EQ(installation.HubTable[3].Count, 7);
+}
+
+TEST_F(StationTest, AFormWithItsLogosReachesEveryPrinterWhole) {
+    ASSERT_FALSE(m_station.forms.letters.LoadVNITable(QStringLiteral(DATA_FOLDER "/VNIl.dat")).has_value());
+    OpenLine();
+    m_station.reload.ReloadAll();
+    FaultSettings faults;
+    faults.DropReply = 0.03;
+    faults.Noise = 0.2;
+    faults.Slice = 0.2;
+    m_devices->SetFaults(faults);
+    const QString path = QStringLiteral(TEST_DATA_FOLDER "/forms/ticket.rtf");
+    QString problem;
+    const auto form = richtext::Read(ReadFile(path), problem);
+    ASSERT_TRUE(form.has_value()) << qPrintable(problem);
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set done."));
+    Await(m_station.forms.SendToAllPrinters(form->document, path, true));
+    EXPECT_GT(m_devices->Counts().Retries, 0U) << "the faults have struck";
+    const CompiledForm compiled = *m_station.forms.Compile(form->document, path).form;
+    for (const int address : {32, 33}) {
+        EXPECT_EQ(m_devices->FindAs<TicketPrinter>(address)->Form(), compiled.PrnForm) << address;
+        EXPECT_EQ(m_devices->FindAs<TicketPrinter>(address)->Logos(), compiled.LogoData) << address;
+    }
+    EXPECT_EQ(ReadFormFile(m_folder.filePath(QStringLiteral("Ticket.bin"))), compiled.PrnForm);
 }
