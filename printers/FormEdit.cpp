@@ -222,6 +222,8 @@ void FormEdit::keyPressEvent(QKeyEvent* event) {
         event->modifiers().testFlag(Qt::ControlModifier) != event->modifiers().testFlag(Qt::AltModifier);
     if (!text.isEmpty() && text[0].isPrint() && !isShortcut) {
         InsertTyped(text);
+    } else if (!text.isEmpty() && text[0].isPrint() && event->modifiers().testFlag(Qt::AltModifier)) {
+        event->ignore(); // a menu's letter, whether or not there is such a menu
     } else if (event->key() == Qt::Key_Return && event->modifiers() == Qt::ShiftModifier) {
         InsertTyped(QStringLiteral("\n"));
     } else {

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int CellWidth = 12;
 constexpr int CellHeight = 24;
-constexpr int Baseline = 19;    ///< dots from the top of a cell
+constexpr int Baseline = 20;    ///< dots from the top of a cell
 constexpr int LineSpacing = 34; ///< dots, one sixth of an inch
 constexpr int DotsPerInch = 203;
 constexpr int SpacingUnits = 360; ///< of ESC 3, an inch

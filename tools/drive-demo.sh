@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Drives the station on a virtual display through its first use: open the demonstration database, look at its four tabs,
-# load every printer, close. Leaves screenshots in FOLDER/screenshots and fails if a printer was not loaded.
+# load every printer, look at the ticket form, close. Leaves screenshots in FOLDER/screenshots and fails if a printer was not loaded.
 # usage: drive-demo.sh FOLDER
 #   FOLDER  program folder with Orvex, Harbinet.mdb and Tallora.ini; the bus simulator runs and writes FOLDER/bus.txt
 set -euo pipefail
@@ -72,6 +72,17 @@ import -window root "$pictures/4-loading.png"
 await_window "Orvex"
 picture 5-done
 xdotool key Return
+await_window "Setup Queue System"
+# The designer, for printers on the DB9 port, with the form of the demonstration.
+for keys in alt+c "Down Right" "Down Right" "Down Right"; do
+    # shellcheck disable=SC2086 # several keys in a word
+    xdotool key $keys
+    sleep 0.3
+done
+xdotool key Return
+await_window "Ticket Design"
+picture 6-ticket-design
+xdotool key alt+F4
 await_window "Setup Queue System"
 xdotool key alt+F4
 for _ in $(seq 100); do
