@@ -8,6 +8,8 @@
 #include <QMimeData>
 #include <QTextBlock>
 
+#include <algorithm>
+
 namespace {
 
 CharacterFormat FormatFrom(const QTextCharFormat& format) {
@@ -117,9 +119,11 @@ void FormEdit::InsertToken(const QString& token) {
     QTextCursor cursor = textCursor();
     const int start = cursor.selectionStart();
     cursor.setPosition(start);
-    cursor.insertText(token, currentCharFormat());
-    cursor.setPosition(start);
-    cursor.setPosition(start + static_cast<int>(token.size()), QTextCursor::KeepAnchor);
+    setTextCursor(cursor);
+    InsertTyped(token);
+    const int end = textCursor().position();
+    cursor.setPosition(std::min(start, end));
+    cursor.setPosition(end, QTextCursor::KeepAnchor);
     setTextCursor(cursor);
     setFocus();
 }
@@ -255,10 +259,12 @@ void FormEdit::insertFromMimeData(const QMimeData* source) {
 }
 
 void FormEdit::dropEvent(QDropEvent* event) {
-    if (!event->mimeData()->hasText()) {
+    if (event->source() == this || event->source() == viewport()) {
+        QTextEdit::dropEvent(event); // text that is moved within the form
+    } else if (event->mimeData()->hasText()) {
+        event->acceptProposedAction();
+        InsertToken(event->mimeData()->text());
+    } else {
         event->ignore();
-        return;
     }
-    event->acceptProposedAction();
-    InsertToken(event->mimeData()->text());
 }

@@ -111,26 +111,26 @@ void frmEditLogo::SaveLogo(const std::function<void()>& done) {
         return;
     }
     if (!LogoIsNew) {
-        WriteLogo(LogoFile);
-        done();
+        if (WriteLogo(LogoFile))
+            done();
         return;
     }
     m_dialogs.ChooseSaveFile(Filter(), m_forms.DataFolder()).then([window = QPointer(this), done](const QString& path) {
-        if (!window)
+        if (!window || path.isEmpty())
             return;
-        if (!path.isEmpty()) {
-            window->LogoFile = path;
-            window->WriteLogo(path);
-        }
-        done();
+        window->LogoFile = path;
+        if (window->WriteLogo(path))
+            done();
     });
 }
 
-void frmEditLogo::WriteLogo(const QString& path) {
+bool frmEditLogo::WriteLogo(const QString& path) {
     const QByteArray content = BitmapFile(m_ui->picEdit->Cells().ToBitmap());
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit())
-        Warn(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
+        return true;
+    Warn(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    return false;
 }
 
 void frmEditLogo::Import() {

@@ -35,9 +35,10 @@ private:
     void New();
     void Open();
     void LoadLogoFile(const QString& path);
-    /// Saves, after asking for a name if the logo is new, and runs `done`.
+    /// Saves, after asking for a name if the logo is new, and runs `done`; not if no name is given or it cannot be
+    /// written, so that nothing drawn is lost.
     void SaveLogo(const std::function<void()>& done);
-    void WriteLogo(const QString& path);
+    bool WriteLogo(const QString& path);
     void Import();
     void TakeImport(const LogoCells& logo);
     void ShowPixelVal(int x, int y);

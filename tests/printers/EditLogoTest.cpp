@@ -81,7 +81,11 @@ TEST_F(EditLogoTest, DrawsErasesUndoesAndSaves) {
     m_dialogs.ExpectChoice(path);
     Trigger("mnSave");
     EXPECT_EQ(ReadFile(path), BitmapFile(drawn.ToBitmap()));
-    // It is new until it is opened, and changed until then.
+    // It is new until it is opened, and changed until then. Without a name nothing is lost.
+    m_dialogs.ExpectThreeWay(BoxKind::Plain, Question, Answer::Yes);
+    m_dialogs.ExpectChoice(QString());
+    Trigger("mnNew");
+    EXPECT_EQ(Surface().Cells(), drawn);
     m_dialogs.ExpectThreeWay(BoxKind::Plain, Question, Answer::Cancel);
     EXPECT_FALSE(m_window.close());
     m_dialogs.ExpectThreeWay(BoxKind::Plain, Question, Answer::No);
