@@ -170,6 +170,14 @@ QCoro::Task<> TicketForms::SendToAllPrinters(TicketDocument document, QString fo
     co_await m_dialogs.ShowMessage(kind, outcome);
 }
 
+QCoro::Task<> TicketForms::SendStoredForm(qint16 object) {
+    const std::optional<QByteArray> stored = ReadFormFile(m_programFolder + QStringLiteral("/Ticket.bin"));
+    if (!stored || !VerifyFormChecksum(*stored))
+        co_return;
+    const CompiledForm form{*stored, {}, 0};
+    co_await transfer.SendFormAndLogo(object, form, false, false);
+}
+
 QCoro::Task<> TicketForms::LoadVniFont(bool zoneRich) {
     family.PrinterZoneRich = zoneRich;
     if (!zoneRich && !letters.IsLoaded()) {

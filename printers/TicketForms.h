@@ -55,6 +55,10 @@ public:
     /// Compiles the document, keeps it in Ticket.bin, sends it to every printer, and tells the outcome.
     QCoro::Task<> SendToAllPrinters(TicketDocument document, QString formPath, bool withLogo);
 
+    /// Sends the form of Ticket.bin to one printer, without logos, as the start-up does: nothing is sent if there is no
+    /// such file or it is damaged, and failures go to the log.
+    QCoro::Task<> SendStoredForm(qint16 object);
+
     /// Loads letters into every printer and says that it is done. @param zoneRich sets the family.
     QCoro::Task<> LoadVniFont(bool zoneRich);
 

@@ -37,6 +37,7 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     , router(bus, *installation)
     , hubs(bus, *installation)
     , clocks(bus, *installation, clock)
+    , starts(bus, router, *installation, options, clock)
     , hubOption(clocks, options, ini, dialogs)
     , database(ProgramFolder, ini, log, clock)
     , tickets(database, *installation, log)
@@ -48,7 +49,8 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     , forms(
           ProgramFolder, *installation, router, clock, dialogs, ini,
           [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log)
-    , check(database, tickets, options, clock) {
+    , check(database, tickets, options, clock)
+    , init(*this) {
     connect(&printers, &PrinterConfig::Progress, this, [this](const QString& printerName, int done, int total) {
         Q_EMIT ProgressChanged(tr("Printer %1: %2 of %3").arg(printerName).arg(done).arg(total));
     });
@@ -215,4 +217,13 @@ QCoro::Task<> Station::LoadVniFont(bool zoneRich) {
         co_await ExplainBusy();
     else
         co_await forms.LoadVniFont(zoneRich);
+}
+
+QCoro::Task<> Station::InitAllObjects() {
+    if (IsBusy()) {
+        co_await ExplainBusy();
+        co_return;
+    }
+    const Operation running(*this);
+    co_await init.InitQObjects();
 }

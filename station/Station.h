@@ -9,6 +9,7 @@
 #include "database/Reload.h"
 #include "database/TicketRecords.h"
 #include "hubs/DeviceClocks.h"
+#include "hubs/DeviceStart.h"
 #include "hubs/HubConfig.h"
 #include "hubs/HubOption.h"
 #include "hubs/HubRouter.h"
@@ -17,6 +18,7 @@
 #include "platform/SerialControl.h"
 #include "printers/PrinterConfig.h"
 #include "printers/TicketForms.h"
+#include "station/InitRun.h"
 #include "station/InstallationCheck.h"
 
 #include <QObject>
@@ -52,6 +54,7 @@ public:
     HubRouter router;
     HubConfig hubs;
     DeviceClocks clocks;
+    DeviceStart starts;
     HubOption hubOption;
 
     Database database;
@@ -62,6 +65,7 @@ public:
     PrinterConfig printers;
     TicketForms forms;
     InstallationCheck check;
+    InitRun init;
 
     /// An operation that reads the model over a longer time runs. `RefreshModel` and further such operations are
     /// refused meanwhile, so that no device gets what was meant for another.
@@ -91,6 +95,9 @@ public:
     /// Sets the clocks of all hubs, of all printers, and says that it is done, whoever answered.
     QCoro::Task<> SetHubClocks();
     QCoro::Task<> SetPrinterClocks();
+
+    /// Runs the initialization over all objects.
+    QCoro::Task<> InitAllObjects();
 
     /// Loads letters into every printer and says that it is done. @param zoneRich sets the family of printers.
     QCoro::Task<> LoadVniFont(bool zoneRich);

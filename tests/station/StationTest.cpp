@@ -269,3 +269,42 @@ TEST_F(StationTest, AFormWithItsLogosReachesEveryPrinterWhole) {
     }
     EXPECT_EQ(ReadFormFile(m_folder.filePath(QStringLiteral("Ticket.bin"))), compiled.PrnForm);
 }
+
+TEST_F(StationTest, TheInitializationRunGivesEveryDeviceWhatItNeeds) {
+    ASSERT_FALSE(m_station.database.Run({QStringLiteral(
+        "INSERT INTO Display (d_Id, d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) VALUES (5, 6, 2, "
+        "'Behind', 1, 0, 4), (6, 9, 40, 'Board', 1, 2, 0)")}));
+    QString problem;
+    m_devices = std::make_unique<SimulatedBus>(*BusInstallation::Read(m_store, problem));
+    ASSERT_EQ(m_devices->Open(), QString());
+    OpenLine();
+    m_station.reload.ReloadAll();
+    m_station.options.SendConfigOnStart = true;
+    const QByteArray form("\x04\xDF\x1B@Ticket $VAR(3)\n14", 21);
+    ASSERT_FALSE(WriteFormFile(m_folder.filePath(QStringLiteral("Ticket.bin")), form));
+    QList<int> gauge;
+    ::QObject::connect(&m_station.init, &InitRun::presetGauge, [&](int, int max) { gauge += max; });
+    ::QObject::connect(&m_station.init, &InitRun::UpdateGauge, [&](int value) { gauge += value; });
+    ::QObject::connect(&m_station.init, &InitRun::closeGauge, [&] { gauge += -1; });
+    EXPECT_FALSE(Await(m_station.init.InitQObjects())) << "a clock is not relayed to the printer behind the hub";
+    EXPECT_EQ(gauge, (QList<int>{6, 1, 2, 3, 4, 5, 6, -1}));
+    EXPECT_TRUE(m_station.init.QueueRunning);
+    for (const int address : {32, 33}) {
+        const TicketPrinter& printer = *m_devices->FindAs<TicketPrinter>(address);
+        EXPECT_EQ(printer.LoadFlag(), '!');
+        EXPECT_EQ(printer.ServiceRows().size(), 2U);
+        EXPECT_EQ(printer.Form(), form);
+    }
+    const DeviceHub& hub = *m_devices->FindAs<DeviceHub>(64);
+    EXPECT_EQ(hub.Members(), (std::vector<DeviceHub::Member>{{1, 33}, {0, 2}}));
+    EXPECT_EQ(hub.SlotTexts().at(1), "0");
+
+    // A damaged form is not sent, and a run that is cancelled stops behind its object.
+    WriteFile(m_folder.filePath(QStringLiteral("Ticket.bin")), "\x03");
+    m_station.init.CancelInit = true;
+    m_station.init.QueueRunning = false;
+    gauge.clear();
+    EXPECT_TRUE(Await(m_station.init.InitQObjects()));
+    EXPECT_EQ(gauge, (QList<int>{6, -1}));
+    EXPECT_FALSE(m_station.init.QueueRunning);
+}
