@@ -3,6 +3,7 @@
 #include "core/EventLog.h"
 #include "core/IniUtility.h"
 #include "database/Schema.h"
+#include "database/StoreKind.h"
 #include "platform/Clock.h"
 
 #include <QCoreApplication>
@@ -64,6 +65,32 @@ void DropConnection(QSqlDatabase& connection) {
     connection = QSqlDatabase();
     QSqlDatabase::removeDatabase(name);
 }
+
+/// Keeps a store as it is while it is copied: rolls back first what a crash has left half done, then holds off whoever
+/// wants to write. A file that is no store needs nothing.
+class HeldStore {
+public:
+    explicit HeldStore(const QString& path) {
+        if (StoreKindOfFile(path) != StoreKind::Sqlite)
+            return;
+        m_connection = OpenFile(path, QStringLiteral("rw"));
+        m_isHeld = m_connection.isOpen() && !RunOn(m_connection, {QStringLiteral("PRAGMA busy_timeout = 2000")}) &&
+                   !RunOn(m_connection, {QStringLiteral("BEGIN")}) &&
+                   !RunOn(m_connection, {QStringLiteral("SELECT COUNT(*) FROM sqlite_master")});
+    }
+    HeldStore(const HeldStore&) = delete;
+    HeldStore& operator=(const HeldStore&) = delete;
+    ~HeldStore() {
+        if (m_connection.isValid())
+            DropConnection(m_connection);
+    }
+
+    bool IsHeld() const { return m_isHeld; }
+
+private:
+    QSqlDatabase m_connection;
+    bool m_isHeld = true;
+};
 
 /// Makes the renaming of a file last through a power cut.
 void FlushFolderOf(const QString& path) {
@@ -158,13 +185,16 @@ void Database::UpgradeDatabase() {
     data.Close();
 
     // Only `rData` is ever looked at, so a crash must not leave `qData` behind it.
-    const bool isTogether = !Run({QStringLiteral("BEGIN IMMEDIATE")});
+    if (const Error error = Run({QStringLiteral("BEGIN IMMEDIATE")})) {
+        m_log.WriteLog(QStringLiteral("The database is upgraded at the next start: %1").arg(*error), EventLog::Warning);
+        return;
+    }
     for (const AddedColumn& column : columns) {
         for (const QString& table : {QStringLiteral("rData"), QStringLiteral("qData")})
             Run({QStringLiteral("ALTER TABLE %1 ADD [%2] %3;").arg(table, column.name, column.kind)});
         m_log.WriteLog(QStringLiteral("Add [%1] field to rData and qData").arg(column.nameInLog));
     }
-    if (isTogether && Run({QStringLiteral("COMMIT")}))
+    if (Run({QStringLiteral("COMMIT")}))
         Run({QStringLiteral("ROLLBACK")});
 }
 
@@ -192,7 +222,9 @@ void Database::BackupDatabase() {
     QFile original(m_programFolder + QStringLiteral("/Harbinet.mdb"));
     const QString path = QStringLiteral("%1/bak%2.mdb").arg(m_programFolder).arg(weekday);
     QSaveFile copy(path);
-    if (!original.open(QIODevice::ReadOnly) || !copy.open(QIODevice::WriteOnly))
+    // The original is closed last: closing it would end the hold.
+    const HeldStore held(original.fileName());
+    if (!held.IsHeld() || !original.open(QIODevice::ReadOnly) || !copy.open(QIODevice::WriteOnly))
         return;
     qint64 copied = 0;
     while (copied < original.size()) {

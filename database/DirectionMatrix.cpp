@@ -29,7 +29,7 @@ std::vector<Device> DevicesOf(const GridRecords& rsDisplay, model::ObjectType ty
     for (int row = 0; row < rsDisplay.RecordCount(); ++row) {
         const QVariant stored = rsDisplay.Value(row, u"d_Type");
         const qint64 id = rsDisplay.Key(row).toLongLong();
-        if (stored.toInt() == type && id <= std::numeric_limits<qint16>::max())
+        if (stored.toInt() == type && id > 0 && id <= std::numeric_limits<qint16>::max())
             devices.push_back({static_cast<qint16>(id), rsDisplay.Value(row, u"d_Name").toString()});
     }
     return devices;

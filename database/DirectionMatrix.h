@@ -12,8 +12,8 @@ struct Installation;
 /// The directions that the information displays show for the counters, as a grid: one row a display, one column a
 /// counter behind the first one, which holds the names. A last row "--------" stands for no display.
 ///
-/// What is chosen stays in memory until `UpdateDataDir`. A device whose `d_Id` is above 32767 has no place in table
-/// `Info-Direction` and is left out.
+/// What is chosen stays in memory until `UpdateDataDir`. A device whose `d_Id` is not from 1 to 32767 has no place in
+/// table `Info-Direction` and is left out.
 class DirectionMatrix final : public GridModel {
     Q_OBJECT
 

@@ -99,8 +99,13 @@ GridModel::Error GridRecords::Requery() {
         auto query = m_database.Select({SelectStatement(m_source.where), m_values}, problem);
         while (query && query->next())
             m_rows.push_back(RowOf(*query));
-        if (!query)
+        if (query && query->lastError().isValid())
+            problem = query->lastError().databaseText();
+        if (!query || !problem.isEmpty()) {
+            // Rows that are cut short must not pass for all there are.
+            m_rows.clear();
             error = schema::ReadableError(problem);
+        }
     } else {
         error = ClosedText();
     }

@@ -114,6 +114,8 @@ public:
     explicit Connection(const QString& path)
         : m_name(QUuid::createUuid().toString())
         , Database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name)) {
+        // Another program's writing is waited for as long as when the store is opened.
+        Database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=25000"));
         Database.setDatabaseName(path);
     }
     Connection(const Connection&) = delete;
@@ -153,8 +155,12 @@ QString JetTakeover::StoreFault(const QString& path) {
     QSqlQuery query(database);
     // Values outside their column's range are the loaders' business.
     query.exec(QStringLiteral("PRAGMA ignore_check_constraints = ON"));
-    if (!query.exec(QStringLiteral("PRAGMA quick_check(1)")) || !query.next())
-        return QStringLiteral("It is damaged: %1.").arg(query.lastError().databaseText());
+    if (!query.exec(QStringLiteral("PRAGMA quick_check(1)")) || !query.next()) {
+        const QString code = query.lastError().nativeErrorCode();
+        const bool isBusy = code == QStringLiteral("5") || code == QStringLiteral("6");
+        return isBusy ? QStringLiteral("It is in use by another program.")
+                      : QStringLiteral("It is damaged: %1.").arg(query.lastError().databaseText());
+    }
     const QString verdict = query.value(0).toString();
     if (verdict != QStringLiteral("ok"))
         return QStringLiteral("It is damaged: %1.").arg(verdict);

@@ -150,12 +150,14 @@ model::TicketEntry TicketRecords::GetLastTicket(quint8 number) {
         return entry;
     RowReader read(m_log, id);
     const auto ticketNo = read.Needed<qint16>(data.Field(u"TicketNo"), "TicketNo");
-    const auto serviceId = read.Needed<qint32>(data.Field(u"ServiceId"), "ServiceId");
     if (!read.IsGood())
         return entry;
     entry.TicketNo = ticketNo;
     entry.RecordId = id;
-    entry.ServiceIndex = std::max<qint16>(m_installation.FindServiceById(serviceId), 0);
+    // A service that is not there counts as the first one, and so does a number that names none.
+    const auto serviceId = read.Needed<qint32>(data.Field(u"ServiceId"), "ServiceId");
+    if (read.IsGood())
+        entry.ServiceIndex = std::max<qint16>(m_installation.FindServiceById(serviceId), 0);
     return entry;
 }
 

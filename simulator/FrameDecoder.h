@@ -17,7 +17,7 @@ public:
     };
 
     /// What is collected without an ETX is dropped beyond this many bytes.
-    static constexpr qsizetype LongestFrame = 1024;
+    static constexpr qsizetype LongestFrame = 8192;
 
     std::function<void(const Command&)> OnCommand;
     std::function<void()> OnAck;

@@ -309,12 +309,15 @@ SimulatedDevice::Answer SimulatedBus::Ask(const FrameDecoder::Command& command, 
 
 void SimulatedBus::Broadcast(const FrameDecoder::Command& command) {
     for (const std::unique_ptr<SimulatedDevice>& device : m_devices) {
-        if (!device->IsSilent())
+        if (!device->IsSilent() && !device->Identity().Detached)
             device->Hear(command.Letter, command.Data);
     }
 }
 
 void SimulatedBus::HandleCommand(const FrameDecoder::Command& command) {
+    // What was read before the adapter was pulled has not come any more.
+    if (!IsOpen())
+        return;
     ++m_counters.Commands;
     const bool hangsUp = m_counters.Commands == quint64(m_faults.Settings().HangUpAfter);
     const Faults::Plan plan = m_faults.Next();
