@@ -1,7 +1,11 @@
 #include "app/Program.h"
 
+#include "console/TestConsole.h"
+#include "console/frmBusMonitor.h"
+#include "console/frmTest.h"
 #include "database/JetTakeover.h"
 #include "hubs/frmHUBCfg.h"
+#include "operator/frmMain.h"
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
 #include "printers/frmDesignTicket.h"
@@ -10,7 +14,10 @@
 #include "station/Station.h"
 #include "utilities/frmSetPort.h"
 
+#include <QApplication>
+#include <QDesktopServices>
 #include <QFileInfo>
+#include <QUrl>
 
 namespace {
 
@@ -23,17 +30,20 @@ QString DatabaseName() {
 
 } // namespace
 
-Program::Program(QString programFolder, Clock& clock, Dialogs& dialogs)
+Program::Program(QString programFolder, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell)
     : m_clock(clock)
     , m_dialogs(dialogs)
     , m_station(std::make_unique<Station>(programFolder, clock, dialogs))
-    , m_takeover(std::make_unique<JetTakeover>(dialogs, m_station->log, programFolder + QStringLiteral("/JetImport"))) {
-}
+    , m_takeover(std::make_unique<JetTakeover>(dialogs, m_station->log, programFolder + QStringLiteral("/JetImport")))
+    , m_console(std::make_unique<TestConsole>(*m_station))
+    , m_shell(std::move(shell)) {}
 
 Program::~Program() {
     m_exiting = true;
     m_takeover->Close();
     m_station->Close();
+    delete m_testWindow;
+    delete m_busMonitor;
 }
 
 QCoro::Task<> Program::Main() {
@@ -61,6 +71,7 @@ QCoro::Task<> Program::Main() {
     if (const std::optional<qint16> next = station.tickets.RecoverTickets())
         station.installation->LastTicketNumber = *next;
 
+    MakeMainWindow();
     const bool opened = co_await station.line.OpenPort();
     if (m_exiting)
         co_return;
@@ -94,27 +105,46 @@ void Program::InstallEmptyDatabase(const QString& path) {
         m_station->log.WriteLog(QStringLiteral("%1 could not be made: %2").arg(path, *error), EventLog::Error);
 }
 
+void Program::MakeMainWindow() {
+    m_mainWindow = std::make_unique<frmMain>(*m_station, std::move(m_shell), QStringLiteral(ORVEX_WEBSITE));
+    const frmMain* window = m_mainWindow.get();
+    connect(window, &frmMain::SetupWanted, this, [this] {
+        m_setupWindow->show();
+        m_setupWindow->raise();
+        m_setupWindow->activateWindow();
+    });
+    connect(window, &frmMain::PortChoiceWanted, this, [this] { ShowPortWindow(*m_mainWindow); });
+    connect(window, &frmMain::TicketDesignWanted, this, [this] { ShowTicketDesigner(*m_mainWindow); });
+    connect(window, &frmMain::TestConsoleWanted, this, &Program::ShowTestConsole);
+    connect(window, &frmMain::BusMonitorWanted, this, &Program::ShowBusMonitor);
+    connect(window, &frmMain::HelpWanted, this, &Program::ShowHelp);
+    // Behind the event that wants it: a window that is closing must not go away under its own event.
+    connect(window, &frmMain::ExitWanted, this, &Program::Leave, Qt::QueuedConnection);
+}
+
 void Program::ShowSetupWindow() {
     m_setupWindow = std::make_unique<frmQueue>(*m_station);
-    connect(m_setupWindow.get(), &frmQueue::PortChoiceWanted, this, &Program::ShowPortWindow);
+    connect(m_setupWindow.get(), &frmQueue::PortChoiceWanted, this, [this] { ShowPortWindow(*m_setupWindow); });
     connect(m_setupWindow.get(), &frmQueue::HubOptionWanted, this,
             [this] { (new frmHUBCfg(m_station->hubOption, m_setupWindow.get()))->show(); });
-    connect(m_setupWindow.get(), &frmQueue::TicketDesignWanted, this, &Program::ShowTicketDesigner);
+    connect(m_setupWindow.get(), &frmQueue::TicketDesignWanted, this, [this] { ShowTicketDesigner(*m_setupWindow); });
+    connect(m_setupWindow.get(), &frmQueue::MainWindowWanted, m_mainWindow.get(), &frmMain::Open);
     connect(m_setupWindow.get(), &frmQueue::Closed, this, [this] { ExitSystem(); });
 }
 
-void Program::ShowPortWindow() {
+void Program::ShowPortWindow(QWidget& parent) {
     if (!m_portWindow) {
-        m_portWindow = std::make_unique<frmSetPort>(m_station->line, m_dialogs, SerialControl::AvailablePorts(),
-                                                    m_setupWindow.get());
+        m_portWindow = std::make_unique<frmSetPort>(m_station->line, SerialControl::AvailablePorts(), &parent);
         // Closed by its frame it is made anew the next time; hidden after a choice it comes back as it was.
         connect(m_portWindow.get(), &QDialog::rejected, this, [this] { m_portWindow.release()->deleteLater(); });
     }
+    if (m_portWindow->parentWidget() != &parent)
+        m_portWindow->setParent(&parent, m_portWindow->windowFlags());
     m_portWindow->show();
 }
 
-void Program::ShowTicketDesigner() {
-    auto* designer = new frmDesignTicket(m_station->forms, *m_station->installation, m_dialogs, m_setupWindow.get());
+void Program::ShowTicketDesigner(QWidget& parent) {
+    auto* designer = new frmDesignTicket(m_station->forms, *m_station->installation, m_dialogs, &parent);
     connect(designer, &frmDesignTicket::LogoEditorWanted, this, [this, designer] {
         auto* editor = new frmEditLogo(m_station->forms, m_dialogs, designer);
         // What it has saved can be used in the form.
@@ -124,12 +154,60 @@ void Program::ShowTicketDesigner() {
     designer->show();
 }
 
+void Program::ShowTestConsole() {
+    if (!m_testWindow)
+        m_testWindow = new frmTest(*m_station, *m_console);
+    m_testWindow->show();
+    m_testWindow->raise();
+    m_testWindow->activateWindow();
+}
+
+void Program::ShowBusMonitor() {
+    if (!m_busMonitor)
+        m_busMonitor = new frmBusMonitor(*m_station);
+    m_busMonitor->show();
+    m_busMonitor->raise();
+    m_busMonitor->activateWindow();
+}
+
+void Program::ShowHelp() {
+    for (const QString& name : {QStringLiteral("help.chm"), QStringLiteral("index.html")}) {
+        const QString path = m_station->ProgramFolder + QStringLiteral("/help/") + name;
+        if (QFileInfo::exists(path) && QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
+            return;
+    }
+    m_dialogs.ShowMessage(BoxKind::Exclamation,
+                          tr("The manual cannot be opened: %1/help").arg(m_station->ProgramFolder));
+}
+
+void Program::Leave() {
+    if (m_exiting)
+        return;
+    // A window that holds what nobody has saved asks first, and stays.
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window->isModal() && window->isVisible() && !window->close())
+            return;
+    }
+    if (m_setupWindow->close())
+        return;
+    m_setupWindow->show();
+    m_setupWindow->raise();
+    m_setupWindow->activateWindow();
+}
+
 QCoro::Task<> Program::ExitSystem() {
     if (m_exiting)
         co_return;
     m_exiting = true;
+    m_mainWindow->UnloadTray();
+    for (QWidget* window : {static_cast<QWidget*>(m_testWindow), static_cast<QWidget*>(m_busMonitor)}) {
+        if (window)
+            window->close();
+    }
+    m_mainWindow->hide();
     for (int look = 0; look < LongestEndingWait && m_station->bus.Sending(); ++look)
         co_await m_clock.DelayMilliseconds(SendingCheck);
+    m_station->CloseVoice();
     m_station->Close();
     m_takeover->Close();
     m_station->database.CloseDatabase();

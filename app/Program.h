@@ -1,17 +1,24 @@
 #pragma once
 
+#include "platform/ShellIcon.h"
+
 #include <QObject>
+#include <QPointer>
 
 #include <qcoro/qcorotask.h>
 
 #include <memory>
-
 class Clock;
 class Dialogs;
 class JetTakeover;
+class QWidget;
 class Station;
+class TestConsole;
+class frmBusMonitor;
+class frmMain;
 class frmQueue;
 class frmSetPort;
+class frmTest;
 
 /// Start and end of the program, and the only place that knows its windows.
 class Program : public QObject {
@@ -20,12 +27,16 @@ class Program : public QObject {
 public:
     /// @param programFolder the folder of settings, log, database and data files.
     /// @param clock, dialogs  must outlive the program.
-    Program(QString programFolder, Clock& clock, Dialogs& dialogs);
+    /// @param shell the notification area, none where the desktop has none.
+    Program(QString programFolder, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell = nullptr);
     ~Program() override;
 
     /// Reads the settings, lets the user pick the database, loads the installation, opens the line and shows the setup
     /// window. Cancelling the choice ends the program without a message.
     QCoro::Task<> Main();
+
+    /// Closes the windows, and ends the program unless one of them has something to settle first.
+    void Leave();
 
     /// The one way out: waits up to 3 s for a command on the line, ends what still runs, closes the database, takes the
     /// day's backup. `Ended` comes at its end. A second call does nothing.
@@ -40,15 +51,24 @@ Q_SIGNALS:
 private:
     QCoro::Task<QString> ChooseDatabase();
     void InstallEmptyDatabase(const QString& path);
+    void MakeMainWindow();
     void ShowSetupWindow();
-    void ShowPortWindow();
-    void ShowTicketDesigner();
+    void ShowPortWindow(QWidget& parent);
+    void ShowTicketDesigner(QWidget& parent);
+    void ShowTestConsole();
+    void ShowBusMonitor();
+    void ShowHelp();
 
     Clock& m_clock;
     Dialogs& m_dialogs;
     std::unique_ptr<Station> m_station;
     std::unique_ptr<JetTakeover> m_takeover;
+    std::unique_ptr<TestConsole> m_console;
+    std::unique_ptr<ShellIcon> m_shell; ///< until the main window takes it
+    std::unique_ptr<frmMain> m_mainWindow;
     std::unique_ptr<frmQueue> m_setupWindow;
     std::unique_ptr<frmSetPort> m_portWindow;
+    QPointer<frmTest> m_testWindow;
+    QPointer<frmBusMonitor> m_busMonitor;
     bool m_exiting = false;
 };

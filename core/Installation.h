@@ -125,6 +125,9 @@ struct Installation {
         return std::span(QObjects).first(static_cast<std::size_t>(NumObjects));
     }
 
+    std::span<QService> LoadedServices() { return std::span(QServices).first(static_cast<std::size_t>(NumServices)); }
+    std::span<QObject> LoadedObjects() { return std::span(QObjects).first(static_cast<std::size_t>(NumObjects)); }
+
     /// Index of the first loaded service with that `Id`, -1 if there is none.
     qint16 FindServiceById(qint32 id) const;
     /// Index of the first loaded service with that `Number`; 0, the first service, if there is none. With no service

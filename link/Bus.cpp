@@ -42,6 +42,9 @@ Bus::Bus(SerialControl& control, EventLog& log, QObject* parent)
     , m_log(log) {
     m_deadline.setSingleShot(true);
     m_deadline.setTimerType(Qt::PreciseTimer);
+    m_reader.OnFrame = [this](const QByteArray& frame, bool isGood) {
+        Q_EMIT FrameReceived(frame, isGood, m_wait != nullptr);
+    };
     connect(&m_deadline, &QTimer::timeout, this, &Bus::OnDeadline);
     connect(&m_control, &SerialControl::CharactersArrived, this, &Bus::OnCharacters);
     connect(&m_control, &SerialControl::Closed, this, &Bus::OnLineClosed);
@@ -91,19 +94,19 @@ QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data
         const QByteArray body = frames::Body(address, sequence, letter, data);
         const QByteArray frame = frames::BuildFrame(body);
         if (broadcast)
-            reply = BroadcastFrame(address, frame);
+            reply = BroadcastFrame(address, frame, attempt + 1);
         else
-            reply = co_await SendFrame(address, frame, timeout);
+            reply = co_await SendFrame(address, frame, timeout, attempt * FrameRepeats + 1);
     }
     if (!reply.ok)
         m_reader.ClearReceiveState();
     co_return reply;
 }
 
-QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds timeout) {
+QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds timeout, int attempt) {
     Outcome outcome = Outcome::TimedOut;
     for (qint16 repeat = 0; repeat < FrameRepeats && outcome == Outcome::TimedOut; ++repeat) {
-        Q_EMIT FrameSent(address, frame);
+        Q_EMIT FrameSent(address, frame, attempt + repeat);
         m_reader.ForgetReply();
         Completion<Outcome> wait;
         m_wait = &wait;
@@ -111,6 +114,8 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
         StartDeadline(timeout);
         outcome = co_await wait.Wait();
         m_wait = nullptr;
+        if (outcome != Outcome::Answered)
+            Q_EMIT ReplyMissed(address, m_reader.ReceiveBuffer(), outcome == Outcome::TimedOut);
     }
 
     Reply reply;
@@ -129,8 +134,8 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
     co_return reply;
 }
 
-Reply Bus::BroadcastFrame(quint8 address, const QByteArray& frame) {
-    Q_EMIT FrameSent(address, frame);
+Reply Bus::BroadcastFrame(quint8 address, const QByteArray& frame, int attempt) {
+    Q_EMIT FrameSent(address, frame, attempt);
     WriteFrame(frame);
     return {.ok = true, .frame = {}};
 }
@@ -191,8 +196,7 @@ void Bus::OnDeadline() {
 
 void Bus::OnCharacters() {
     const QByteArray characters = m_control.TakeAll();
-    for (const char character : characters)
-        Q_EMIT CharacterReceived(character);
+    Q_EMIT CharactersReceived(characters);
     m_reader.Feed(characters);
     if (m_wait && m_reader.ReplyComplete())
         EndWait(Outcome::Answered);

@@ -71,12 +71,17 @@ public:
     qint16 FrameRepeats = 1;
 
 Q_SIGNALS:
-    /// One character came in, STX, ETX and ACK included.
-    void CharacterReceived(char character);
-    /// A frame goes out, whole as built.
-    void FrameSent(quint8 address, const QByteArray& frame);
+    /// Characters came in, all that were waiting: STX, ETX and ACK included.
+    void CharactersReceived(const QByteArray& characters);
+    /// A frame goes out, whole as built. @param attempt 1 for the first, 2 and up where it is tried again.
+    void FrameSent(quint8 address, const QByteArray& frame, int attempt);
+    /// A frame came in. @param isGood its check sum holds. @param isAwaited a command waits for an answer.
+    void FrameReceived(const QByteArray& frame, bool isGood, bool isAwaited);
     /// The answer that a waiting command took.
     void ReplyTaken(quint8 address, const QByteArray& frame);
+    /// Nobody answered the frame that was sent last. @param collected what had come of an answer. @param isLineOpen the
+    /// time is over; otherwise the line went away or is being closed.
+    void ReplyMissed(quint8 address, const QByteArray& collected, bool isLineOpen);
     /// No command is on the line any more and none waits.
     void Idle();
 
@@ -84,8 +89,8 @@ private:
     class Turn;
     enum class Outcome { Answered, TimedOut, Failed };
 
-    QCoro::Task<Reply> SendFrame(quint8 address, QByteArray frame, Milliseconds timeout);
-    Reply BroadcastFrame(quint8 address, const QByteArray& frame);
+    QCoro::Task<Reply> SendFrame(quint8 address, QByteArray frame, Milliseconds timeout, int attempt);
+    Reply BroadcastFrame(quint8 address, const QByteArray& frame, int attempt);
     void WriteFrame(const QByteArray& frame);
     void Write(QByteArrayView characters);
     void OnCharacters();

@@ -63,6 +63,11 @@ QCoro::Task<bool> CommLine::OpenPort() {
 }
 
 QCoro::Task<bool> CommLine::ChoosePort(QString name, QString baud) {
+    if (name.isEmpty() || baud.isEmpty()) {
+        const QString missing = QStringLiteral("Please select a Device and Baudrate!");
+        co_await m_dialogs.ShowMessage(BoxKind::Critical, missing);
+        co_return false;
+    }
     Settings.CommDevice = name;
     Settings.CommName = name;
     Settings.CommBaud = baud;

@@ -41,7 +41,7 @@ public:
     QCoro::Task<bool> OpenPort();
 
     /// Takes another port and speed: saves them, opens the line and tells its state. A line that does not open keeps
-    /// the new choice all the same.
+    /// the new choice all the same. Without one of them a box asks for both and nothing changes.
     QCoro::Task<bool> ChoosePort(QString name, QString baud);
 
     void ClosePort();

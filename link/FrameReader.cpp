@@ -27,15 +27,7 @@ void FrameReader::FeedOne(char character) {
         if (!m_inFrame)
             ++m_counters.Stray;
         m_inFrame = false;
-        if (frames::chkCS(m_buffer)) {
-            ++m_counters.Frames;
-            m_replyComplete = true;
-            m_buffer.append(character);
-        } else {
-            if (!m_buffer.isEmpty())
-                ++m_counters.BadSums;
-            ClearReceiveState();
-        }
+        EndFrame();
         return;
     default:
         break;
@@ -50,6 +42,21 @@ void FrameReader::FeedOne(char character) {
         return;
     }
     m_buffer.append(character);
+}
+
+void FrameReader::EndFrame() {
+    const bool isGood = frames::chkCS(m_buffer);
+    const bool isFrame = !m_buffer.isEmpty();
+    m_buffer.append(frames::Etx);
+    if (isFrame && OnFrame)
+        OnFrame(m_buffer, isGood);
+    if (isGood) {
+        ++m_counters.Frames;
+        m_replyComplete = true;
+    } else {
+        m_counters.BadSums += isFrame ? 1 : 0;
+        ClearReceiveState();
+    }
 }
 
 QByteArray FrameReader::TakeReply() {

@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+#include <functional>
+
 /// The receive path: characters in, in any slicing, and a checked reply out. Knows no port and no command.
 ///
 /// Three stages: idle, collecting (an STX came and no ETX yet), complete (a frame with a good check sum stands in the
@@ -18,6 +20,10 @@ public:
         quint64 Abandoned = 0; ///< begun, and ended by another STX
         quint64 Stray = 0;     ///< characters outside frames, ACK and EOT not counted
     };
+
+    /// Called with each frame as its ETX comes, from STX to ETX, and whether its check sum is good. It must not feed
+    /// the reader.
+    std::function<void(const QByteArray& frame, bool isGood)> OnFrame;
 
     /// Handles characters in the order in which they came.
     void Feed(QByteArrayView characters);
@@ -42,6 +48,7 @@ public:
 
 private:
     void FeedOne(char character);
+    void EndFrame();
 
     QByteArray m_buffer;
     bool m_inFrame = false;

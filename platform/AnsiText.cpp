@@ -2,6 +2,7 @@
 
 #include <QHash>
 
+#include <algorithm>
 #include <array>
 
 namespace ansi {
@@ -22,6 +23,20 @@ const QHash<char16_t, char>& UpperControlCodes() {
         return made;
     }();
     return codes;
+}
+
+/// The visible sign of a character.
+QChar Sign(QChar character) {
+    switch (character.unicode()) {
+    case 0x02:
+        return u'\u25B8';
+    case 0x03:
+        return u'\u25C2';
+    case 0x06:
+        return u'\u2713';
+    default:
+        return character.category() == QChar::Other_Control ? QChar(u'\u00B7') : character;
+    }
 }
 
 } // namespace
@@ -57,6 +72,12 @@ QString Decode(QByteArrayView bytes) {
         text.append(code >= 0x80 && code <= 0x9F ? QChar(UpperControlRow[code - 0x80]) : QChar(char16_t(code)));
     }
     return text;
+}
+
+QString Visible(QStringView text) {
+    QString visible(text.size(), Qt::Uninitialized);
+    std::transform(text.begin(), text.end(), visible.begin(), Sign);
+    return visible;
 }
 
 } // namespace ansi

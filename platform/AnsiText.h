@@ -20,4 +20,8 @@ Encoded Encode(QStringView text);
 /// Text of `bytes`; never fails.
 QString Decode(QByteArrayView bytes);
 
+/// `text` with one visible sign for each control character: triangles for STX and ETX, a tick for ACK, a dot for all
+/// others.
+QString Visible(QStringView text);
+
 } // namespace ansi

@@ -48,6 +48,9 @@ public:
     /// `ChooseFile`, `folder` is where the dialog begins. Empty if the user cancelled.
     virtual QCoro::Task<QString> ChooseSaveFile(QString filter, QString folder) = 0;
 
+    /// Asks for a line of text. Empty if the user cancelled.
+    virtual QCoro::Task<QString> AskText(QString prompt) = 0;
+
     /// Opens a progress box with a Cancel button.
     virtual std::unique_ptr<ProgressBox> ShowProgress(const QString& text) = 0;
 

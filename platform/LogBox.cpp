@@ -1,34 +1,14 @@
 #include "platform/LogBox.h"
 
+#include "platform/AnsiText.h"
+
 #include <QFontDatabase>
 #include <QMouseEvent>
 #include <QScrollBar>
 
-#include <algorithm>
-
 namespace {
 
 constexpr int GatheringTime = 50; ///< milliseconds
-
-/// One sign for each control character: those of the frames have their own, all others are a dot.
-QChar Visible(QChar character) {
-    switch (character.unicode()) {
-    case 0x02:
-        return u'\u25B8';
-    case 0x03:
-        return u'\u25C2';
-    case 0x06:
-        return u'\u2713';
-    default:
-        return character.unicode() < 0x20 || character.unicode() == 0x7F ? QChar(u'\u00B7') : character;
-    }
-}
-
-QString Visible(QStringView text) {
-    QString visible(text.size(), Qt::Uninitialized);
-    std::transform(text.begin(), text.end(), visible.begin(), [](QChar character) { return Visible(character); });
-    return visible;
-}
 
 } // namespace
 
@@ -65,7 +45,7 @@ void LogBox::ShowGathered() {
     // A cursor of its own, so that what the user has selected stays selected.
     QTextCursor end(document());
     end.movePosition(QTextCursor::End);
-    end.insertText(Visible(QStringView(m_content).sliced(m_shown)));
+    end.insertText(ansi::Visible(QStringView(m_content).sliced(m_shown)));
     m_shown = m_content.size();
     if (!textCursor().hasSelection())
         verticalScrollBar()->setValue(verticalScrollBar()->maximum());

@@ -1,10 +1,12 @@
 #include "platform/WindowDialogs.h"
 
+#include "platform/AnsiText.h"
 #include "platform/Completion.h"
 
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QInputDialog>
 #include <QMessageBox>
 #include <QProgressDialog>
 
@@ -28,8 +30,19 @@ QMessageBox::Icon IconOf(BoxKind kind) {
     return QMessageBox::NoIcon;
 }
 
+/// Replies of devices in the text hold control characters; line ends stay.
+QString Legible(const QString& text) {
+    QStringList lines = text.split(u'\n');
+    for (QString& line : lines) {
+        if (line.endsWith(u'\r'))
+            line.chop(1);
+        line = ansi::Visible(line);
+    }
+    return lines.join(u'\n');
+}
+
 QMessageBox* MakeBox(BoxKind kind, const QString& text, QMessageBox::StandardButtons buttons) {
-    auto* box = new QMessageBox(IconOf(kind), Title(), text, buttons, QApplication::activeWindow());
+    auto* box = new QMessageBox(IconOf(kind), Title(), Legible(text), buttons, QApplication::activeWindow());
     box->setObjectName(QStringLiteral("messageBox"));
     box->setTextFormat(Qt::PlainText);
     // Names in the text have the letters of the window's font.
@@ -146,6 +159,19 @@ QCoro::Task<QString> WindowDialogs::ChooseSaveFile(QString filter, QString folde
     dialog->setDefaultSuffix(filter.section(u'.', -1));
     const QString chosen = co_await RunFileDialog(dialog);
     co_return chosen;
+}
+
+QCoro::Task<QString> WindowDialogs::AskText(QString prompt) {
+    auto* box = new QInputDialog(QApplication::activeWindow());
+    box->setObjectName(QStringLiteral("inputBox"));
+    box->setWindowTitle(Title());
+    box->setLabelText(prompt);
+    const QPointer<QInputDialog> guarded(box);
+    const int result = co_await Run(box);
+    QString typed;
+    if (result == QDialog::Accepted && guarded)
+        typed = guarded->textValue();
+    co_return typed;
 }
 
 std::unique_ptr<ProgressBox> WindowDialogs::ShowProgress(const QString& text) {

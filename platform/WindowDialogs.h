@@ -20,6 +20,7 @@ public:
     QCoro::Task<Answer> AskYesNoCancel(BoxKind kind, QString question) override;
     QCoro::Task<QString> ChooseFile(QString filter, QString suggested) override;
     QCoro::Task<QString> ChooseSaveFile(QString filter, QString folder) override;
+    QCoro::Task<QString> AskText(QString prompt) override;
     std::unique_ptr<ProgressBox> ShowProgress(const QString& text) override;
     void Close() override;
 

@@ -12,7 +12,6 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
-#include <QPainter>
 #include <QPointer>
 #include <QPushButton>
 #include <QSettings>
@@ -23,19 +22,6 @@ namespace {
 
 constexpr int DirectionTab = 2;
 constexpr int FindingsHeight = 110; ///< pixels of the list when it opens
-
-/// The lamp of an open or a closed line.
-QPixmap LinePicture(bool opened, int height, qreal scale) {
-    QPixmap picture(QSize(height, height) * scale);
-    picture.setDevicePixelRatio(scale);
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QColor(0x50, 0x50, 0x50));
-    painter.setBrush(opened ? QColor(0x2E, 0xB0, 0x40) : QColor(0xC8, 0x3C, 0x3C));
-    painter.drawEllipse(QRectF(1.5, 1.5, height - 3, height - 3));
-    return picture;
-}
 
 /// Shows a refused change and lets the user go on with the typed text.
 QCoro::Task<> TellDataError(Dialogs& dialogs, QString text, QPointer<frmQueue> window, QPointer<DataGrid> grid) {
@@ -75,6 +61,7 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     connect(m_ui->TabStrip1, &QTabWidget::currentChanged, this, &frmQueue::ShowTab);
     SetUpTabKeys();
     connect(m_ui->mnSetCOM, &QAction::triggered, this, &frmQueue::PortChoiceWanted);
+    connect(m_ui->mnMainWindow, &QAction::triggered, this, &frmQueue::MainWindowWanted);
     connect(m_ui->mnSetHubCounter, &QAction::triggered, this, &frmQueue::HubOptionWanted);
     connect(m_ui->mnSetServiceCfg, &QAction::triggered, this, [this] { Run(&Station::SetServiceConfig); });
     connect(m_ui->mnTDTime, &QAction::triggered, this, [this] { Run(&Station::SetPrinterClocks); });
@@ -84,8 +71,10 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     connect(&m_station, &Station::BusyChanged, this, &frmQueue::ShowBusy);
     connect(&m_station, &Station::ProgressChanged, m_progress, &QLabel::setText);
     connect(&m_station.line, &CommLine::StatusChanged, this, &frmQueue::SetCommStatus);
-    connect(&m_station.bus, &Bus::CharacterReceived, this,
-            [this](char character) { AddLog1(ansi::Decode(QByteArrayView(&character, 1))); });
+    connect(&m_station.bus, &Bus::CharactersReceived, this, [this](const QByteArray& characters) {
+        for (const QChar character : ansi::Decode(characters))
+            AddLog1(character);
+    });
     m_records->Load();
     ShowFindings();
     RestorePlaces();
@@ -159,16 +148,9 @@ void frmQueue::SetUpStatusBar() {
     m_findingCount = new QPushButton(this);
     m_findingCount->setObjectName(QStringLiteral("cmdFindings"));
     m_findingCount->setFlat(true);
-    m_device = new QLabel(this);
-    m_device->setObjectName(QStringLiteral("lblDevice"));
-    m_baud = new QLabel(this);
-    m_baud->setObjectName(QStringLiteral("lblBaud"));
-    m_lineState = new QLabel(this);
-    m_lineState->setObjectName(QStringLiteral("lblLineState"));
     statusBar()->addWidget(m_progress, 1);
     statusBar()->addPermanentWidget(m_findingCount);
-    for (QLabel* panel : {m_device, m_baud, m_lineState})
-        statusBar()->addPermanentWidget(panel);
+    m_linePanels.emplace(*statusBar());
 }
 
 void frmQueue::SetUpCheck() {
@@ -232,14 +214,7 @@ void frmQueue::GoToFinding(int index) {
 }
 
 void frmQueue::SetCommStatus(const QString& device, const QString& baud, bool opened) {
-    if (!device.isEmpty())
-        m_device->setText(device);
-    if (!baud.isEmpty())
-        m_baud->setText(tr("%1 bit/s").arg(baud.trimmed()));
-    m_lineState->setPixmap(LinePicture(opened, m_lineState->fontMetrics().height(), devicePixelRatioF()));
-    const QString words = opened ? tr("The line is open") : tr("The line is closed");
-    m_lineState->setToolTip(words);
-    m_lineState->setAccessibleName(words);
+    m_linePanels->SetCommStatus(device, baud, opened);
 }
 
 void frmQueue::AddLog1(const QString& text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/LinePanels.h"
 #include "station/InstallationCheck.h"
 
 #include <QMainWindow>
@@ -7,6 +8,7 @@
 #include <qcoro/qcorotask.h>
 
 #include <memory>
+#include <optional>
 
 class DataGrid;
 class QLabel;
@@ -43,6 +45,8 @@ Q_SIGNALS:
     void PortChoiceWanted();
     /// The user wants to set the hubs' counter option.
     void HubOptionWanted();
+    /// The user wants to see the main window.
+    void MainWindowWanted();
     /// The user wants to design a ticket form for the family of printers that is chosen now.
     void TicketDesignWanted();
     /// The user has closed the window, with nothing left unwritten.
@@ -77,9 +81,7 @@ private:
     std::unique_ptr<SetupRecords> m_records;
     std::unique_ptr<Ui::frmQueue> m_ui;
     std::vector<Finding> m_findings;
-    QLabel* m_device = nullptr;
-    QLabel* m_baud = nullptr;
-    QLabel* m_lineState = nullptr;
+    std::optional<LinePanels> m_linePanels;
     QLabel* m_progress = nullptr;
     QPushButton* m_findingCount = nullptr;
     bool m_isBusy = false;

@@ -47,6 +47,7 @@ QCoro::Task<bool> InitRun::InitQObjects() {
     co_await m_station.starts.BroadcastReset();
     co_await m_station.clock.DelayMilliseconds(AfterReset);
     bool all = true;
+    Silent.clear();
     for (qint16 i = 0; i < installation.NumObjects; ++i) {
         bool answered = true;
         const QByteArray noText;
@@ -67,6 +68,8 @@ QCoro::Task<bool> InitRun::InitQObjects() {
             break;
         }
         all = all && answered;
+        if (!answered)
+            Silent += installation.QObjects[static_cast<std::size_t>(i)].Name;
         if (CancelInit)
             break;
         Q_EMIT UpdateGauge(i + 1);
@@ -74,10 +77,7 @@ QCoro::Task<bool> InitRun::InitQObjects() {
     }
     co_await m_station.clock.DelaySeconds(AtTheEnd);
     Q_EMIT closeGauge();
-    if (!CancelInit) {
-        QueueRunning = true;
-        m_station.bus.FrameRepeats = 1;
-        Q_EMIT Started();
-    }
+    if (!CancelInit)
+        m_station.run.SetRunning(true);
     co_return all;
 }

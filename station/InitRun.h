@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QStringList>
 
 #include <qcoro/qcorotask.h>
 
@@ -21,10 +22,11 @@ public:
     /// program clears it.
     bool CancelInit = false;
 
-    /// The installation has been initialized or started; changed by a run that is not cancelled.
-    bool QueueRunning = false;
+    /// Names of the counters, printers and displays that did not answer in the last run.
+    QStringList Silent;
 
-    /// Runs over all objects. Takes at least 2.25 s, 0.1 s an object, and 1.5 s more a printer.
+    /// Runs over all objects, and starts the system at the end unless it is cancelled. Takes at least 2.25 s, 0.1 s an
+    /// object, and 1.5 s more a printer.
     /// @return true if every counter, printer and display answered.
     QCoro::Task<bool> InitQObjects();
 
@@ -33,8 +35,6 @@ Q_SIGNALS:
     void presetGauge(int min, int max);
     void UpdateGauge(int value);
     void closeGauge();
-    /// The system is in the started state.
-    void Started();
 
 private:
     QCoro::Task<bool> InitCounter(qint16 object);

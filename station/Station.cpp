@@ -2,8 +2,15 @@
 
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
+#include "platform/VoiceChannel.h"
 
 #include <limits>
+
+namespace {
+
+constexpr qint16 FirstTicketNumber = 1001; ///< after a reset of the system
+
+} // namespace
 
 /// Marks the station busy for as long as it lives.
 class Station::Operation {
@@ -34,6 +41,7 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     , installation(std::make_unique<model::Installation>())
     , line(control, ini, dialogs, clock)
     , bus(control, log)
+    , trace(bus)
     , router(bus, *installation)
     , hubs(bus, *installation)
     , clocks(bus, *installation, clock)
@@ -50,6 +58,7 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
           ProgramFolder, *installation, router, clock, dialogs, ini,
           [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log)
     , check(database, tickets, options, clock)
+    , run(*this)
     , init(*this) {
     connect(&printers, &PrinterConfig::Progress, this, [this](const QString& printerName, int done, int total) {
         Q_EMIT ProgressChanged(tr("Printer %1: %2 of %3").arg(printerName).arg(done).arg(total));
@@ -71,6 +80,7 @@ Station::~Station() {
 }
 
 void Station::Close() {
+    Q_EMIT Closing();
     // Boxes first: what fails because of the end must not open one.
     dialogs.Close();
     bus.Close();
@@ -96,6 +106,7 @@ QCoro::Task<bool> Station::ReloadOrExplain() {
         co_await ExplainClosed();
         co_return false;
     }
+    Q_EMIT ModelChanged();
     co_return true;
 }
 
@@ -116,6 +127,7 @@ QCoro::Task<> Station::ReloadDirections() {
     }
     installation->NumObjects = loaders.TakeCounters(*counters);
     installation->NumDirections = loaders.TakeDirections(*directions);
+    Q_EMIT ModelChanged();
 }
 
 QCoro::Task<> Station::ShowAnswered(bool answered) {
@@ -155,6 +167,14 @@ QCoro::Task<> Station::SetServiceConfig() {
     const bool reloaded = co_await ReloadOrExplain();
     if (!reloaded)
         co_return;
+    co_await ConfigPrinters();
+}
+
+QCoro::Task<> Station::ConfigPrinters() {
+    if (IsBusy()) {
+        co_await ExplainBusy();
+        co_return;
+    }
     bool all = false;
     {
         const Operation running(*this);
@@ -226,4 +246,75 @@ QCoro::Task<> Station::InitAllObjects() {
     }
     const Operation running(*this);
     co_await init.InitQObjects();
+}
+
+QCoro::Task<> Station::InitHubs() {
+    if (IsBusy()) {
+        co_await ExplainBusy();
+        co_return;
+    }
+    {
+        const Operation running(*this);
+        for (qint16 i = 0; i < installation->NumObjects; ++i) {
+            const model::QObject& object = installation->QObjects[static_cast<std::size_t>(i)];
+            if (object.Type != model::Hub)
+                continue;
+            Q_EMIT ProgressChanged(tr("Setting %1").arg(object.Name));
+            const bool answered = co_await hubs.SendHubMembers(i);
+            if (answered)
+                continue;
+            const QString failed = QStringLiteral("Set config to Hub number: %1 fail.").arg(object.Number);
+            co_await dialogs.ShowMessage(BoxKind::Exclamation, failed);
+        }
+    }
+    const QString done = QStringLiteral("Init done.");
+    co_await dialogs.ShowMessage(BoxKind::Information, done);
+}
+
+QCoro::Task<> Station::ResetSystem() {
+    if (IsBusy()) {
+        co_await ExplainBusy();
+        co_return;
+    }
+    {
+        const Operation running(*this);
+        co_await starts.BroadcastResetAndTime([this] { return init.CancelInit; });
+        // What cannot be deleted is in the log.
+        tickets.ClearTicketRecords();
+        for (model::QService& service : installation->LoadedServices()) {
+            service.WaitRing.ResetRing();
+            service.FlaggedRing.ResetRing();
+            service.NextNumber = service.Series + 1;
+        }
+        installation->LastTicketNumber = FirstTicketNumber;
+    }
+    const QString done = QStringLiteral("System reset done. Please restart Orvex.");
+    co_await dialogs.ShowMessage(BoxKind::Information, done);
+}
+
+QCoro::Task<> Station::ActiveAll() {
+    run.ResetObjects();
+    const QString marked = QStringLiteral("All queue objects are marked as active.");
+    co_await dialogs.ShowMessage(BoxKind::Information, marked);
+}
+
+QCoro::Task<> Station::RefreshIfChanged() {
+    if (IsBusy() || !reload.DbChanged)
+        co_return;
+    const bool refreshed = co_await reload.RefreshIfChanged(dialogs);
+    if (!refreshed)
+        co_return;
+    // The objects may stand in other places now: what goes behind a hub must not go by the old ones.
+    BuildHubTable(*installation, log);
+    Q_EMIT ModelChanged();
+}
+
+void Station::CloseVoice() {
+    constexpr qint16 Messages = 1;
+    constexpr qint16 Net = 2;
+    constexpr qint16 Closing = 2;
+    if (options.VoiceType == Messages)
+        voice::PostToVoice(Closing, 0);
+    else if (options.VoiceType == Net)
+        log.WriteLog(QStringLiteral("Closing voice:localnet Not support!"), EventLog::Error);
 }

@@ -14,12 +14,14 @@
 #include "hubs/HubOption.h"
 #include "hubs/HubRouter.h"
 #include "link/Bus.h"
+#include "link/BusTrace.h"
 #include "link/CommLine.h"
 #include "platform/SerialControl.h"
 #include "printers/PrinterConfig.h"
 #include "printers/TicketForms.h"
 #include "station/InitRun.h"
 #include "station/InstallationCheck.h"
+#include "station/RunControl.h"
 
 #include <QObject>
 
@@ -51,6 +53,7 @@ public:
     SerialControl control;
     CommLine line;
     Bus bus;
+    BusTrace trace;
     HubRouter router;
     HubConfig hubs;
     DeviceClocks clocks;
@@ -65,6 +68,7 @@ public:
     PrinterConfig printers;
     TicketForms forms;
     InstallationCheck check;
+    RunControl run;
     InitRun init;
 
     /// An operation that reads the model over a longer time runs. `RefreshModel` and further such operations are
@@ -96,16 +100,39 @@ public:
     QCoro::Task<> SetHubClocks();
     QCoro::Task<> SetPrinterClocks();
 
+    /// Loads every printer from the model as it stands and shows the outcome in a box.
+    QCoro::Task<> ConfigPrinters();
+
+    /// Sends every hub its member list, names each that fails in a box, and says that it is done, whatever the outcome.
+    QCoro::Task<> InitHubs();
+
     /// Runs the initialization over all objects.
     QCoro::Task<> InitAllObjects();
 
+    /// Resets all devices, forgets all tickets, lets all numbers begin anew, and says so. Asks nothing.
+    QCoro::Task<> ResetSystem();
+
+    /// Marks all objects as active and says so.
+    QCoro::Task<> ActiveAll();
+
+    /// Brings the model up to date if the setup window has changed the store, as far as that is possible while the
+    /// system runs. While an operation reads the model nothing happens, and the change is still to be taken.
+    QCoro::Task<> RefreshIfChanged();
+
     /// Loads letters into every printer and says that it is done. @param zoneRich sets the family of printers.
     QCoro::Task<> LoadVniFont(bool zoneRich);
+
+    /// Tells the voice program, if there is to be one, that this program ends. Never waits.
+    void CloseVoice();
 
     /// Ends every running operation: commands fail, waits and boxes end. Nothing can be started afterwards.
     void Close();
 
 Q_SIGNALS:
+    /// Services or objects have been read anew.
+    void ModelChanged();
+    /// Every command and every wait will end at once from now on.
+    void Closing();
     /// A long operation has begun or ended.
     void BusyChanged(bool busy);
     /// What the running operation is at, for the status bar; empty when it has ended.

@@ -14,7 +14,7 @@ install_packages() {
 }
 
 # What building takes, and what the built programs need to run.
-BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-dev-tools qt6-serialport-dev
+BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-dev-tools qt6-serialport-dev qt6-svg-dev
                 libqt6sql6-sqlite qcoro-qt6-dev mdbtools-dev libsqlite3-dev libgtest-dev libgmock-dev
                 fonts-dejavu-core)
 # What the checks take beyond that.

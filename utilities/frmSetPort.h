@@ -7,7 +7,6 @@
 #include <memory>
 
 class CommLine;
-class Dialogs;
 namespace Ui {
 class frmSetPort;
 }
@@ -20,17 +19,14 @@ class frmSetPort : public QDialog {
     Q_OBJECT
 
 public:
-    /// The ports COM1 to COM8 are offered, `ports` behind them, and the saved port if it is none of these.
-    /// @param line, dialogs  must outlive the window.
-    frmSetPort(CommLine& line, Dialogs& dialogs, const QList<SerialControl::Port>& ports, QWidget* parent = nullptr);
+    /// The ports COM1 to COM8 are offered, `available` ones behind them, and the saved port if it is none of these.
+    /// @param line must outlive the window.
+    frmSetPort(CommLine& line, const QList<SerialControl::Port>& available, QWidget* parent = nullptr);
     ~frmSetPort() override;
 
 private:
-    void FillPorts(const QList<SerialControl::Port>& ports);
-    void FillSpeeds();
     void Choose();
 
     CommLine& m_line;
-    Dialogs& m_dialogs;
     std::unique_ptr<Ui::frmSetPort> m_ui;
 };

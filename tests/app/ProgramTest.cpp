@@ -1,4 +1,4 @@
-#include "app/Program.h"
+#include "tests/app/ProgramWorld.h"
 
 #include "hubs/frmHUBCfg.h"
 #include "printers/frmDesignTicket.h"
@@ -7,49 +7,24 @@
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
 #include "station/Station.h"
-#include "tests/support/Files.h"
 #include "tests/support/StoreFile.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
-#include "tests/support/Waiting.h"
 #include "utilities/frmSetPort.h"
 
-#include <gtest/gtest.h>
-
 #include <QAction>
-#include <QApplication>
 #include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
 
-/// The whole program in a folder of its own.
-class ProgramTest : public ::testing::Test {
+class ProgramTest : public ProgramWorld {
 protected:
-    ProgramTest() {
-        QFile::link(QStringLiteral(JETIMPORT), Path(QStringLiteral("JetImport")));
-        CopyLetterFiles(m_folder.path());
-    }
-
-    QString Path(const QString& name) const { return m_folder.filePath(name); }
-
-    void Start() {
-        m_program = std::make_unique<Program>(m_folder.path(), m_clock, m_dialogs);
-        QObject::connect(m_program.get(), &Program::Ended, [this] { ++m_ended; });
-        m_running.emplace(m_program->Main());
-        EXPECT_TRUE(WaitUntil([this] { return m_running->isReady(); }, 30'000));
-    }
+    ProgramTest() { QFile::link(QStringLiteral(JETIMPORT), Path(QStringLiteral("JetImport"))); }
 
     template <typename Form = frmQueue>
     Form* Window() const {
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (auto* window = qobject_cast<Form*>(widget))
-                return window;
-        }
-        return nullptr;
+        return FindWindow<Form>();
     }
 
     /// The messages of the log, without their stamps and without the option log.
@@ -62,33 +37,25 @@ protected:
         }
         return messages;
     }
-
-    void ExpectNoPort() {
-        m_dialogs.ExpectMessage(BoxKind::Critical, QStringLiteral("COM port used by another program!"));
-    }
-
-    QTemporaryDir m_folder;
-    TestClock m_clock;
-    TestDialogs m_dialogs;
-    std::unique_ptr<Program> m_program;
-    std::optional<QCoro::Task<>> m_running;
-    int m_ended = 0;
 };
 
 } // namespace
 
 TEST_F(ProgramTest, TheFirstStartInstallsAnEmptyDatabaseAndOffersIt) {
     const QString store = Path(QStringLiteral("Harbinet.mdb"));
-    m_dialogs.ExpectChoice(store, store);
+    m_dialogs->ExpectChoice(store, store);
     ExpectNoPort();
     Start();
     ASSERT_NE(Window(), nullptr);
     EXPECT_TRUE(Window()->isVisible());
     EXPECT_EQ(m_program->TheStation().installation->LastTicketNumber, 1);
-    EXPECT_EQ(Messages(),
-              (QStringList{u"-"_qs, u"---System Startup---"_qs, u"---System Initialize.."_qs, u"before DBOpen.."_qs,
-                           u"Main Display direction not built."_qs, u"Scan Plan not built"_qs,
-                           u"No COM to Initialize system."_qs, u"End initialize."_qs}));
+    EXPECT_EQ(
+        Messages(),
+        (QStringList{u"-"_qs, u"---System Startup---"_qs, u"---System Initialize.."_qs, u"before DBOpen.."_qs,
+                     u"Main Display direction not built."_qs, u"Scan Plan not built"_qs, u"---Start load frMain"_qs,
+                     u"----- Init picObjs & lblInfo.."_qs, u"----- Init lnTrucks.."_qs, u"----- Init Scrolling.."_qs,
+                     u"----- Init COM.."_qs, u"----- Init Menu status.."_qs, u"----- Load Systray.."_qs,
+                     u"----- Load Done."_qs, u"No COM to Initialize system."_qs, u"End initialize."_qs}));
 
     Window()->close();
     EXPECT_EQ(m_ended, 1);
@@ -98,7 +65,7 @@ TEST_F(ProgramTest, TheFirstStartInstallsAnEmptyDatabaseAndOffersIt) {
 
 TEST_F(ProgramTest, ThePortWindowComesFromTheMenuAsOftenAsItIsWanted) {
     const QString store = Path(QStringLiteral("Harbinet.mdb"));
-    m_dialogs.ExpectChoice(store);
+    m_dialogs->ExpectChoice(store);
     ExpectNoPort();
     Start();
     auto* menu = Window()->findChild<QAction*>(QStringLiteral("mnSetCOM"));
@@ -112,7 +79,7 @@ TEST_F(ProgramTest, ThePortWindowComesFromTheMenuAsOftenAsItIsWanted) {
 }
 
 TEST_F(ProgramTest, TheCounterOptionIsTypedInItsWindow) {
-    m_dialogs.ExpectChoice(Path(QStringLiteral("Harbinet.mdb")));
+    m_dialogs->ExpectChoice(Path(QStringLiteral("Harbinet.mdb")));
     ExpectNoPort();
     Start();
     Window()->findChild<QAction*>(QStringLiteral("mnSetHubCounter"))->trigger();
@@ -122,18 +89,18 @@ TEST_F(ProgramTest, TheCounterOptionIsTypedInItsWindow) {
     auto* ok = window->findChild<QPushButton*>(QStringLiteral("cmdOK"));
     EXPECT_EQ(box->text(), QStringLiteral("5"));
     box->setText(QStringLiteral("11"));
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Valid value is 1..10"));
+    m_dialogs->ExpectMessage(BoxKind::Exclamation, QStringLiteral("Valid value is 1..10"));
     QTest::mouseClick(ok, Qt::LeftButton);
     ASSERT_TRUE(window->isVisible() && window->isEnabled());
     box->setText(QStringLiteral("3"));
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
+    m_dialogs->ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
     QTest::mouseClick(ok, Qt::LeftButton);
     EXPECT_TRUE(WaitUntil([this] { return Window<frmHUBCfg>() == nullptr; }));
     EXPECT_TRUE(ReadFile(Path(QStringLiteral("Tallora.ini"))).contains("FromToval=3"));
 }
 
 TEST_F(ProgramTest, TheDesignerOpensForTheFamilyOfItsMenuEntry) {
-    m_dialogs.ExpectChoice(Path(QStringLiteral("Harbinet.mdb")));
+    m_dialogs->ExpectChoice(Path(QStringLiteral("Harbinet.mdb")));
     ExpectNoPort();
     Start();
     const PrinterFamily& family = m_program->TheStation().forms.family;
@@ -153,7 +120,7 @@ TEST_F(ProgramTest, TheDesignerOpensForTheFamilyOfItsMenuEntry) {
         EXPECT_TRUE(WaitUntil([this] { return !Window<frmDesignTicket>() && !Window<frmEditLogo>(); }));
     }
     for (const char* entry : {"mnVNIFontZR", "mnVNIFont"}) {
-        m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Done."));
+        m_dialogs->ExpectMessage(BoxKind::Information, QStringLiteral("Done."));
         Window()->findChild<QAction*>(QString::fromLatin1(entry))->trigger();
         EXPECT_EQ(family.PrinterZoneRich, QByteArrayView(entry) == "mnVNIFontZR");
     }
@@ -162,15 +129,15 @@ TEST_F(ProgramTest, TheDesignerOpensForTheFamilyOfItsMenuEntry) {
 TEST_F(ProgramTest, MissingLetterFilesAreToldAtTheStart) {
     QFile::remove(Path(QStringLiteral("VNIl.dat")));
     QFile::remove(Path(QStringLiteral("VCODE.dat")));
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QString());
-    m_dialogs.ExpectMessage(BoxKind::Plain, QStringLiteral("Error load VNI table"));
-    m_dialogs.ExpectChoice(QString());
+    m_dialogs->ExpectMessage(BoxKind::Exclamation, QString());
+    m_dialogs->ExpectMessage(BoxKind::Plain, QStringLiteral("Error load VNI table"));
+    m_dialogs->ExpectChoice(QString());
     Start();
     EXPECT_TRUE(Messages().filter(QStringLiteral("VNIl.dat cannot be read")).size() == 1);
 }
 
 TEST_F(ProgramTest, CancellingTheChoiceEndsInSilence) {
-    m_dialogs.ExpectChoice(QString());
+    m_dialogs->ExpectChoice(QString());
     Start();
     EXPECT_EQ(m_ended, 1);
     EXPECT_EQ(Window(), nullptr);
@@ -181,9 +148,9 @@ TEST_F(ProgramTest, CancellingTheChoiceEndsInSilence) {
 TEST_F(ProgramTest, AFileThatIsNoDatabaseIsToldAndAnotherMayBeChosen) {
     const QString text = Path(QStringLiteral("notes.mdb"));
     WriteFile(text, "Dear diary, nothing in here is a database at all.");
-    m_dialogs.ExpectChoice(text);
-    m_dialogs.ExpectMessage(BoxKind::Critical, QString());
-    m_dialogs.ExpectChoice(QString());
+    m_dialogs->ExpectChoice(text);
+    m_dialogs->ExpectMessage(BoxKind::Critical, QString());
+    m_dialogs->ExpectChoice(QString());
     Start();
     EXPECT_EQ(m_ended, 1);
     EXPECT_EQ(ReadFile(text), "Dear diary, nothing in here is a database at all.");
@@ -201,7 +168,7 @@ TEST_F(ProgramTest, OpensTheLineOfTheSettingsAndRecoversTickets) {
     SimulatedBus devices(*BusInstallation::Read(store, problem));
     ASSERT_EQ(devices.Open(), QString());
     WriteFile(Path(QStringLiteral("Tallora.ini")), "[Comm]\nDevice=" + devices.SlavePath().toUtf8() + "\nBaud=9600\n");
-    m_dialogs.ExpectChoice(store);
+    m_dialogs->ExpectChoice(store);
     Start();
     EXPECT_EQ(Messages().last(2), (QStringList{u"Initialize system.."_qs, u"End initialize."_qs}));
     Station& station = m_program->TheStation();
@@ -223,8 +190,8 @@ TEST_F(ProgramTest, AnAccessFileIsTakenOverAndOpened) {
     const QString file = Path(QStringLiteral("Old.mdb"));
     ASSERT_TRUE(QFile::copy(QStringLiteral(TEST_DATA_FOLDER "/Harbinet-jet4.mdb"), file));
     const QByteArray before = ReadFile(file);
-    m_dialogs.ExpectChoice(file);
-    m_dialogs.ExpectQuestion(BoxKind::Information, QString(), true);
+    m_dialogs->ExpectChoice(file);
+    m_dialogs->ExpectQuestion(BoxKind::Information, QString(), true);
     ExpectNoPort();
     Start();
     const model::Installation& installation = *m_program->TheStation().installation;

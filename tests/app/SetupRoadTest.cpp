@@ -1,39 +1,27 @@
-#include "app/Program.h"
+#include "tests/app/ProgramWorld.h"
 
 #include "setup/frmQueue.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
 #include "station/Station.h"
-#include "tests/support/Files.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
 #include "tests/support/WindowDriver.h"
-
-#include <gtest/gtest.h>
 
 #include <QAction>
 #include <QLabel>
-#include <QTemporaryDir>
 
 namespace {
 
 /// An installer's evening: from the empty store that the first start makes, through all four tabs, to configured
 /// devices.
-class SetupRoadTest : public ::testing::Test {
+class SetupRoadTest : public ProgramWorld {
 protected:
-    SetupRoadTest() { CopyLetterFiles(m_folder.path()); }
-
-    void Start(bool hasPort) {
+    void Begin(bool hasPort) {
         m_dialogs.emplace();
         m_dialogs->ExpectChoice(m_store);
         if (!hasPort)
-            m_dialogs->ExpectMessage(BoxKind::Critical, QStringLiteral("COM port used by another program!"));
-        m_program = std::make_unique<Program>(m_folder.path(), m_clock, *m_dialogs);
-        Await(m_program->Main());
-        for (QWidget* widget : QApplication::topLevelWidgets()) {
-            if (auto* window = qobject_cast<frmQueue*>(widget))
-                m_window = window;
-        }
+            ExpectNoPort();
+        Start();
+        m_window = FindWindow<frmQueue>();
         m_window->resize(1280, 800);
         ASSERT_TRUE(QTest::qWaitForWindowActive(m_window));
         m_hands.emplace(*m_window);
@@ -170,11 +158,6 @@ protected:
         EXPECT_TRUE(WaitUntil([this] { return !m_program->TheStation().IsBusy(); }, 30'000)) << name;
     }
 
-    QTemporaryDir m_folder;
-    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
-    TestClock m_clock;
-    std::optional<TestDialogs> m_dialogs;
-    std::unique_ptr<Program> m_program;
     frmQueue* m_window = nullptr;
     std::optional<WindowDriver> m_hands;
 };
@@ -182,7 +165,7 @@ protected:
 } // namespace
 
 TEST_F(SetupRoadTest, FromAnEmptyStoreToConfiguredDevices) {
-    Start(false);
+    Begin(false);
     EnterServices();
     EnterObjects();
     AssignCounters();
@@ -199,9 +182,8 @@ TEST_F(SetupRoadTest, FromAnEmptyStoreToConfiguredDevices) {
     ASSERT_TRUE(installation.has_value()) << qPrintable(problem);
     SimulatedBus bus(*installation);
     ASSERT_EQ(bus.Open(), QString());
-    WriteFile(m_folder.filePath(QStringLiteral("Tallora.ini")),
-              "[Comm]\nDevice=" + bus.SlavePath().toUtf8() + "\nBaud=115200\n");
-    Start(true);
+    WritePort(bus.SlavePath());
+    Begin(true);
     ExpectAllIsThere();
 
     Command("mnSetServiceCfg", QStringLiteral("Set config to all objects OK."));

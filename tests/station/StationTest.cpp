@@ -1,56 +1,33 @@
 #include "station/Station.h"
 
 #include "printers/RichText.h"
-#include "simulator/BusInstallation.h"
-#include "simulator/SimulatedBus.h"
 #include "tests/support/Files.h"
-#include "tests/support/StoreFile.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
-#include "tests/support/Waiting.h"
-
-#include <gtest/gtest.h>
-
-#include <QTemporaryDir>
+#include "tests/support/StationWorld.h"
 
 namespace {
 
 /// Two services (and a disabled one), a printer on the bus and one behind a hub, all simulated from the same store.
-class StationTest : public ::testing::Test {
+class StationTest : public StationWorld {
 protected:
-    StationTest() {
-        MakeStore(m_store,
-                  {QStringLiteral(
-                       "INSERT INTO Queue (q_Id, q_Number, q_Series, q_On, q_Name, q_Description, q_Button) VALUES "
-                       "(1, 1, 1000, 1, 'G\u00F4\u00FBi tie\u00E0n', 'Qua\u00E0y $1', 7), (2, 2, 2000, 1, 'B', '', "
-                       "NULL), (3, 3, 3000, 0, 'off', '', 9)"),
-                   QStringLiteral(
-                       "INSERT INTO Display (d_Id, d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) VALUES "
-                       "(1, 5, 1, 'Counter', 1, 0, 0), (2, 1, 32, 'Main', 1, 1, 0), (3, 2, 33, 'Second', 1, 1, 4), "
-                       "(4, 1, 64, 'HUB', 1, 3, 0)"),
-                   QStringLiteral("INSERT INTO [Queue-Display] (q_Id, d_Id) VALUES (1, 1)"),
-                   QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) VALUES (1, 1)")});
-        QString problem;
-        const auto installation = BusInstallation::Read(m_store, problem);
-        EXPECT_TRUE(installation.has_value()) << qPrintable(problem);
-        m_devices = std::make_unique<SimulatedBus>(*installation);
-        EXPECT_EQ(m_devices->Open(), QString());
-        m_station.database.OpenDatabase(m_store);
-    }
+    StationTest()
+        : StationWorld(
+              {QStringLiteral(
+                   "INSERT INTO Queue (q_Id, q_Number, q_Series, q_On, q_Name, q_Description, q_Button) VALUES "
+                   "(1, 1, 1000, 1, 'G\u00F4\u00FBi tie\u00E0n', 'Qua\u00E0y $1', 7), (2, 2, 2000, 1, 'B', '', "
+                   "NULL), (3, 3, 3000, 0, 'off', '', 9)"),
+               QStringLiteral("INSERT INTO Display (d_Id, d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) VALUES "
+                              "(1, 5, 1, 'Counter', 1, 0, 0), (2, 1, 32, 'Main', 1, 1, 0), (3, 2, 33, 'Second', 1, 1, "
+                              "4), (4, 1, 64, 'HUB', 1, 3, 0)"),
+               QStringLiteral("INSERT INTO [Queue-Display] (q_Id, d_Id) VALUES (1, 1)"),
+               QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) VALUES (1, 1)")}) {}
 
-    void OpenLine() {
-        m_station.line.Settings = {.CommDevice = m_devices->SlavePath(),
-                                   .CommName = m_devices->SlavePath(),
-                                   .CommBaud = QStringLiteral("115200")};
-        EXPECT_TRUE(Await(m_station.line.OpenPort()));
+    /// Adds objects to the store and to the line.
+    void AddObjects(const QString& values) {
+        ASSERT_FALSE(m_station.database.Run(
+            {QStringLiteral("INSERT INTO Display (d_Id, d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) VALUES ") +
+             values}));
+        Simulate(m_store);
     }
-
-    QTemporaryDir m_folder;
-    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
-    std::unique_ptr<SimulatedBus> m_devices;
-    TestClock m_clock;
-    TestDialogs m_dialogs;
-    Station m_station{m_folder.path(), m_clock, m_dialogs};
 };
 
 } // namespace
@@ -271,12 +248,7 @@ TEST_F(StationTest, AFormWithItsLogosReachesEveryPrinterWhole) {
 }
 
 TEST_F(StationTest, TheInitializationRunGivesEveryDeviceWhatItNeeds) {
-    ASSERT_FALSE(m_station.database.Run({QStringLiteral(
-        "INSERT INTO Display (d_Id, d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) VALUES (5, 6, 2, "
-        "'Behind', 1, 0, 4), (6, 9, 40, 'Board', 1, 2, 0)")}));
-    QString problem;
-    m_devices = std::make_unique<SimulatedBus>(*BusInstallation::Read(m_store, problem));
-    ASSERT_EQ(m_devices->Open(), QString());
+    AddObjects(QStringLiteral("(5, 6, 2, 'Behind', 1, 0, 4), (6, 9, 40, 'Board', 1, 2, 0)"));
     OpenLine();
     m_station.reload.ReloadAll();
     m_station.options.SendConfigOnStart = true;
@@ -288,7 +260,7 @@ TEST_F(StationTest, TheInitializationRunGivesEveryDeviceWhatItNeeds) {
     ::QObject::connect(&m_station.init, &InitRun::closeGauge, [&] { gauge += -1; });
     EXPECT_FALSE(Await(m_station.init.InitQObjects())) << "a clock is not relayed to the printer behind the hub";
     EXPECT_EQ(gauge, (QList<int>{6, 1, 2, 3, 4, 5, 6, -1}));
-    EXPECT_TRUE(m_station.init.QueueRunning);
+    EXPECT_TRUE(m_station.run.QueueRunning());
     for (const int address : {32, 33}) {
         const TicketPrinter& printer = *m_devices->FindAs<TicketPrinter>(address);
         EXPECT_EQ(printer.LoadFlag(), '!');
@@ -302,9 +274,127 @@ TEST_F(StationTest, TheInitializationRunGivesEveryDeviceWhatItNeeds) {
     // A damaged form is not sent, and a run that is cancelled stops behind its object.
     WriteFile(m_folder.filePath(QStringLiteral("Ticket.bin")), "\x03");
     m_station.init.CancelInit = true;
-    m_station.init.QueueRunning = false;
+    m_station.run.SetRunning(false);
     gauge.clear();
     EXPECT_TRUE(Await(m_station.init.InitQObjects()));
     EXPECT_EQ(gauge, (QList<int>{6, -1}));
-    EXPECT_FALSE(m_station.init.QueueRunning);
+    EXPECT_FALSE(m_station.run.QueueRunning());
+}
+
+TEST_F(StationTest, TheRunNamesWhoIsSilentAndWithoutALineItWalksAllTheSame) {
+    AddObjects(QStringLiteral("(6, 9, 40, 'Board', 1, 2, 0)"));
+    m_station.reload.ReloadAll();
+    OpenLine();
+    Silence({1, 40, 64});
+    Await(m_station.InitAllObjects());
+    EXPECT_EQ(m_station.init.Silent, (QStringList{u"Counter"_qs, u"Second"_qs, u"Board"_qs}));
+    EXPECT_TRUE(m_station.run.QueueRunning());
+
+    m_station.line.CloseComm();
+    m_station.run.SetRunning(false);
+    Await(m_station.InitAllObjects());
+    EXPECT_EQ(m_station.init.Silent, (QStringList{u"Counter"_qs, u"Main"_qs, u"Second"_qs, u"Board"_qs}));
+    EXPECT_TRUE(m_station.run.QueueRunning());
+}
+
+TEST_F(StationTest, AResetForgetsTicketsAndLetsNumbersBeginAnewWhoeverAnswers) {
+    ASSERT_FALSE(m_station.database.RunTogether(
+        {{QStringLiteral("INSERT INTO rData (ServiceId, TicketNo, Flags) VALUES (1, 1007, 0)")},
+         {QStringLiteral("UPDATE Display SET LastInfo='text'")}}));
+    m_station.reload.ReloadAll();
+    model::Installation& model = *m_station.installation;
+    model.LastTicketNumber = 1500;
+    model.QServices[0].NextNumber = 1008;
+    ASSERT_TRUE(model.QServices[0].WaitRing.RingAdd({.TicketNo = 1007}));
+    ASSERT_TRUE(model.QServices[1].FlaggedRing.RingAdd({.TicketNo = 2007}));
+    const QString done = QStringLiteral("System reset done. Please restart Orvex.");
+    for (const bool open : {false, true}) {
+        if (open)
+            OpenLine();
+        m_dialogs.ExpectMessage(BoxKind::Information, done);
+        Await(m_station.ResetSystem());
+        EXPECT_EQ(model.LastTicketNumber, 1001);
+        EXPECT_EQ(model.QServices[0].NextNumber, 1001);
+        EXPECT_EQ(model.QServices[1].NextNumber, 2001);
+        EXPECT_EQ(model.QServices[0].WaitRing.Count, 0);
+        EXPECT_EQ(model.QServices[1].FlaggedRing.Count, 0);
+        EXPECT_EQ(m_station.tickets.RecoverTickets(), std::optional<qint16>(1)) << "no ticket is left in the store";
+    }
+    EXPECT_EQ(m_station.trace.Row(0).frame.mid(1, 5), "\xAF*08R");
+    EXPECT_FALSE(m_devices->FindAs<TicketPrinter>(32)->Summary().isEmpty());
+}
+
+TEST_F(StationTest, EachHubThatDoesNotTakeItsMembersIsNamed) {
+    AddObjects(QStringLiteral("(7, 31, 65, 'HUB2', 1, 3, 0), (8, 32, 66, 'HUB3', 1, 3, 0)"));
+    m_station.reload.ReloadAll();
+    OpenLine();
+    Silence({65});
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Set config to Hub number: 31 fail."));
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Init done."));
+    Await(m_station.InitHubs());
+    EXPECT_EQ(m_devices->FindAs<DeviceHub>(64)->Members(), (std::vector<DeviceHub::Member>{{1, 33}}));
+    EXPECT_EQ(m_devices->FindAs<DeviceHub>(66)->Members(), std::vector<DeviceHub::Member>());
+}
+
+TEST_F(StationTest, TheTickCountsDownAndWakesTheObjectsUp) {
+    m_station.reload.ReloadAll();
+    model::Installation& model = *m_station.installation;
+    m_station.options.WakeupTime = 2;
+    model.QObjects[0].CommandDelay = 1;
+    model.QObjects[1].RetryDelay = 3;
+    model.QObjects[2].State = 1;
+    for (model::QObject& object : model.LoadedObjects())
+        object.Changed = false;
+    const auto changed = [&] {
+        QByteArray flags;
+        for (const model::QObject& object : model.LoadedObjects())
+            flags += object.Changed ? '1' : '0';
+        return flags;
+    };
+    for (int tick = 0; tick < 3; ++tick)
+        m_station.run.CountSecond();
+    EXPECT_EQ(model.QObjects[0].CommandDelay, 0);
+    EXPECT_EQ(model.QObjects[1].RetryDelay, 0);
+    EXPECT_EQ(changed(), "0000") << "no clients are to be woken";
+    m_station.options.ActiveClients = true;
+    for (int tick = 0; tick < 2; ++tick)
+        m_station.run.CountSecond();
+    EXPECT_EQ(changed(), "0000") << "the counter went on";
+    m_station.run.CountSecond();
+    EXPECT_EQ(changed(), "1101");
+
+    OpenLine();
+    EXPECT_EQ(m_station.run.RxActivity(), 0);
+    Await(m_station.bus.SendCommand(32, 'P', {}));
+    EXPECT_EQ(m_station.run.RxActivity(), 5);
+    for (int tick = 0; tick < 7; ++tick)
+        m_station.run.CountSecond();
+    EXPECT_EQ(m_station.run.RxActivity(), 0);
+}
+
+TEST_F(StationTest, TheLighterRefreshFollowsEditsAndDevicesBehindHubsStayReachable) {
+    m_station.reload.ReloadAll();
+    OpenLine();
+    int changes = 0;
+    ::QObject::connect(&m_station, &Station::ModelChanged, [&] { ++changes; });
+    Await(m_station.RefreshIfChanged());
+    EXPECT_EQ(changes, 0) << "nothing was edited";
+
+    // The objects move up by one.
+    ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_On=0 WHERE d_Id=1")}));
+    m_station.reload.DbChanged = true;
+    Await(m_station.RefreshIfChanged());
+    EXPECT_EQ(changes, 1);
+    EXPECT_EQ(m_station.installation->NumObjects, 3);
+    EXPECT_TRUE(Await(m_station.router.SendToObject(1, 'P', {}, Bus::DirectTimeout, 1)).ok);
+}
+
+TEST_F(StationTest, TheVoiceProgramIsToldByItsType) {
+    QStringList logged;
+    ::QObject::connect(&m_station.log, &EventLog::Written, [&](const QString& message) { logged += message; });
+    for (const qint16 type : {0, 1, 2}) {
+        m_station.options.VoiceType = type;
+        m_station.CloseVoice();
+    }
+    EXPECT_EQ(logged, QStringList{QStringLiteral("Closing voice:localnet Not support!")});
 }

@@ -58,6 +58,10 @@ void TestDialogs::ExpectChoice(const QString& file, const QString& suggested) {
     m_expected.push_back({.kind = QStringLiteral("choice"), .text = suggested, .yes = false, .file = file});
 }
 
+void TestDialogs::ExpectText(const QString& prompt, const QString& typed) {
+    m_expected.push_back({.kind = QStringLiteral("input"), .text = prompt, .yes = false, .file = typed});
+}
+
 TestDialogs::Expected TestDialogs::Next(const QString& kind, const QString& text) {
     if (m_closed)
         return {};
@@ -99,6 +103,11 @@ QCoro::Task<QString> TestDialogs::ChooseFile(QString filter, QString suggested) 
     Q_UNUSED(filter);
     QString file = Next(QStringLiteral("choice"), suggested).file;
     co_return file;
+}
+
+QCoro::Task<QString> TestDialogs::AskText(QString prompt) {
+    QString typed = Next(QStringLiteral("input"), prompt).file;
+    co_return typed;
 }
 
 std::unique_ptr<ProgressBox> TestDialogs::ShowProgress(const QString& text) {

@@ -20,6 +20,9 @@ public:
     /// null.
     void ExpectChoice(const QString& file, const QString& suggested = {});
 
+    /// A line of text to be typed.
+    void ExpectText(const QString& prompt, const QString& typed);
+
     /// Everything that a progress box showed, one text a call of `Show`.
     QStringList ProgressTexts;
     /// Answer of `ProgressBox::IsCancelled`.
@@ -30,6 +33,7 @@ public:
     QCoro::Task<Answer> AskYesNoCancel(BoxKind kind, QString question) override;
     QCoro::Task<QString> ChooseFile(QString filter, QString suggested) override;
     QCoro::Task<QString> ChooseSaveFile(QString filter, QString folder) override;
+    QCoro::Task<QString> AskText(QString prompt) override;
     std::unique_ptr<ProgressBox> ShowProgress(const QString& text) override;
     void Close() override { m_closed = true; }
 

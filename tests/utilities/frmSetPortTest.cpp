@@ -21,7 +21,7 @@ protected:
     void Show(const QString& savedPort, const QString& savedBaud) {
         m_line.Settings = {.CommDevice = savedPort, .CommName = savedPort, .CommBaud = savedBaud};
         m_window = std::make_unique<frmSetPort>(
-            m_line, m_dialogs, QList<SerialControl::Port>{{m_terminal.Path(), QStringLiteral("Adapter")}});
+            m_line, QList<SerialControl::Port>{{m_terminal.Path(), QStringLiteral("Adapter")}});
         m_window->show();
         ASSERT_TRUE(QTest::qWaitForWindowActive(m_window.get()));
     }

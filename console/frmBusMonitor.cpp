@@ -1,0 +1,152 @@
+#include "console/frmBusMonitor.h"
+
+#include "console/TraceModel.h"
+#include "console/ui_frmBusMonitor.h"
+#include "platform/Dialogs.h"
+#include "printers/VniText.h"
+#include "station/Station.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QFontDatabase>
+#include <QPointer>
+#include <QSaveFile>
+#include <QScrollBar>
+#include <QStyledItemDelegate>
+
+namespace {
+
+constexpr int RowPadding = 4; ///< pixels beside the height of a line
+
+/// Shows what went wrong in red, on white as on the colour of a selection.
+class MarkingDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        if (!index.data(TraceModel::IsMarkedRole).toBool())
+            return;
+        option->palette.setColor(QPalette::Text, QColor(0xB0, 0x20, 0x20));
+        option->backgroundBrush = QColor(0xFF, 0xEC, 0xE8);
+    }
+};
+
+QCoro::Task<> Tell(Dialogs& dialogs, QString text) {
+    co_await dialogs.ShowMessage(BoxKind::Exclamation, text);
+}
+
+} // namespace
+
+frmBusMonitor::frmBusMonitor(Station& station)
+    : m_station(station)
+    , m_ui(std::make_unique<Ui::frmBusMonitor>())
+    , m_model(new TraceModel(station.trace, *station.installation, this)) {
+    m_ui->setupUi(this);
+    setAttribute(Qt::WA_DeleteOnClose);
+    SetUpTable();
+    ListCommands();
+    connect(m_ui->cboObject, &QComboBox::currentIndexChanged, this, &frmBusMonitor::Filter);
+    connect(m_ui->cboCommand, &QComboBox::currentIndexChanged, this, &frmBusMonitor::Filter);
+    connect(m_ui->cmdPause, &QPushButton::toggled, m_model, &TraceModel::SetPaused);
+    connect(m_ui->cmdClear, &QPushButton::clicked, m_model, &TraceModel::Clear);
+    connect(m_ui->cmdCopy, &QPushButton::clicked, this, &frmBusMonitor::Copy);
+    connect(m_ui->cmdSaveText, &QPushButton::clicked, this, [this] { Save(false); });
+    connect(m_ui->cmdSaveCsv, &QPushButton::clicked, this, [this] { Save(true); });
+    connect(m_model, &TraceModel::RowsChanged, this, &frmBusMonitor::Count);
+    Count();
+}
+
+frmBusMonitor::~frmBusMonitor() = default;
+
+void frmBusMonitor::SetUpTable() {
+    QTableView& table = *m_ui->tblFrames;
+    table.setModel(m_model);
+    table.setItemDelegate(new MarkingDelegate(&table));
+    table.setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    const QFontMetrics metrics(table.font());
+    table.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    table.verticalHeader()->setDefaultSectionSize(metrics.height() + RowPadding);
+    const int letter = metrics.averageCharWidth();
+    const int widths[TraceText::Columns] = {14, 6, 5, 20, 5, 6, 21, 40, 18, 17};
+    for (int column = 0; column < TraceText::Columns; ++column)
+        table.setColumnWidth(column, widths[column] * letter);
+    table.horizontalHeader()->setSectionResizeMode(TraceText::Data, QHeaderView::Stretch);
+    // The newest row stays in sight for as long as the user has not scrolled away from it.
+    connect(table.verticalScrollBar(), &QScrollBar::valueChanged, this,
+            [this](int value) { m_isAtEnd = value == m_ui->tblFrames->verticalScrollBar()->maximum(); });
+    connect(table.verticalScrollBar(), &QScrollBar::rangeChanged, this, [this](int, int maximum) {
+        if (m_isAtEnd)
+            m_ui->tblFrames->verticalScrollBar()->setValue(maximum);
+    });
+}
+
+void frmBusMonitor::ListObjects() {
+    const QVariant chosen = m_ui->cboObject->currentData();
+    const QSignalBlocker quiet(m_ui->cboObject);
+    m_ui->cboObject->clear();
+    m_ui->cboObject->addItem(tr("All objects"));
+    for (const model::QObject& object : std::as_const(*m_station.installation).LoadedObjects())
+        m_ui->cboObject->addItem(tr("%1 (address %2)").arg(vni::ToUnicode(object.Name)).arg(object.Address),
+                                 object.Address);
+    m_ui->cboObject->setCurrentIndex(std::max(0, m_ui->cboObject->findData(chosen)));
+}
+
+void frmBusMonitor::ListCommands() {
+    const QSignalBlocker quiet(m_ui->cboCommand);
+    m_ui->cboCommand->addItem(tr("All commands"));
+    for (char letter = 'A'; letter <= 'Z'; ++letter)
+        m_ui->cboCommand->addItem(QString(QLatin1Char(letter)), letter);
+}
+
+void frmBusMonitor::Filter() {
+    const QVariant address = m_ui->cboObject->currentData();
+    const QVariant letter = m_ui->cboCommand->currentData();
+    m_model->SetFilter(address.isValid() ? std::optional(address.value<quint8>()) : std::nullopt,
+                       letter.isValid() ? std::optional(letter.value<char>()) : std::nullopt);
+}
+
+void frmBusMonitor::Copy() {
+    QModelIndexList rows = m_ui->tblFrames->selectionModel()->selectedRows();
+    std::sort(rows.begin(), rows.end(), [](const QModelIndex& a, const QModelIndex& b) { return a.row() < b.row(); });
+    if (!rows.isEmpty())
+        QApplication::clipboard()->setText(m_model->AsText(rows));
+}
+
+void frmBusMonitor::Save(bool asCsv) {
+    const QString filter = asCsv ? QStringLiteral("Comma separated *.csv|*.csv") : QStringLiteral("Text *.txt|*.txt");
+    m_station.dialogs.ChooseSaveFile(filter, m_station.ProgramFolder)
+        .then([window = QPointer(this), asCsv](const QString& path) {
+            if (!window || path.isEmpty())
+                return;
+            QSaveFile file(path);
+            bool written = file.open(QIODevice::WriteOnly);
+            if (written) {
+                if (asCsv)
+                    window->m_model->WriteCsv(file);
+                else
+                    window->m_model->WriteText(file);
+                written = file.commit();
+            }
+            if (!written)
+                Tell(window->m_station.dialogs, tr("%1 could not be written: %2").arg(path, file.errorString()));
+        });
+}
+
+void frmBusMonitor::Count() {
+    const FrameReader::Counters& counts = m_station.bus.Counts();
+    m_ui->lblCount->setText(tr("%L1 rows shown. Since the start: %L2 frames came in, %L3 with a bad check sum, %L4 cut "
+                               "off; %L5 stray characters.")
+                                .arg(m_model->rowCount())
+                                .arg(counts.Frames)
+                                .arg(counts.BadSums)
+                                .arg(counts.Abandoned + counts.Overlong)
+                                .arg(counts.Stray));
+}
+
+void frmBusMonitor::showEvent(QShowEvent* event) {
+    ListObjects();
+    QWidget::showEvent(event);
+    m_ui->tblFrames->scrollToBottom();
+}
