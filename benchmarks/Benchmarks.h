@@ -1,5 +1,9 @@
 #pragma once
 
+#include <functional>
+
+class Bus;
+
 /// Transactions per second over a pseudo-terminal, beside libmodbus' RTU master with requests of the same size.
 void BenchmarkTransactions();
 
@@ -15,3 +19,13 @@ void BenchmarkGrids();
 
 /// Compiling, rendering and sending a full ticket form, and its rich text file.
 void BenchmarkForms();
+
+/// What keeping the frames of the line for the bus monitor costs.
+void BenchmarkMonitor();
+
+/// What redrawing the object map costs.
+void BenchmarkMap();
+
+/// Transactions a second over a pseudo-terminal with a device that answers at once. @param around calls its `work`
+/// with whatever is to listen to the bus.
+double TransactionRate(const std::function<void(Bus&, const std::function<void()>& work)>& around);

@@ -29,7 +29,9 @@ QCoro::Task<int> SendMany(Bus& bus) {
     co_return failed;
 }
 
-double OrvexRate() {
+} // namespace
+
+double TransactionRate(const std::function<void(Bus&, const std::function<void()>& work)>& around) {
     // A status reply of a printer, 15 bytes, to a request of 9.
     const Responder device(frames::BuildFrame("P007PP11111"),
                            [](const QByteArray& request) { return request.endsWith(frames::Etx); });
@@ -41,11 +43,17 @@ double OrvexRate() {
     control.SetPort(device.Path(), QStringLiteral("115200,n,8,1"));
     if (!control.Open())
         qFatal("the line does not open");
-    return Transactions / BestSeconds(Rounds, [&] {
-               if (const int failed = QCoro::waitFor(SendMany(bus)))
-                   qFatal("%d transactions failed", failed);
-           });
+    double rate = 0;
+    around(bus, [&] {
+        rate = Transactions / BestSeconds(Rounds, [&] {
+                   if (const int failed = QCoro::waitFor(SendMany(bus)))
+                       qFatal("%d transactions failed", failed);
+               });
+    });
+    return rate;
 }
+
+namespace {
 
 double ModbusRate() {
     // Five holding registers: 8 bytes there, 15 back, from unit 32.
@@ -77,7 +85,7 @@ double ModbusRate() {
 } // namespace
 
 void BenchmarkTransactions() {
-    const double orvex = OrvexRate();
+    const double orvex = TransactionRate([](Bus&, const std::function<void()>& work) { work(); });
     const double modbus = ModbusRate();
     Report("Transactions over a pseudo-terminal", orvex, "1/s", "libmodbus RTU", modbus);
 }

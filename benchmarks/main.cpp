@@ -2,7 +2,7 @@
 
 #include <QApplication>
 
-/// usage: orvex_benchmarks [transactions] [load] [reload] [grids] [forms]; without a name all of them.
+/// usage: orvex_benchmarks [transactions] [load] [reload] [grids] [forms] [monitor] [map]; without a name all of them.
 int main(int argc, char** argv) {
     // No window is looked at here.
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -19,5 +19,9 @@ int main(int argc, char** argv) {
         BenchmarkGrids();
     if (isAsked("forms"))
         BenchmarkForms();
+    if (isAsked("monitor"))
+        BenchmarkMonitor();
+    if (isAsked("map"))
+        BenchmarkMap();
     return 0;
 }

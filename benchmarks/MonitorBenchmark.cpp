@@ -1,0 +1,66 @@
+#include "benchmarks/Benchmarks.h"
+
+#include "benchmarks/Report.h"
+#include "console/TraceModel.h"
+#include "core/EventLog.h"
+#include "core/Installation.h"
+#include "link/Bus.h"
+#include "link/BusTrace.h"
+#include "link/Frames.h"
+#include "platform/Clock.h"
+#include "platform/SerialControl.h"
+
+#include <QTemporaryDir>
+
+namespace {
+
+constexpr int Transactions = 1'000'000;
+constexpr int Rounds = 3;
+constexpr int BetweenFollows = 1'800; ///< transactions of a tenth of a second at 18,000 a second
+constexpr double AllowedShare = 0.02;
+
+enum class Watching { Nobody, Trace, Monitor };
+
+/// Microseconds that the signals of one transaction take, with what listens to them.
+double SignalTime(Watching watching) {
+    const QTemporaryDir folder;
+    const SystemClock clock;
+    EventLog log(folder.path(), clock);
+    SerialControl control;
+    Bus bus(control, log);
+    const auto installation = std::make_unique<model::Installation>();
+    std::unique_ptr<BusTrace> trace;
+    std::unique_ptr<TraceModel> model;
+    if (watching != Watching::Nobody)
+        trace = std::make_unique<BusTrace>(bus);
+    if (watching == Watching::Monitor)
+        model = std::make_unique<TraceModel>(*trace, *installation);
+    const QByteArray command = frames::BuildFrame("P001P");
+    const QByteArray answer = frames::BuildFrame("P007PP11111");
+    return 1e6 / Transactions * BestSeconds(Rounds, [&] {
+               for (int i = 0; i < Transactions; ++i) {
+                   // A frame of its own each time, as on the line.
+                   Q_EMIT bus.FrameSent(32, QByteArray(command.constData(), command.size()), 1);
+                   Q_EMIT bus.FrameReceived(QByteArray(answer.constData(), answer.size()), true, true);
+                   if (model && i % BetweenFollows == 0)
+                       model->Follow();
+               }
+           });
+}
+
+} // namespace
+
+void BenchmarkMonitor() {
+    const double plain = TransactionRate([](Bus&, const std::function<void()>& work) { work(); });
+    const double traced = TransactionRate([](Bus& bus, const std::function<void()>& work) {
+        const BusTrace trace(bus);
+        work();
+    });
+    Report("Transactions while their frames are kept", traced, "1/s", "not kept", plain);
+    const double allowed = AllowedShare * 1e6 / plain;
+    const double nobody = SignalTime(Watching::Nobody);
+    Report("Keeping the frames of a transaction", SignalTime(Watching::Trace) - nobody, "us", "2 % of a transaction",
+           allowed);
+    Report("The same with the monitor open", SignalTime(Watching::Monitor) - nobody, "us", "2 % of a transaction",
+           allowed);
+}
