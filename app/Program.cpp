@@ -12,7 +12,11 @@
 #include "printers/frmEditLogo.h"
 #include "setup/frmQueue.h"
 #include "station/Station.h"
+#include "utilities/DataMaintenance.h"
+#include "utilities/frmAbout.h"
+#include "utilities/frmOptions.h"
 #include "utilities/frmSetPort.h"
+#include "utilities/frmUtils.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -35,6 +39,8 @@ Program::Program(QString programFolder, Clock& clock, Dialogs& dialogs, std::uni
     , m_dialogs(dialogs)
     , m_station(std::make_unique<Station>(programFolder, clock, dialogs))
     , m_takeover(std::make_unique<JetTakeover>(dialogs, m_station->log, programFolder + QStringLiteral("/JetImport")))
+    , m_registry(RegistryStore::OfUser(programFolder))
+    , m_maintenance(std::make_unique<DataMaintenance>(m_station->database, clock, dialogs))
     , m_console(std::make_unique<TestConsole>(*m_station))
     , m_shell(std::move(shell)) {}
 
@@ -117,6 +123,16 @@ void Program::MakeMainWindow() {
     connect(window, &frmMain::TicketDesignWanted, this, [this] { ShowTicketDesigner(*m_mainWindow); });
     connect(window, &frmMain::TestConsoleWanted, this, &Program::ShowTestConsole);
     connect(window, &frmMain::BusMonitorWanted, this, &Program::ShowBusMonitor);
+    connect(window, &frmMain::MaintenanceWanted, this,
+            [this] { (new frmUtils(*m_station, *m_maintenance, m_mainWindow.get()))->show(); });
+    connect(window, &frmMain::OptionsWanted, this, [this] {
+        const QString command = QApplication::applicationFilePath() + QStringLiteral(" /minimize /delay=60");
+        (new frmOptions(*m_station, m_registry, command, m_mainWindow.get()))->show();
+    });
+    connect(window, &frmMain::AboutWanted, this, [this] {
+        const QStringList contact = QStringLiteral(ORVEX_CONTACT).split(u'|');
+        (new frmAbout(QStringLiteral(ORVEX_VERSION), contact, m_registry, m_dialogs, m_mainWindow.get()))->show();
+    });
     connect(window, &frmMain::HelpWanted, this, &Program::ShowHelp);
     // Behind the event that wants it: a window that is closing must not go away under its own event.
     connect(window, &frmMain::ExitWanted, this, &Program::Leave, Qt::QueuedConnection);

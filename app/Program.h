@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/RegistryStore.h"
 #include "platform/ShellIcon.h"
 
 #include <QObject>
@@ -12,6 +13,7 @@ class Clock;
 class Dialogs;
 class JetTakeover;
 class QWidget;
+class DataMaintenance;
 class Station;
 class TestConsole;
 class frmBusMonitor;
@@ -63,6 +65,8 @@ private:
     Dialogs& m_dialogs;
     std::unique_ptr<Station> m_station;
     std::unique_ptr<JetTakeover> m_takeover;
+    const RegistryStore m_registry;
+    std::unique_ptr<DataMaintenance> m_maintenance;
     std::unique_ptr<TestConsole> m_console;
     std::unique_ptr<ShellIcon> m_shell; ///< until the main window takes it
     std::unique_ptr<frmMain> m_mainWindow;

@@ -23,6 +23,9 @@ void BenchmarkForms();
 /// What keeping the frames of the line for the bus monitor costs.
 void BenchmarkMonitor();
 
+/// Deleting half of two million tickets.
+void BenchmarkCleanup();
+
 /// What redrawing the object map costs.
 void BenchmarkMap();
 

@@ -11,6 +11,17 @@
 
 namespace {
 
+/// A time of day in the forms "hh:mm:ss", "hh:mm", "hhmmss" and "hhmm"; not valid if `text` has none of them.
+QTime ReadTime(const QString& text) {
+    for (const QString& form :
+         {QStringLiteral("H:m:s"), QStringLiteral("H:m"), QStringLiteral("HHmmss"), QStringLiteral("HHmm")}) {
+        const QTime time = QTime::fromString(text.trimmed(), form);
+        if (time.isValid())
+            return time;
+    }
+    return {};
+}
+
 /// Reads the keys of one settings file, each over the default that its field holds already.
 class Reader {
 public:
@@ -54,19 +65,14 @@ public:
 
     void Text(const QString& key, QString& field) const { m_ini.ReadIni(m_section, key, field); }
 
-    /// A time of day in the forms "hh:mm:ss", "hh:mm", "hhmmss" and "hhmm"; one that is none is logged, the field
-    /// stays.
+    /// A time of day; a text that is none is logged, the field stays.
     void TimeOfDay(const QString& key, std::function<void(QTime)> assign) const {
         QString text;
         if (!m_ini.ReadIni(m_section, key, text))
             return;
-        for (const QString& form :
-             {QStringLiteral("H:m:s"), QStringLiteral("H:m"), QStringLiteral("HHmmss"), QStringLiteral("HHmm")}) {
-            const QTime time = QTime::fromString(text.trimmed(), form);
-            if (time.isValid()) {
-                assign(time);
-                return;
-            }
+        if (const QTime time = ReadTime(text); time.isValid()) {
+            assign(time);
+            return;
         }
         m_log.WriteLog(QStringLiteral("Settings: %1 of [%2] is no time of day: %3").arg(key, m_section, text),
                        EventLog::Warning);
@@ -177,6 +183,39 @@ Options ReadOptions(IniUtility& ini, EventLog& log) {
     options.VoiceType = ReadVoiceType(ini);
     LogOptions(options, log);
     return options;
+}
+
+bool WriteOptions(const Options& options, const QString& resetAt, const IniUtility& ini) {
+    const QString general = QStringLiteral("options");
+    const QString reset = QStringLiteral("AutoReset");
+    const struct {
+        const QString& section;
+        QString key;
+        QString value;
+    } keys[] = {
+        {general, QStringLiteral("ActiveClients"), YesOrNo(options.ActiveClients)},
+        {general, QStringLiteral("SoftKeyDelay"), YesOrNo(options.SoftKeyDelay)},
+        {general, QStringLiteral("PassNoNext"), YesOrNo(options.PassNoNext)},
+        {general, QStringLiteral("TransferNoNext"), YesOrNo(options.TransferNoNext)},
+        {general, QStringLiteral("WakeupTime"), QString::number(options.WakeupTime)},
+        {general, QStringLiteral("KeyDelayTime"), QString::number(options.KeyDelayTime)},
+        {general, QStringLiteral("maxTxFail "), QString::number(options.MaxTxFail)},
+        {general, QStringLiteral("MaxSilentTime "), QString::number(options.MaxSilentTime)},
+        {general, QStringLiteral("MultiTicketSeries"), YesOrNo(options.MultiTicketSeries)},
+        {general, QStringLiteral("DisplayType"), QString::number(options.DisplayType)},
+        {general, QStringLiteral("MainDisplayType"), QString::number(options.MainDisplayType)},
+        {reset, QStringLiteral("ResetNew"), YesOrNo(options.ResetNew)},
+        {reset, QStringLiteral("ResetAt"), resetAt},
+    };
+    bool all = true;
+    for (const auto& [section, key, value] : keys)
+        all = ini.WriteIni(section, key, value) && all;
+    return all;
+}
+
+QString ResetTime(const QString& typed) {
+    const QTime time = ReadTime(typed);
+    return time.isValid() ? time.toString(QStringLiteral("hhmmss")) : typed;
 }
 
 qint16 ReadVoiceType(IniUtility& ini) {

@@ -60,6 +60,14 @@ struct Options {
 /// option log. A number that does not fit its field is logged with its key, and the default stays.
 Options ReadOptions(IniUtility& ini, EventLog& log);
 
+/// Writes the keys that the options window edits.
+/// @param resetAt stands for `ResetAt` in the file, as the user typed it.
+/// @return false if one of them could not be written.
+bool WriteOptions(const Options& options, const QString& resetAt, const IniUtility& ini);
+
+/// A time of day that a user typed ("7:30", "07:30:00", "0730"), as "hhmmss"; a text that is none stays as it is.
+QString ResetTime(const QString& typed);
+
 /// Reads [Comm] OrvexType of voice.ini, which lies beside the file that `ini` works on; `ini` is pointed there and
 /// back.
 /// @return 1 for "msg", 2 for "net" (in any case of letters), 0 for anything else.

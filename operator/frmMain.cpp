@@ -40,7 +40,7 @@ QString ButtonStyle(bool running) {
         .arg(running ? QStringLiteral("#3FA03F") : QStringLiteral("#D03F3F"));
 }
 
-QCoro::Task<> TellWith(Dialogs& dialogs, BoxKind kind, QString text) {
+QCoro::Task<> Tell(Dialogs& dialogs, BoxKind kind, QString text) {
     co_await dialogs.ShowMessage(kind, text);
 }
 
@@ -176,10 +176,14 @@ void frmMain::InitMenus() {
     connect(m_ui->mnSetpoty, &QAction::triggered, this, &frmMain::PortChoiceWanted);
     connect(m_ui->mnTicketForm, &QAction::triggered, this, &frmMain::TicketDesignWanted);
     connect(m_ui->mnBusMonitor, &QAction::triggered, this, &frmMain::BusMonitorWanted);
+    connect(m_ui->mnDBmaintenance, &QAction::triggered, this, &frmMain::MaintenanceWanted);
+    connect(m_ui->mnQOptions, &QAction::triggered, this, &frmMain::OptionsWanted);
+    connect(m_ui->mnAbout, &QAction::triggered, this, &frmMain::AboutWanted);
     connect(m_ui->mnuHelp, &QAction::triggered, this, &frmMain::HelpWanted);
     connect(m_ui->mnExit, &QAction::triggered, this, &frmMain::Exit);
-    connect(m_ui->mnVoiceClient, &QAction::triggered, this,
-            [this] { Tell(false, QStringLiteral("No voice clients for this Version.")); });
+    connect(m_ui->mnVoiceClient, &QAction::triggered, this, [this] {
+        Tell(m_station.dialogs, BoxKind::Information, QStringLiteral("No voice clients for this Version."));
+    });
     m_ui->mnWeb->setVisible(!m_website.isEmpty());
     connect(&m_station, &Station::BusyChanged, this, &frmMain::ShowBusy);
     connect(&m_station, &Station::ProgressChanged, m_progress, &QLabel::setText);
@@ -228,10 +232,6 @@ void frmMain::UnloadTray() {
     m_frmSysTray.reset();
 }
 
-void frmMain::Tell(bool isWarning, const QString& text) {
-    TellWith(m_station.dialogs, isWarning ? BoxKind::Exclamation : BoxKind::Information, text);
-}
-
 void frmMain::SetCommStatus(const QString& device, const QString& baud, bool opened) {
     ports::Show(*m_ui->cboModems, device);
     ports::Show(*m_ui->cboBaud, baud);
@@ -249,7 +249,7 @@ void frmMain::CloseComm() {
 }
 
 void frmMain::SetMenuStatus(bool running) {
-    for (QAction* action : {m_ui->mnSetup->menuAction(), m_ui->mnRestore})
+    for (QAction* action : {m_ui->mnSetup->menuAction(), m_ui->mnRestore, m_ui->mnDBmaintenance})
         action->setEnabled(!running);
 }
 
@@ -357,7 +357,7 @@ void frmMain::Open() {
 
 void frmMain::Exit() {
     if (m_station.run.QueueRunning())
-        Tell(true, QStringLiteral("Please Stop Queue first"));
+        Tell(m_station.dialogs, BoxKind::Exclamation, QStringLiteral("Please Stop Queue first"));
     else
         Q_EMIT ExitWanted();
 }
@@ -373,7 +373,8 @@ void frmMain::AskToExit() {
 
 void frmMain::OpenWebsite() {
     if (!QDesktopServices::openUrl(QUrl(m_website)))
-        Tell(true, QStringLiteral("Web Page not Opened"));
+        m_station.dialogs.ShowTitledMessage(BoxKind::Exclamation, QStringLiteral("URL Failed"),
+                                            QStringLiteral("Web Page not Opened"));
 }
 
 void frmMain::closeEvent(QCloseEvent* event) {

@@ -56,6 +56,9 @@ Q_SIGNALS:
     void TicketDesignWanted();
     void TestConsoleWanted();
     void BusMonitorWanted();
+    void MaintenanceWanted();
+    void OptionsWanted();
+    void AboutWanted();
     void HelpWanted();
     /// The program is to end.
     void ExitWanted();
@@ -84,7 +87,6 @@ private:
     void AskToExit();
     void OpenWebsite();
     void InitAllObjects();
-    void Tell(bool isWarning, const QString& text);
 
     Station& m_station;
     const QString m_website;

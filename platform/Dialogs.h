@@ -33,6 +33,8 @@ public:
 
     /// Shows `text` and ends when the user has closed the box.
     virtual QCoro::Task<> ShowMessage(BoxKind kind, QString text) = 0;
+    /// The same under a title of its own.
+    virtual QCoro::Task<> ShowTitledMessage(BoxKind kind, QString title, QString text) = 0;
 
     /// Asks `question` with the buttons Yes and No. Closing the box counts as No.
     virtual QCoro::Task<bool> AskYesNo(BoxKind kind, QString question) = 0;

@@ -120,6 +120,12 @@ QCoro::Task<> WindowDialogs::ShowMessage(BoxKind kind, QString text) {
     co_await Run(MakeBox(kind, text, QMessageBox::Ok));
 }
 
+QCoro::Task<> WindowDialogs::ShowTitledMessage(BoxKind kind, QString title, QString text) {
+    QMessageBox* box = MakeBox(kind, text, QMessageBox::Ok);
+    box->setWindowTitle(title);
+    co_await Run(box);
+}
+
 QCoro::Task<bool> WindowDialogs::AskYesNo(BoxKind kind, QString question) {
     QMessageBox* box = MakeBox(kind, question, QMessageBox::Yes | QMessageBox::No);
     box->setDefaultButton(QMessageBox::No);

@@ -16,6 +16,7 @@ public:
     ~WindowDialogs() override;
 
     QCoro::Task<> ShowMessage(BoxKind kind, QString text) override;
+    QCoro::Task<> ShowTitledMessage(BoxKind kind, QString title, QString text) override;
     QCoro::Task<bool> AskYesNo(BoxKind kind, QString question) override;
     QCoro::Task<Answer> AskYesNoCancel(BoxKind kind, QString question) override;
     QCoro::Task<QString> ChooseFile(QString filter, QString suggested) override;

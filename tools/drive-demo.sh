@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Drives the station on a virtual display through its first use: open the demonstration database, look at its four tabs,
-# load every printer, look at the ticket form, close. Leaves screenshots in FOLDER/screenshots and fails if a printer was not loaded.
+# load every printer, look at the ticket form; then initialize all objects from the main window, look at the bus monitor and the
+# test console, and leave. Leaves screenshots in FOLDER/screenshots and fails if a printer was not loaded.
 # usage: drive-demo.sh FOLDER
 #   FOLDER  program folder with Orvex, Harbinet.mdb and Tallora.ini; the bus simulator runs and writes FOLDER/bus.txt
 set -euo pipefail
@@ -84,6 +85,38 @@ await_window "Ticket Design"
 picture 6-ticket-design
 xdotool key alt+F4
 await_window "Setup Queue System"
+xdotool key alt+c
+sleep 0.3
+xdotool key m
+await_window "KTL-Queue Management System"
+picture 7-main
+xdotool key alt+s
+sleep 0.3
+xdotool key n
+sleep 1.5
+import -window root "$pictures/7-initializing.png"
+# The run says on the line what it does last: the members of the hubs.
+hubs=$(sqlite3 "$demo/Harbinet.mdb" "SELECT COUNT(*) FROM Display WHERE d_On AND d_Type = 3")
+for _ in $(seq 300); do
+    [ "$(grep -c "member list" "$demo/transcript.txt" || true)" -ge "$hubs" ] && break
+    sleep 0.1
+done
+sleep 3
+picture 7-initialized
+xdotool key alt+m
+sleep 0.3
+xdotool key b
+await_window "Bus Monitor"
+picture 8-bus-monitor
+xdotool key alt+F4
+await_window "KTL-Queue Management System"
+# From the run switch to the button of the test console.
+for _ in $(seq 8); do xdotool key Tab; done
+xdotool key space
+await_window "Test"
+picture 9-test-console
+xdotool key alt+F4
+await_window "KTL-Queue Management System"
 xdotool key alt+F4
 for _ in $(seq 100); do
     kill -0 $station 2> /dev/null || break

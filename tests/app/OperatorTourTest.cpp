@@ -115,6 +115,14 @@ TEST_F(OperatorTourTest, TheMainWindowOpensTheOthers) {
     ASSERT_TRUE(FindWindow<frmSetPort>());
     EXPECT_EQ(FindWindow<frmSetPort>()->parentWidget(), m_main);
     FindWindow<frmSetPort>()->close();
+    const std::pair<const char*, const char*> dialogs[] = {
+        {"mnQOptions", "frmOptions"}, {"mnDBmaintenance", "frmUtils"}, {"mnAbout", "frmAbout"}};
+    for (const auto& [item, name] : dialogs) {
+        Item(item)->trigger();
+        auto* dialog = m_main->findChild<QDialog*>(QString::fromLatin1(name));
+        ASSERT_TRUE(dialog && dialog->isVisible() && dialog->isModal()) << name;
+        dialog->close();
+    }
     Item("mnTicketForm")->trigger();
     ASSERT_TRUE(FindWindow<frmDesignTicket>());
     FindWindow<frmDesignTicket>()->close();

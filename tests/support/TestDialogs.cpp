@@ -83,6 +83,11 @@ QCoro::Task<> TestDialogs::ShowMessage(BoxKind kind, QString text) {
     co_return;
 }
 
+QCoro::Task<> TestDialogs::ShowTitledMessage(BoxKind kind, QString title, QString text) {
+    Next(QStringLiteral("message ") + KindName(kind), title + QStringLiteral(": ") + text);
+    co_return;
+}
+
 QCoro::Task<bool> TestDialogs::AskYesNo(BoxKind kind, QString question) {
     const bool answer = Next(QStringLiteral("question ") + KindName(kind), question).yes;
     co_return answer;

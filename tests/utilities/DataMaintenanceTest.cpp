@@ -1,0 +1,195 @@
+#include "utilities/DataMaintenance.h"
+
+#include "station/Station.h"
+#include "tests/support/Files.h"
+#include "tests/support/StoreFile.h"
+#include "tests/support/TestClock.h"
+#include "tests/support/TestDialogs.h"
+#include "tests/support/WindowDriver.h"
+#include "utilities/frmUtils.h"
+
+#include <QCheckBox>
+#include <QProcess>
+#include <QProgressBar>
+#include <QRadioButton>
+#include <QTemporaryDir>
+
+namespace {
+
+/// Tickets of several days, numbered in their order; today is 2026-11-18.
+class DataMaintenanceTest : public ::testing::Test {
+protected:
+    DataMaintenanceTest() {
+        MakeStore(m_store, {});
+        m_station.database.OpenDatabase(m_store);
+        Fill();
+    }
+
+    void Fill() {
+        const char* moments[] = {"2024-12-31 23:59:59", "2025-01-01T00:00:00",     "2025-12-31 12:00:00",
+                                 "2026-01-01 00:00:00", "2026-11-17 23:59:59",     "2026-11-18 00:00:00",
+                                 "2026-11-18 08:00:00", "2026-11-19 00:00:00.000", "2026-11-19 00:00:01"};
+        QStringList rows;
+        for (std::size_t i = 0; i < std::size(moments); ++i)
+            rows += QStringLiteral("(%1, '%2')").arg(i + 1).arg(QString::fromLatin1(moments[i]));
+        ASSERT_FALSE(m_station.database.RunTogether(
+            {{QStringLiteral("DELETE FROM qData")},
+             {QStringLiteral("INSERT INTO qData (ID, DateTime) VALUES ") + rows.join(u',')},
+             {QStringLiteral("INSERT INTO qData (ID, DateTime) VALUES (10, NULL)")}}));
+    }
+
+    /// The numbers of the tickets that are left, as one text.
+    QString Left() const {
+        QString problem;
+        auto rows = m_station.database.Select(
+            {QStringLiteral("SELECT group_concat(ID, ' ') FROM (SELECT ID FROM qData ORDER BY ID)")}, problem);
+        return rows && rows->next() ? rows->value(0).toString() : problem;
+    }
+
+    QTemporaryDir m_folder;
+    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
+    TestClock m_clock;
+    TestDialogs m_dialogs;
+    Station m_station{m_folder.path(), m_clock, m_dialogs};
+    DataMaintenance m_maintenance{m_station.database, m_clock, m_dialogs};
+};
+
+} // namespace
+
+TEST_F(DataMaintenanceTest, ARangeGoesOnlyAfterAYesAndExactlyToItsEnd) {
+    const QString all = QStringLiteral("1 2 3 4 5 6 7 8 9 10");
+    const QString ask = QStringLiteral("Are you sure you want to delete all data from ");
+    const QString wrongYear = QStringLiteral("Please enter year as 'yyyy' format.");
+    const QString wrongDate = QStringLiteral("Please enter date as 'dd/mm/yyyy' format.");
+    const QString error = QStringLiteral("Error in Date/Time format.");
+    struct Case {
+        QString year;
+        QString from;
+        QString to;
+        QString question; ///< none if it is empty
+        bool yes;
+        QString told; ///< a box behind it, none if it is empty
+        QString left;
+    };
+    const Case cases[] = {
+        {u"2025"_qs, {}, {}, ask + u"year 2025 backwards?"_qs, true, u"Done."_qs, u"4 5 6 7 8 9 10"_qs},
+        {u"2025"_qs, {}, {}, ask + u"year 2025 backwards?"_qs, false, {}, all},
+        {u"9999"_qs, {}, {}, ask + u"year 9999 backwards?"_qs, true, u"Done."_qs, u"10"_qs},
+        {u"0000"_qs, {}, {}, ask + u"year 0000 backwards?"_qs, true, u"Done."_qs, all},
+        {u"26"_qs, {}, {}, {}, false, wrongYear, all},
+        {u"20x6"_qs, {}, {}, {}, false, wrongYear, all},
+        {u"-123"_qs, {}, {}, {}, false, wrongYear, all},
+        {u"2.50"_qs, {}, {}, {}, false, wrongYear, all},
+        {{}, {}, {}, {}, false, wrongDate, all},
+        {{}, {}, u"17/11/2026"_qs, ask + u"17/11/2026 backwards?"_qs, true, u"Done."_qs, u"7 8 9 10"_qs},
+        {{}, u"1/1/2026"_qs, {}, ask + u"1/1/2026 to now?"_qs, true, u"Done."_qs, u"1 2 3 7 8 9 10"_qs},
+        {{},
+         u"17/11/2026"_qs,
+         u"18/11/2026"_qs,
+         ask + u"17/11/2026 to 18/11/2026 ?"_qs,
+         true,
+         u"Done."_qs,
+         u"1 2 3 4 9 10"_qs},
+        {{}, u"tomorrow"_qs, {}, {}, false, wrongDate, all},
+        {{}, u"31/02/2026"_qs, {}, {}, false, wrongDate, all},
+        {{}, u"17-11-2026"_qs, {}, ask + u"17-11-2026 to now?"_qs, true, error, all},
+        {{}, u"17/11/2026"_qs, u"soon"_qs, ask + u"17/11/2026 to soon ?"_qs, false, error, all},
+        {{}, u"17/11/26"_qs, u"18/11/2026"_qs, ask + u"17/11/26 to 18/11/2026 ?"_qs, true, error, all},
+    };
+    for (const Case& one : cases) {
+        Fill();
+        if (!one.question.isEmpty())
+            m_dialogs.ExpectQuestion(BoxKind::Exclamation, one.question, one.yes);
+        if (!one.told.isEmpty())
+            m_dialogs.ExpectMessage(one.told == u"Done."_qs ? BoxKind::Information : BoxKind::Exclamation, one.told);
+        if (!one.year.isNull()) {
+            EXPECT_EQ(Await(m_maintenance.DeleteFromYear(one.year)), one.told != wrongYear);
+        } else {
+            Await(m_maintenance.DeleteFromDays(one.from, one.to));
+        }
+        EXPECT_EQ(Left(), one.left) << qPrintable(one.year + u' ' + one.from + u' ' + one.to);
+    }
+}
+
+TEST_F(DataMaintenanceTest, ALongDeleteTellsHowFarItIsAndIsAllOrNothing) {
+    ASSERT_FALSE(m_station.database.Run(
+        {QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 35000) "
+                        "INSERT INTO qData (DateTime) SELECT '2020-01-01 00:00:00' FROM n")}));
+    QList<qint64> steps;
+    const QTemporaryDir killed;
+    ::QObject::connect(&m_maintenance, &DataMaintenance::Progress, [&](qint64 done, qint64 total) {
+        steps += {done, total};
+        EXPECT_EQ(m_maintenance.IsRunning(), total > 0);
+        // What a killed program would leave behind. Copied by another process: a file that is closed here loses its
+        // locks.
+        if (done == 20'000) {
+            EXPECT_EQ(
+                QProcess::execute(QStringLiteral("cp"), {m_store, m_store + QStringLiteral("-journal"), killed.path()}),
+                0);
+        }
+    });
+    m_dialogs.ExpectQuestion(BoxKind::Exclamation, QString(), true);
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Done."));
+    Await(m_maintenance.DeleteFromYear(QStringLiteral("2024")));
+    EXPECT_EQ(steps, (QList<qint64>{10'000, 35'001, 20'000, 35'001, 30'000, 35'001, 35'001, 35'001, 0, 0}));
+    EXPECT_EQ(Left(), QStringLiteral("2 3 4 5 6 7 8 9 10"));
+
+    const auto count = [this](const QString& path) {
+        m_station.database.OpenDatabase(path);
+        QString problem;
+        auto rows = m_station.database.Select({QStringLiteral("SELECT COUNT(*) FROM qData")}, problem);
+        return rows && rows->next() ? rows->value(0).toInt() : -1;
+    };
+    EXPECT_EQ(count(killed.filePath(QStringLiteral("Harbinet.mdb"))), 35'010) << "all are there again";
+    EXPECT_EQ(count(m_store), 9);
+
+    // A store that is closed in the middle keeps everything.
+    ::QObject::disconnect(&m_maintenance, nullptr, nullptr, nullptr);
+    ::QObject::connect(&m_maintenance, &DataMaintenance::Progress, [&](qint64, qint64 total) {
+        if (total > 0)
+            m_station.database.CloseDatabase();
+    });
+    m_dialogs.ExpectQuestion(BoxKind::Exclamation, QString(), true);
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Nothing was deleted: The database is closed."));
+    Await(m_maintenance.DeleteFromYear(QStringLiteral("2030")));
+    m_station.database.OpenDatabase(m_store);
+    EXPECT_EQ(Left(), QStringLiteral("2 3 4 5 6 7 8 9 10"));
+}
+
+TEST_F(DataMaintenanceTest, TheWindowKeepsItsSettingsAtOnceAndLocksWhatIsNotChosen) {
+    auto* window = new frmUtils(m_station, m_maintenance);
+    window->show();
+    const WindowDriver hands(*window);
+    EXPECT_TRUE(hands.Find<QRadioButton>("optFromYear").isChecked());
+    EXPECT_FALSE(hands.Find<QLineEdit>("txtYear").isReadOnly());
+    EXPECT_TRUE(hands.Find<QLineEdit>("txtFromDate").isReadOnly());
+    hands.Find<QRadioButton>("optFromDate").click();
+    EXPECT_TRUE(hands.Find<QLineEdit>("txtYear").isReadOnly());
+    EXPECT_FALSE(hands.Find<QLineEdit>("txtToDate").isReadOnly());
+    hands.Find<QCheckBox>("chkAutoDelete").click();
+    hands.Find<QLineEdit>("txtDelYear").setText(QStringLiteral("3 years"));
+    const QByteArray settings = ReadFile(m_station.ProgramFolder + QStringLiteral("/Tallora.ini"));
+    EXPECT_TRUE(settings.contains("Enable=yes") && settings.contains("FromYear=3 years"));
+    EXPECT_EQ(m_station.options.AutoDeleteFromYear, QStringLiteral("3"));
+
+    hands.Find<QRadioButton>("optFromYear").click();
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Please enter year as 'yyyy' format."));
+    hands.ClickButton("cmdDel");
+    EXPECT_EQ(window->focusWidget(), &hands.Find<QLineEdit>("txtYear"));
+    hands.Find<QLineEdit>("txtYear").setText(QStringLiteral("2025"));
+    m_dialogs.ExpectQuestion(BoxKind::Exclamation, QString(), true);
+    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Done."));
+    bool wasShown = false;
+    ::QObject::connect(&m_maintenance, &DataMaintenance::Progress, [&](qint64, qint64 total) {
+        if (total == 0)
+            return;
+        wasShown = hands.Find<QProgressBar>("prgDelete").value() == 1000;
+        window->close();
+        EXPECT_TRUE(window->isVisible()) << "not while it deletes";
+    });
+    hands.ClickButton("cmdDel");
+    EXPECT_TRUE(wasShown);
+    EXPECT_EQ(Left(), QStringLiteral("4 5 6 7 8 9 10"));
+    hands.ClickButton("cmdOK");
+    EXPECT_FALSE(window->isVisible());
+}
