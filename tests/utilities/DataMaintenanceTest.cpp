@@ -1,58 +1,10 @@
-#include "utilities/DataMaintenance.h"
+#include "tests/utilities/TicketStore.h"
 
-#include "station/Station.h"
-#include "tests/support/Files.h"
-#include "tests/support/StoreFile.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
-#include "tests/support/WindowDriver.h"
-#include "utilities/frmUtils.h"
-
-#include <QCheckBox>
 #include <QProcess>
-#include <QProgressBar>
-#include <QRadioButton>
-#include <QTemporaryDir>
 
 namespace {
 
-/// Tickets of several days, numbered in their order; today is 2026-11-18.
-class DataMaintenanceTest : public ::testing::Test {
-protected:
-    DataMaintenanceTest() {
-        MakeStore(m_store, {});
-        m_station.database.OpenDatabase(m_store);
-        Fill();
-    }
-
-    void Fill() {
-        const char* moments[] = {"2024-12-31 23:59:59", "2025-01-01T00:00:00",     "2025-12-31 12:00:00",
-                                 "2026-01-01 00:00:00", "2026-11-17 23:59:59",     "2026-11-18 00:00:00",
-                                 "2026-11-18 08:00:00", "2026-11-19 00:00:00.000", "2026-11-19 00:00:01"};
-        QStringList rows;
-        for (std::size_t i = 0; i < std::size(moments); ++i)
-            rows += QStringLiteral("(%1, '%2')").arg(i + 1).arg(QString::fromLatin1(moments[i]));
-        ASSERT_FALSE(m_station.database.RunTogether(
-            {{QStringLiteral("DELETE FROM qData")},
-             {QStringLiteral("INSERT INTO qData (ID, DateTime) VALUES ") + rows.join(u',')},
-             {QStringLiteral("INSERT INTO qData (ID, DateTime) VALUES (10, NULL)")}}));
-    }
-
-    /// The numbers of the tickets that are left, as one text.
-    QString Left() const {
-        QString problem;
-        auto rows = m_station.database.Select(
-            {QStringLiteral("SELECT group_concat(ID, ' ') FROM (SELECT ID FROM qData ORDER BY ID)")}, problem);
-        return rows && rows->next() ? rows->value(0).toString() : problem;
-    }
-
-    QTemporaryDir m_folder;
-    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
-    TestClock m_clock;
-    TestDialogs m_dialogs;
-    Station m_station{m_folder.path(), m_clock, m_dialogs};
-    DataMaintenance m_maintenance{m_station.database, m_clock, m_dialogs};
-};
+class DataMaintenanceTest : public TicketStore {};
 
 } // namespace
 
@@ -154,42 +106,4 @@ TEST_F(DataMaintenanceTest, ALongDeleteTellsHowFarItIsAndIsAllOrNothing) {
     Await(m_maintenance.DeleteFromYear(QStringLiteral("2030")));
     m_station.database.OpenDatabase(m_store);
     EXPECT_EQ(Left(), QStringLiteral("2 3 4 5 6 7 8 9 10"));
-}
-
-TEST_F(DataMaintenanceTest, TheWindowKeepsItsSettingsAtOnceAndLocksWhatIsNotChosen) {
-    auto* window = new frmUtils(m_station, m_maintenance);
-    window->show();
-    const WindowDriver hands(*window);
-    EXPECT_TRUE(hands.Find<QRadioButton>("optFromYear").isChecked());
-    EXPECT_FALSE(hands.Find<QLineEdit>("txtYear").isReadOnly());
-    EXPECT_TRUE(hands.Find<QLineEdit>("txtFromDate").isReadOnly());
-    hands.Find<QRadioButton>("optFromDate").click();
-    EXPECT_TRUE(hands.Find<QLineEdit>("txtYear").isReadOnly());
-    EXPECT_FALSE(hands.Find<QLineEdit>("txtToDate").isReadOnly());
-    hands.Find<QCheckBox>("chkAutoDelete").click();
-    hands.Find<QLineEdit>("txtDelYear").setText(QStringLiteral("3 years"));
-    const QByteArray settings = ReadFile(m_station.ProgramFolder + QStringLiteral("/Tallora.ini"));
-    EXPECT_TRUE(settings.contains("Enable=yes") && settings.contains("FromYear=3 years"));
-    EXPECT_EQ(m_station.options.AutoDeleteFromYear, QStringLiteral("3"));
-
-    hands.Find<QRadioButton>("optFromYear").click();
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Please enter year as 'yyyy' format."));
-    hands.ClickButton("cmdDel");
-    EXPECT_EQ(window->focusWidget(), &hands.Find<QLineEdit>("txtYear"));
-    hands.Find<QLineEdit>("txtYear").setText(QStringLiteral("2025"));
-    m_dialogs.ExpectQuestion(BoxKind::Exclamation, QString(), true);
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Done."));
-    bool wasShown = false;
-    ::QObject::connect(&m_maintenance, &DataMaintenance::Progress, [&](qint64, qint64 total) {
-        if (total == 0)
-            return;
-        wasShown = hands.Find<QProgressBar>("prgDelete").value() == 1000;
-        window->close();
-        EXPECT_TRUE(window->isVisible()) << "not while it deletes";
-    });
-    hands.ClickButton("cmdDel");
-    EXPECT_TRUE(wasShown);
-    EXPECT_EQ(Left(), QStringLiteral("4 5 6 7 8 9 10"));
-    hands.ClickButton("cmdOK");
-    EXPECT_FALSE(window->isVisible());
 }
