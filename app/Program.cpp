@@ -34,12 +34,13 @@ QString DatabaseName() {
 
 } // namespace
 
-Program::Program(QString programFolder, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell)
-    : m_clock(clock)
+Program::Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell)
+    : m_folders(folders)
+    , m_clock(clock)
     , m_dialogs(dialogs)
-    , m_station(std::make_unique<Station>(programFolder, clock, dialogs))
-    , m_takeover(std::make_unique<JetTakeover>(dialogs, m_station->log, programFolder + QStringLiteral("/JetImport")))
-    , m_registry(RegistryStore::OfUser(programFolder))
+    , m_station(std::make_unique<Station>(folders.user, clock, dialogs))
+    , m_takeover(std::make_unique<JetTakeover>(dialogs, m_station->log, folders.install + QStringLiteral("/JetImport")))
+    , m_registry(RegistryStore::OfUser(folders.user))
     , m_maintenance(std::make_unique<DataMaintenance>(m_station->database, clock, dialogs))
     , m_console(std::make_unique<TestConsole>(*m_station))
     , m_shell(std::move(shell)) {}
@@ -188,12 +189,11 @@ void Program::ShowBusMonitor() {
 
 void Program::ShowHelp() {
     for (const QString& name : {QStringLiteral("help.chm"), QStringLiteral("index.html")}) {
-        const QString path = m_station->ProgramFolder + QStringLiteral("/help/") + name;
+        const QString path = m_folders.install + QStringLiteral("/help/") + name;
         if (QFileInfo::exists(path) && QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
             return;
     }
-    m_dialogs.ShowMessage(BoxKind::Exclamation,
-                          tr("The manual cannot be opened: %1/help").arg(m_station->ProgramFolder));
+    m_dialogs.ShowMessage(BoxKind::Exclamation, tr("The manual cannot be opened: %1/help").arg(m_folders.install));
 }
 
 void Program::Leave() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/ProgramFolders.h"
 #include "platform/RegistryStore.h"
 #include "platform/ShellIcon.h"
 
@@ -27,10 +28,9 @@ class Program : public QObject {
     Q_OBJECT
 
 public:
-    /// @param programFolder the folder of settings, log, database and data files.
     /// @param clock, dialogs  must outlive the program.
     /// @param shell the notification area, none where the desktop has none.
-    Program(QString programFolder, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell = nullptr);
+    Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell = nullptr);
     ~Program() override;
 
     /// Reads the settings, lets the user pick the database, loads the installation, opens the line and shows the setup
@@ -61,6 +61,7 @@ private:
     void ShowBusMonitor();
     void ShowHelp();
 
+    const ProgramFolders m_folders;
     Clock& m_clock;
     Dialogs& m_dialogs;
     std::unique_ptr<Station> m_station;

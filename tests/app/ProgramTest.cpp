@@ -203,3 +203,19 @@ TEST_F(ProgramTest, AnAccessFileIsTakenOverAndOpened) {
     EXPECT_EQ(Messages().filter(QStringLiteral("Duplicate Address on display counter")).size(), 1);
     EXPECT_EQ(ReadFile(Path(QStringLiteral("Old.jet.mdb"))), before);
 }
+
+TEST_F(ProgramTest, WhereTheProgramLiesReadOnlyItsUserHasAFolderOfHisOwn) {
+    const QString own = Path(QStringLiteral("home/share/Orvex"));
+    EXPECT_EQ(PrepareFolders(m_folder.path(), own, true).user, m_folder.path());
+    EXPECT_FALSE(QFile::exists(own));
+    for (int start = 0; start < 2; ++start) {
+        const ProgramFolders folders = PrepareFolders(m_folder.path(), own, false);
+        EXPECT_EQ(folders.install, m_folder.path());
+        EXPECT_EQ(folders.user, own);
+        EXPECT_TRUE(QFileInfo(own + QStringLiteral("/Data")).isDir());
+        EXPECT_EQ(ReadFile(own + QStringLiteral("/VCODE.dat")), ReadFile(Path(QStringLiteral("VCODE.dat"))));
+        if (start == 0)
+            WriteFile(own + QStringLiteral("/VNIl.dat"), "the user's own");
+        EXPECT_EQ(ReadFile(own + QStringLiteral("/VNIl.dat")), "the user's own");
+    }
+}

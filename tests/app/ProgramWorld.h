@@ -26,7 +26,8 @@ protected:
         if (hasTray)
             shell = std::make_unique<KeptShell>(m_told, true);
         m_shell = shell.get();
-        m_program = std::make_unique<Program>(m_folder.path(), m_clock, *m_dialogs, std::move(shell));
+        m_program = std::make_unique<Program>(ProgramFolders{m_folder.path(), m_folder.path()}, m_clock, *m_dialogs,
+                                              std::move(shell));
         QObject::connect(m_program.get(), &Program::Ended, [this] { ++m_ended; });
         m_running.emplace(m_program->Main());
         EXPECT_TRUE(WaitUntil([this] { return m_running->isReady(); }, 30'000));
