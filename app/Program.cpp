@@ -21,6 +21,8 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileInfo>
+#include <QHash>
+#include <QKeyEvent>
 #include <QUrl>
 
 namespace {
@@ -43,7 +45,9 @@ Program::Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, 
     , m_registry(RegistryStore::OfUser(folders.user))
     , m_maintenance(std::make_unique<DataMaintenance>(m_station->database, clock, dialogs))
     , m_console(std::make_unique<TestConsole>(*m_station))
-    , m_shell(std::move(shell)) {}
+    , m_shell(std::move(shell)) {
+    QApplication::instance()->installEventFilter(this);
+}
 
 Program::~Program() {
     m_exiting = true;
@@ -134,7 +138,7 @@ void Program::MakeMainWindow() {
         const QStringList contact = QStringLiteral(ORVEX_CONTACT).split(u'|');
         (new frmAbout(QStringLiteral(ORVEX_VERSION), contact, m_registry, m_dialogs, m_mainWindow.get()))->show();
     });
-    connect(window, &frmMain::HelpWanted, this, &Program::ShowHelp);
+    connect(window, &frmMain::HelpWanted, this, [this] { ShowHelp(QStringLiteral("index")); });
     // Behind the event that wants it: a window that is closing must not go away under its own event.
     connect(window, &frmMain::ExitWanted, this, &Program::Leave, Qt::QueuedConnection);
 }
@@ -187,8 +191,34 @@ void Program::ShowBusMonitor() {
     m_busMonitor->activateWindow();
 }
 
-void Program::ShowHelp() {
-    for (const QString& name : {QStringLiteral("help.chm"), QStringLiteral("index.html")}) {
+QString Program::HelpPage() {
+    static const QHash<QString, QString> pages = {
+        {QStringLiteral("frmQueue"), QStringLiteral("setup")},
+        {QStringLiteral("frmMain"), QStringLiteral("main-window")},
+        {QStringLiteral("frmTest"), QStringLiteral("test-console")},
+        {QStringLiteral("frmBusMonitor"), QStringLiteral("bus-monitor")},
+        {QStringLiteral("frmDesignTicket"), QStringLiteral("printers")},
+        {QStringLiteral("frmEditLogo"), QStringLiteral("printers")},
+        {QStringLiteral("frmImportLogo"), QStringLiteral("printers")},
+        {QStringLiteral("frmHUBCfg"), QStringLiteral("hubs")},
+        {QStringLiteral("frmOptions"), QStringLiteral("options")},
+        {QStringLiteral("frmUtils"), QStringLiteral("options")},
+        {QStringLiteral("frmSetPort"), QStringLiteral("bus")},
+    };
+    const QWidget* window = QApplication::activeWindow();
+    return pages.value(window ? window->objectName() : QString(), QStringLiteral("index"));
+}
+
+bool Program::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_F1 && m_setupWindow) {
+        ShowHelp(HelpPage());
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void Program::ShowHelp(const QString& page) {
+    for (const QString& name : {QStringLiteral("help.chm"), page + QStringLiteral(".html")}) {
         const QString path = m_folders.install + QStringLiteral("/help/") + name;
         if (QFileInfo::exists(path) && QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
             return;

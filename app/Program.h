@@ -46,6 +46,9 @@ public:
 
     Station& TheStation() { return *m_station; }
 
+    /// F1 opens the manual from every window.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 Q_SIGNALS:
     /// Nothing is left to do: the process may end.
     void Ended();
@@ -59,7 +62,10 @@ private:
     void ShowTicketDesigner(QWidget& parent);
     void ShowTestConsole();
     void ShowBusMonitor();
-    void ShowHelp();
+    /// @param page of the manual, without its ending.
+    void ShowHelp(const QString& page);
+    /// The page about the window that the user is in.
+    static QString HelpPage();
 
     const ProgramFolders m_folders;
     Clock& m_clock;

@@ -6,6 +6,7 @@ set(shared ../../usr/share)
 install(TARGETS Orvex OrvexBus JetImport DESTINATION ${program} COMPONENT program)
 install(FILES data/VNIl.dat data/VCODE.dat DESTINATION ${program} COMPONENT program)
 install(DIRECTORY help DESTINATION ${program} COMPONENT program)
+install(DIRECTORY docs/tour/ DESTINATION ${program}/help/images COMPONENT program)
 install(DIRECTORY docs DESTINATION ${program} COMPONENT program FILES_MATCHING PATTERN "protocol.md")
 install(FILES data/fonts/LICENSE.txt DESTINATION ${program}/licenses RENAME fonts.txt COMPONENT program)
 # An installation to learn on, for the simulator.

@@ -162,13 +162,10 @@ void frmMain::InitComm() {
 }
 
 void frmMain::InitMenus() {
-    const auto run = [this](QAction* action, Operation operation) {
-        connect(action, &QAction::triggered, this, [this, operation] { (m_station.*operation)(); });
-    };
-    run(m_ui->mnSendConfig, &Station::ConfigPrinters);
-    run(m_ui->mnInitHub, &Station::InitHubs);
-    run(m_ui->mnuReset, &Station::ResetSystem);
-    run(m_ui->mnActiveQAlls, &Station::ActiveAll);
+    connect(m_ui->mnSendConfig, &QAction::triggered, &m_station, &Station::ConfigPrinters);
+    connect(m_ui->mnInitHub, &QAction::triggered, &m_station, &Station::InitHubs);
+    connect(m_ui->mnuReset, &QAction::triggered, &m_station, &Station::ResetSystem);
+    connect(m_ui->mnActiveQAlls, &QAction::triggered, &m_station, &Station::ActiveAll);
     connect(m_ui->mnInitObjects, &QAction::triggered, this, &frmMain::InitAllObjects);
     connect(m_ui->mnVNIFont, &QAction::triggered, this,
             [this] { m_station.LoadVniFont(m_station.forms.family.PrinterZoneRich); });

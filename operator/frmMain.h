@@ -2,8 +2,6 @@
 
 #include <QMainWindow>
 
-#include <qcoro/qcorotask.h>
-
 #include <memory>
 
 class LinePanels;
@@ -69,8 +67,6 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    using Operation = QCoro::Task<> (Station::*)();
-
     void InitPictures();
     void InitScrolling();
     void InitComm();

@@ -12,6 +12,11 @@ constexpr qint16 AfterObject = 100;   ///< milliseconds
 constexpr qint16 AfterPrinter = 1500; ///< milliseconds
 constexpr qint16 AtTheEnd = 2;        ///< seconds
 
+/// What goes to a device behind a hub directly reaches it only if the hub passes it on.
+QString NameOf(const model::QObject& object) {
+    return object.HubId == 0 ? object.Name : InitRun::tr("%1 (behind a hub)").arg(object.Name);
+}
+
 } // namespace
 
 InitRun::InitRun(Station& station)
@@ -69,7 +74,7 @@ QCoro::Task<bool> InitRun::InitQObjects() {
         }
         all = all && answered;
         if (!answered)
-            Silent += installation.QObjects[static_cast<std::size_t>(i)].Name;
+            Silent += NameOf(installation.QObjects[static_cast<std::size_t>(i)]);
         if (CancelInit)
             break;
         Q_EMIT UpdateGauge(i + 1);

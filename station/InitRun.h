@@ -22,7 +22,8 @@ public:
     /// program clears it.
     bool CancelInit = false;
 
-    /// Names of the counters, printers and displays that did not answer in the last run.
+    /// Names of the counters, printers and displays that did not answer in the last run, and which of them stand behind
+    /// a hub.
     QStringList Silent;
 
     /// Runs over all objects, and starts the system at the end unless it is cancelled. Takes at least 2.25 s, 0.1 s an

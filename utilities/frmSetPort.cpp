@@ -27,6 +27,9 @@ frmSetPort::frmSetPort(CommLine& line, const QList<SerialControl::Port>& availab
     , m_ui(std::make_unique<Ui::frmSetPort>()) {
     m_ui->setupUi(this);
     setModal(true);
+    // Any device can be typed, that of the bus in software for one.
+    m_ui->cboModems->setEditable(true);
+    m_ui->cboModems->setInsertPolicy(QComboBox::NoInsert);
     ports::FillPorts(*m_ui->cboModems, available, line.Settings.CommName);
     ports::FillSpeeds(*m_ui->cboBaud, line.Settings.CommBaud);
     connect(m_ui->cmdOK, &QPushButton::clicked, this, &frmSetPort::Choose);

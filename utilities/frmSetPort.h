@@ -19,7 +19,8 @@ class frmSetPort : public QDialog {
     Q_OBJECT
 
 public:
-    /// The ports COM1 to COM8 are offered, `available` ones behind them, and the saved port if it is none of these.
+    /// The ports COM1 to COM8 are offered, `available` ones behind them, and the saved port if it is none of these; any
+    /// other device can be typed.
     /// @param line must outlive the window.
     frmSetPort(CommLine& line, const QList<SerialControl::Port>& available, QWidget* parent = nullptr);
     ~frmSetPort() override;

@@ -27,6 +27,9 @@ frmUtils::frmUtils(Station& station, DataMaintenance& maintenance, QWidget* pare
     m_ui->setupUi(this);
     setModal(true);
     setAttribute(Qt::WA_DeleteOnClose);
+    QSizePolicy kept = m_ui->prgDelete->sizePolicy();
+    kept.setRetainSizeWhenHidden(true);
+    m_ui->prgDelete->setSizePolicy(kept);
     m_ui->prgDelete->hide();
     ShowChoice();
     const QString section = QStringLiteral("AutoDelete");

@@ -148,8 +148,11 @@ TEST_F(OperatorTourTest, TheMainWindowOpensTheOthers) {
     m_dialogs->ExpectMessage(BoxKind::Information, QStringLiteral("System reset done. Please restart Orvex."));
     Item("mnuReset")->trigger();
     EXPECT_TRUE(WaitUntil([this] { return !m_program->TheStation().IsBusy(); }, 30'000));
+    // No manual lies beside the program here.
     m_dialogs->ExpectMessage(BoxKind::Exclamation, QString());
     Item("mnuHelp")->trigger();
+    m_dialogs->ExpectMessage(BoxKind::Exclamation, QString());
+    QTest::keyClick(bench, Qt::Key_F1);
 
     m_main->close();
     ASSERT_TRUE(WaitUntil([this] { return m_ended == 1; }));

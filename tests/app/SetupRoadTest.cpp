@@ -37,21 +37,13 @@ protected:
         QApplication::processEvents();
     }
 
-    /// Types a new record into the blank row, cell by cell from the first one on with Tab.
-    static void Enter(DataGrid& grid, int column, const QStringList& texts) {
-        WindowDriver::Click(grid, grid.model()->rowCount() - 1, column);
-        for (qsizetype i = 0; i < texts.size(); ++i) {
-            WindowDriver::Keys(texts[i]);
-            WindowDriver::Press(i + 1 == texts.size() ? Qt::Key_Return : Qt::Key_Tab);
-        }
-    }
-
     std::string Column(const char* grid, int column) const { return WindowDriver::Column(m_hands->Grid(grid), column); }
 
     void EnterServices() const {
         DataGrid& services = m_hands->Grid("TDBGridQueue");
-        Enter(services, 1, {QStringLiteral("G\u1EEDi ti\u1EC1n"), QStringLiteral("1"), QStringLiteral("Qu\u1EA7y $1")});
-        Enter(services, 1, {QStringLiteral("Loans"), QStringLiteral("2"), QStringLiteral("To $1")});
+        WindowDriver::Enter(
+            services, 1, {QStringLiteral("G\u1EEDi ti\u1EC1n"), QStringLiteral("1"), QStringLiteral("Qu\u1EA7y $1")});
+        WindowDriver::Enter(services, 1, {QStringLiteral("Loans"), QStringLiteral("2"), QStringLiteral("To $1")});
         for (int row = 0; row < 2; ++row) {
             WindowDriver::Type(services, row, 5, QString::number(row + 7));
             WindowDriver::Choose(services, row, 6, QStringLiteral("Y"));
@@ -69,7 +61,8 @@ protected:
                        {u"P2", 12, 33, u"P"}, {u"D1", 21, 40, u"D"}, {u"H1", 31, 64, u"H"}};
         int row = 0;
         for (const auto& [name, number, address, type] : entered) {
-            Enter(objects, 0, {QString::fromUtf16(name), QString::number(number), QString::number(address)});
+            WindowDriver::Enter(objects, 0,
+                                {QString::fromUtf16(name), QString::number(number), QString::number(address)});
             WindowDriver::Choose(objects, row, 3, QString::fromUtf16(type));
             WindowDriver::Choose(objects, row, 4, QStringLiteral("Y"));
             ++row;

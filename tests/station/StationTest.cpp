@@ -287,13 +287,14 @@ TEST_F(StationTest, TheRunNamesWhoIsSilentAndWithoutALineItWalksAllTheSame) {
     OpenLine();
     Silence({1, 40, 64});
     Await(m_station.InitAllObjects());
-    EXPECT_EQ(m_station.init.Silent, (QStringList{u"Counter"_qs, u"Second"_qs, u"Board"_qs}));
+    EXPECT_EQ(m_station.init.Silent, (QStringList{u"Counter"_qs, u"Second (behind a hub)"_qs, u"Board"_qs}));
     EXPECT_TRUE(m_station.run.QueueRunning());
 
     m_station.line.CloseComm();
     m_station.run.SetRunning(false);
     Await(m_station.InitAllObjects());
-    EXPECT_EQ(m_station.init.Silent, (QStringList{u"Counter"_qs, u"Main"_qs, u"Second"_qs, u"Board"_qs}));
+    EXPECT_EQ(m_station.init.Silent,
+              (QStringList{u"Counter"_qs, u"Main"_qs, u"Second (behind a hub)"_qs, u"Board"_qs}));
     EXPECT_TRUE(m_station.run.QueueRunning());
 }
 

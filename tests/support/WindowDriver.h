@@ -49,6 +49,15 @@ public:
         Press(end);
     }
 
+    /// Types a new record into the blank row, cell by cell from `column` on with Tab.
+    static void Enter(DataGrid& grid, int column, const QStringList& texts) {
+        Click(grid, grid.model()->rowCount() - 1, column);
+        for (qsizetype i = 0; i < texts.size(); ++i) {
+            Keys(texts[i]);
+            Press(i + 1 == texts.size() ? Qt::Key_Return : Qt::Key_Tab);
+        }
+    }
+
     /// Opens the list of a cell and chooses by the first letter.
     static void Choose(DataGrid& grid, int row, int column, const QString& letter) {
         Click(grid, row, column);

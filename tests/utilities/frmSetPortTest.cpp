@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <QComboBox>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -86,7 +87,8 @@ TEST_F(frmSetPortTest, AnIncompleteChoiceChangesNothing) {
 
 TEST_F(frmSetPortTest, AGoodChoiceIsSavedOpenedAndRemembered) {
     Show(QString(), QString());
-    Box("cboModems").setCurrentText(m_terminal.Path());
+    Box("cboModems").lineEdit()->clear();
+    QTest::keyClicks(&Box("cboModems"), m_terminal.Path());
     Box("cboBaud").setCurrentText(QStringLiteral("115200"));
     Set();
     EXPECT_TRUE(WaitUntil([this] { return !m_window->isVisible(); }));

@@ -1,0 +1,357 @@
+#include "app/Program.h"
+
+#include "console/frmBusMonitor.h"
+#include "console/frmTest.h"
+#include "hubs/frmHUBCfg.h"
+#include "operator/ObjectPicture.h"
+#include "operator/frmMain.h"
+#include "platform/WindowDialogs.h"
+#include "platform/WindowFonts.h"
+#include "printers/frmDesignTicket.h"
+#include "printers/frmEditLogo.h"
+#include "printers/frmImportLogo.h"
+#include "setup/frmQueue.h"
+#include "simulator/BusInstallation.h"
+#include "simulator/SimulatedBus.h"
+#include "station/Station.h"
+#include "tests/support/Files.h"
+#include "tests/support/TestClock.h"
+#include "tests/support/WindowDriver.h"
+#include "utilities/frmSetPort.h"
+
+#include <QAction>
+#include <QDir>
+#include <QFileDialog>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPainter>
+#include <QProgressBar>
+#include <QRadioButton>
+#include <QTemporaryDir>
+
+namespace {
+
+/// An installer's way from an empty folder to a configured installation, with the boxes that he really sees, through
+/// every window. The pictures of it go to the folder that ORVEX_TOUR names, if it does.
+class TourTest : public ::testing::Test {
+protected:
+    TourTest()
+        : m_pictures(qEnvironmentVariable("ORVEX_TOUR")) {
+        CopyLetterFiles(m_folder.path());
+        QDir(m_folder.path()).mkdir(QStringLiteral("Data"));
+        for (const QString& name : {QStringLiteral("ticket.rtf"), QStringLiteral("bank.bmp")})
+            QFile::copy(QStringLiteral(DATA_FOLDER "/demo/Data/") + name,
+                        m_folder.filePath(QStringLiteral("Data/") + name));
+    }
+
+    template <typename Form>
+    Form* Await() {
+        Form* found = nullptr;
+        EXPECT_TRUE(WaitUntil([&] {
+            for (QWidget* widget : QApplication::topLevelWidgets()) {
+                if (auto* form = qobject_cast<Form*>(widget); form && form->isVisible())
+                    found = form;
+            }
+            return found != nullptr;
+        }));
+        return found;
+    }
+
+    /// Keeps a picture of a window, and of what is open above it.
+    void Picture(const char* name, QWidget* window, std::initializer_list<QWidget*> above = {}) const {
+        QApplication::processEvents();
+        if (m_pictures.isEmpty())
+            return;
+        QPixmap picture = window->grab();
+        QPainter painter(&picture);
+        for (QWidget* one : above) {
+            const QPoint place = qobject_cast<QMenu*>(one)
+                                     ? window->mapFromGlobal(one->pos())
+                                     : QPoint(window->width() - one->width(), window->height() - one->height()) / 2;
+            painter.drawPixmap(place, one->grab());
+            painter.setPen(Qt::darkGray);
+            painter.drawRect(QRect(place, one->size()).adjusted(-1, -1, 0, 0));
+        }
+        painter.end();
+        EXPECT_TRUE(picture.save(m_pictures + u'/' + QString::fromLatin1(name) + QStringLiteral(".png")));
+    }
+
+    /// Waits for a box, looks at its text and closes it.
+    void Close(const QString& text) {
+        auto* box = Await<QMessageBox>();
+        ASSERT_NE(box, nullptr);
+        EXPECT_EQ(box->text(), text);
+        box->close();
+        EXPECT_TRUE(WaitUntil([box = QPointer(box)] { return box.isNull(); }));
+    }
+
+    QAction* Item(QWidget* window, const char* name) const {
+        return window->findChild<QAction*>(QString::fromLatin1(name));
+    }
+
+    void Ready() {
+        EXPECT_TRUE(WaitUntil([this] { return !m_program->TheStation().IsBusy(); }, 30'000));
+    }
+
+    void Start() {
+        m_program = std::make_unique<Program>(ProgramFolders{m_folder.path(), m_folder.path()}, m_clock, m_dialogs);
+        m_running.emplace(m_program->Main());
+        auto* open = Await<QFileDialog>();
+        ASSERT_NE(open, nullptr);
+        Picture("open", open);
+        QTest::keyClick(open, Qt::Key_Return);
+        Close(QStringLiteral("COM port used by another program!"));
+        m_setup = Await<frmQueue>();
+        ASSERT_NE(m_setup, nullptr);
+        m_setup->resize(1180, 700);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(m_setup));
+        m_hands.emplace(*m_setup);
+    }
+
+    void GoToTab(int number) const {
+        m_setup->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(m_setup));
+        QTest::keyClick(m_setup, static_cast<Qt::Key>(Qt::Key_0 + number), Qt::AltModifier);
+        QApplication::processEvents();
+    }
+
+    void DescribeTheInstallation() {
+        DataGrid& services = m_hands->Grid("TDBGridQueue");
+        const char16_t* names[] = {u"Gửi tiền", u"Rút tiền", u"Tín dụng"};
+        int row = 0;
+        for (const char16_t* name : names) {
+            ++row;
+            WindowDriver::Enter(services, 1, {QString::fromUtf16(name), QString::number(row), u"Quầy $1"_qs});
+            WindowDriver::Type(services, row - 1, 5, QString::number(row));
+            WindowDriver::Choose(services, row - 1, 6, QStringLiteral("Y"));
+        }
+        DataGrid& objects = m_hands->Grid("TDBGridDisplay");
+        const struct {
+            const char16_t* name;
+            int number;
+            int address;
+            const char16_t* type;
+        } entered[] = {{u"Quầy 1", 1, 1, u"C"},   {u"Quầy 2", 2, 2, u"C"},         {u"Quầy 3", 3, 3, u"C"},
+                       {u"Máy in", 11, 32, u"P"}, {u"Máy in lầu 2", 12, 33, u"P"}, {u"Bảng chính", 21, 40, u"D"},
+                       {u"HUB", 31, 64, u"H"}};
+        row = 0;
+        for (const auto& [name, number, address, type] : entered) {
+            WindowDriver::Enter(objects, 0,
+                                {QString::fromUtf16(name), QString::number(number), QString::number(address)});
+            WindowDriver::Choose(objects, row, 3, QString::fromUtf16(type));
+            WindowDriver::Choose(objects, row, 4, QStringLiteral("Y"));
+            ++row;
+        }
+        DataGrid& served = m_hands->Grid("TDBGridQD");
+        for (int service = 0; service < 3; ++service) {
+            WindowDriver::Click(services, service, 1);
+            WindowDriver::Drag(objects, service, 0, served);
+            WindowDriver::Drag(objects, (service + 1) % 3, 0, served);
+        }
+        m_hands->ClickButton("cmdCheck");
+        Picture("check-list", m_setup);
+        m_hands->ClickButton("cmdCheck");
+        Picture("setup-database", m_setup);
+        GoToTab(2);
+        m_hands->ClickButton("cmdAuto");
+        auto* question = Await<QMessageBox>();
+        question->button(QMessageBox::Yes)->click();
+        DataGrid& plan = m_hands->Grid("TDBGridPlan");
+        EXPECT_TRUE(WaitUntil([&] { return plan.model()->rowCount() >= 7; }));
+        Picture("setup-scan-plan", m_setup);
+        GoToTab(3);
+        DataGrid& matrix = m_hands->Grid("TDBGrid1");
+        for (int counter = 1; counter <= 3; ++counter)
+            WindowDriver::Choose(matrix, 0, counter, counter == 2 ? QStringLiteral("U") : QStringLiteral("L"));
+        m_hands->ClickButton("cmdUpdate");
+        Close(QStringLiteral("Update Done."));
+        Picture("setup-main-display", m_setup);
+        GoToTab(4);
+        WindowDriver::Click(m_hands->Grid("TDBGridHUB"), 0, 0);
+        for (const int free : {4, 2})
+            WindowDriver::Drag(m_hands->Grid("TDBGridCounters"), free, 0, m_hands->Grid("TDBGridHubCounters"));
+        EXPECT_EQ(WindowDriver::Column(m_hands->Grid("TDBGridHubCounters"), 0), "Quaày 3|Maùy in laàu 2");
+        Picture("setup-hub-assignment", m_setup);
+        GoToTab(1);
+        EXPECT_EQ(m_hands->Find<QPushButton>("cmdFindings").text(), QStringLiteral("Check: nothing found"));
+    }
+
+    void ConnectTheBus() {
+        QString problem;
+        m_devices = std::make_unique<SimulatedBus>(
+            *BusInstallation::Read(m_folder.filePath(QStringLiteral("Harbinet.mdb")), problem));
+        const QString link = QDir::tempPath() + QStringLiteral("/bus");
+        QFile::remove(link);
+        m_devices->SetLinkPath(link);
+        ASSERT_EQ(m_devices->Open(), QString());
+        Item(m_setup, "mnSetCOM")->trigger();
+        auto* port = Await<frmSetPort>();
+        const WindowDriver hands(*port);
+        hands.Find<QComboBox>("cboModems").lineEdit()->selectAll();
+        QTest::keyClicks(&hands.Find<QComboBox>("cboModems"), link);
+        hands.Find<QComboBox>("cboBaud").setCurrentText(QStringLiteral("9600"));
+        Picture("port", m_setup, {port});
+        hands.ClickButton("cmdOK");
+        EXPECT_TRUE(WaitUntil([port] { return !port->isVisible(); }));
+        EXPECT_TRUE(m_program->TheStation().line.PortIsOpen());
+    }
+
+    void LoadTheDevices() {
+        auto* menu = m_setup->findChild<QMenu*>(QStringLiteral("mnCommand"));
+        auto* printers = m_setup->findChild<QMenu*>(QStringLiteral("mnPrinter"));
+        menu->popup(m_setup->mapToGlobal(QPoint(4, 24)));
+        printers->popup(menu->geometry().topRight() + QPoint(0, 30));
+        Picture("commands-menu", m_setup, {menu, printers});
+        printers->close();
+        menu->close();
+        bool isShown = false;
+        const auto progress =
+            ::QObject::connect(&m_program->TheStation(), &Station::ProgressChanged, m_setup, [&](const QString& text) {
+                if (!isShown && text.contains(QStringLiteral("2 of"))) {
+                    isShown = true;
+                    Picture("loading", m_setup);
+                }
+            });
+        Item(m_setup, "mnSetServiceCfg")->trigger();
+        Close(QStringLiteral("Set config to all objects OK."));
+        EXPECT_TRUE(isShown);
+        ::QObject::disconnect(progress);
+        Item(m_setup, "mnSetHub")->trigger();
+        Close(QStringLiteral("Set config to all HUBs OK."));
+        Item(m_setup, "mnHubTime")->trigger();
+        Close(QStringLiteral("done."));
+        Item(m_setup, "mnSetHubCounter")->trigger();
+        auto* option = Await<frmHUBCfg>();
+        Picture("hub-option", m_setup, {option});
+        option->close();
+    }
+
+    void DesignTheTicket() {
+        Item(m_setup, "mnPRPFB9")->trigger();
+        auto* designer = Await<frmDesignTicket>();
+        designer->resize(1100, 640);
+        Item(designer, "mnOpen")->trigger();
+        auto* open = Await<QFileDialog>();
+        open->selectFile(m_folder.filePath(QStringLiteral("Data/ticket.rtf")));
+        QTest::keyClick(open, Qt::Key_Return);
+        EXPECT_TRUE(WaitUntil(
+            [&] { return designer->windowTitle().contains(QStringLiteral("ticket")) || !open->isVisible(); }));
+        QTest::qWait(500); // the preview follows the text a little later
+        Picture("ticket-design", designer);
+        Item(designer, "mnLogoEdit")->trigger();
+        auto* editor = Await<frmEditLogo>();
+        Item(editor, "mnOpen")->trigger();
+        open = Await<QFileDialog>();
+        open->selectFile(m_folder.filePath(QStringLiteral("Data/bank.bmp")));
+        QTest::keyClick(open, Qt::Key_Return);
+        EXPECT_TRUE(WaitUntil([&] {
+            return editor->findChild<QLabel*>(QStringLiteral("Label1"))->text().contains(QStringLiteral("bank"));
+        }));
+        Picture("logo-editor", editor);
+        ImportAPicture(editor);
+        editor->close();
+        EXPECT_TRUE(WaitUntil([e = QPointer(editor)] { return e.isNull(); }));
+        designer->close();
+        auto* question = Await<QMessageBox>();
+        EXPECT_EQ(question->text(), QStringLiteral("File not saved, exit anyway?"));
+        question->button(QMessageBox::Yes)->click();
+        EXPECT_TRUE(WaitUntil([d = QPointer(designer)] { return d.isNull(); }));
+    }
+
+    void ImportAPicture(frmEditLogo* editor) {
+        QImage photo(900, 300, QImage::Format_RGB32);
+        photo.fill(Qt::white);
+        QPainter painter(&photo);
+        painter.setBrush(QGradient(QGradient::DeepBlue));
+        painter.drawEllipse(40, 20, 260, 260);
+        painter.setFont(QFont(QStringLiteral("DejaVu Sans"), 80, QFont::Bold));
+        painter.drawText(QRect(320, 0, 580, 300), Qt::AlignCenter, QStringLiteral("BANK"));
+        painter.end();
+        const QString file = m_folder.filePath(QStringLiteral("photo.png"));
+        EXPECT_TRUE(photo.save(file));
+        Item(editor, "mnImport")->trigger();
+        auto* open = Await<QFileDialog>();
+        open->selectFile(file);
+        QTest::keyClick(open, Qt::Key_Return);
+        auto* import = Await<frmImportLogo>();
+        ASSERT_NE(import, nullptr);
+        Picture("import-logo", editor, {import});
+        import->close();
+        EXPECT_TRUE(WaitUntil([i = QPointer(import)] { return i.isNull(); }));
+    }
+
+    void RunTheInstallation() {
+        Item(m_setup, "mnMainWindow")->trigger();
+        auto* main = Await<frmMain>();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(main));
+        auto* gauge = main->findChild<QProgressBar*>(QStringLiteral("ProgressBar1"));
+        ::QObject::connect(gauge, &QProgressBar::valueChanged, main, [&, main](int value) {
+            if (value == 4)
+                Picture("initializing", main);
+        });
+        main->findChild<QAction*>(QStringLiteral("mnInitObjects"))->trigger();
+        Ready();
+        EXPECT_TRUE(m_program->TheStation().run.QueueRunning());
+        QApplication::processEvents();
+        Picture("main-window", main);
+        const WindowDriver hands(*main);
+        QTest::mouseClick(&hands.Find<ObjectPicture>("picQObj_3"), Qt::LeftButton);
+        Picture("q-info", main);
+        Item(main, "mnBusMonitor")->trigger();
+        auto* monitor = Await<frmBusMonitor>();
+        QTest::qWait(150);
+        Picture("bus-monitor", monitor);
+        monitor->close();
+        hands.ClickButton("Command1");
+        auto* bench = Await<frmTest>();
+        const WindowDriver benchHands(*bench);
+        benchHands.ClickButton("cmdStatus");
+        auto* answer = Await<QMessageBox>();
+        EXPECT_TRUE(answer->text().startsWith(QStringLiteral("Serive table : Ok\nButton config table : Ok")));
+        Picture("test-console", bench, {answer});
+        answer->close();
+        EXPECT_TRUE(WaitUntil([a = QPointer(answer)] { return a.isNull(); }));
+        bench->close();
+        hands.ClickButton("cmdStart");
+        const std::pair<const char*, const char*> dialogs[] = {
+            {"mnQOptions", "options"}, {"mnDBmaintenance", "data-maintenance"}, {"mnAbout", "about"}};
+        for (const auto& [item, name] : dialogs) {
+            Item(main, item)->trigger();
+            QWidget* dialog = nullptr;
+            EXPECT_TRUE(WaitUntil([&] { return (dialog = QApplication::activeModalWidget()) != nullptr; }));
+            Picture(name, main, {dialog});
+            dialog->close();
+            EXPECT_TRUE(WaitUntil([d = QPointer(dialog)] { return d.isNull(); }));
+        }
+        Item(main, "mnExit")->trigger();
+        EXPECT_TRUE(WaitUntil([this] { return !m_program->TheStation().database.IsOpen(); }));
+    }
+
+    const QString m_pictures;
+    QTemporaryDir m_folder{QDir::tempPath() + QStringLiteral("/orvex-XXXXXX")};
+    TestClock m_clock;
+    WindowDialogs m_dialogs;
+    std::unique_ptr<SimulatedBus> m_devices;
+    std::unique_ptr<Program> m_program;
+    std::optional<QCoro::Task<>> m_running;
+    frmQueue* m_setup = nullptr;
+    std::optional<WindowDriver> m_hands;
+};
+
+} // namespace
+
+TEST_F(TourTest, FromAnEmptyFolderThroughEveryWindow) {
+    Start();
+    ASSERT_NE(m_setup, nullptr);
+    DescribeTheInstallation();
+    ConnectTheBus();
+    LoadTheDevices();
+    DesignTheTicket();
+    RunTheInstallation();
+    for (const int address : {32, 33}) {
+        EXPECT_EQ(m_devices->FindAs<TicketPrinter>(address)->Buttons(), (std::vector<quint8>{1, 2, 3})) << address;
+        EXPECT_EQ(m_devices->FindAs<TicketPrinter>(address)->ServiceRows().size(), 3U) << address;
+    }
+    EXPECT_EQ(m_devices->FindAs<DeviceHub>(64)->Members(), (std::vector<DeviceHub::Member>{{0, 3}, {1, 33}}));
+}
