@@ -14,7 +14,7 @@ install(DIRECTORY data/demo/Data DESTINATION ${program}/demo COMPONENT program)
 install(FILES ${CMAKE_BINARY_DIR}/demo/Harbinet.mdb DESTINATION ${program}/demo COMPONENT program)
 
 install(FILES data/desktop/orvex.desktop DESTINATION ${shared}/applications COMPONENT desktop)
-install(FILES data/desktop/orvex.metainfo.xml DESTINATION ${shared}/metainfo COMPONENT desktop)
+install(FILES data/desktop/io.orvex.Orvex.metainfo.xml DESTINATION ${shared}/metainfo COMPONENT desktop)
 install(FILES data/pictures/orvex.svg DESTINATION ${shared}/icons/hicolor/scalable/apps COMPONENT desktop)
 
 add_custom_command(OUTPUT ${CMAKE_BINARY_DIR}/demo/Harbinet.mdb
