@@ -82,11 +82,12 @@ QCoro::Task<> Program::Main() {
     if (const std::optional<qint16> next = station.tickets.RecoverTickets())
         station.installation->LastTicketNumber = *next;
 
+    // Both are there, hidden, before the first box: the notification area can ask for them from now on.
     MakeMainWindow();
+    MakeSetupWindow();
     const bool opened = co_await station.line.OpenPort();
     if (m_exiting)
         co_return;
-    ShowSetupWindow();
     station.line.SetCommStatus(station.line.Settings.CommDevice, station.line.Settings.CommBaud, opened);
     station.log.WriteLog(opened ? QStringLiteral("Initialize system..")
                                 : QStringLiteral("No COM to Initialize system."));
@@ -143,7 +144,7 @@ void Program::MakeMainWindow() {
     connect(window, &frmMain::ExitWanted, this, &Program::Leave, Qt::QueuedConnection);
 }
 
-void Program::ShowSetupWindow() {
+void Program::MakeSetupWindow() {
     m_setupWindow = std::make_unique<frmQueue>(*m_station);
     connect(m_setupWindow.get(), &frmQueue::PortChoiceWanted, this, [this] { ShowPortWindow(*m_setupWindow); });
     connect(m_setupWindow.get(), &frmQueue::HubOptionWanted, this,

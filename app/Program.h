@@ -57,7 +57,7 @@ private:
     QCoro::Task<QString> ChooseDatabase();
     void InstallEmptyDatabase(const QString& path);
     void MakeMainWindow();
-    void ShowSetupWindow();
+    void MakeSetupWindow();
     void ShowPortWindow(QWidget& parent);
     void ShowTicketDesigner(QWidget& parent);
     void ShowTestConsole();

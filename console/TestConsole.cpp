@@ -218,7 +218,8 @@ QCoro::Task<> TestConsole::PoolTicket(QString address) {
     if (!number)
         co_return;
     m_pollCancel = false;
-    while (!m_pollCancel) {
+    const int run = ++m_pollRun;
+    while (!m_pollCancel && run == m_pollRun) {
         const QByteArray offer =
             encoding::Hexadecimal(static_cast<quint32>(m_pollTicket), 4) + encoding::TimeText(m_station.clock.Now());
         const Reply reply = co_await m_station.bus.SendCommand(*number, 'Q', offer);

@@ -97,5 +97,6 @@ private:
 
     Station& m_station;
     bool m_pollCancel = false;
+    int m_pollRun = 0; ///< the poll that was begun last; an older one ends
     qint16 m_pollTicket = 1;
 };

@@ -122,10 +122,9 @@ void TraceModel::Follow() {
             Q_EMIT dataChanged(index(row, 0), index(row, TraceText::Columns - 1));
         }
     }
-    m_waiting.reset();
+    if (m_waiting && (*m_waiting < m_trace.First() || m_trace.Row(*m_waiting).outcome != TraceRow::Waiting))
+        m_waiting.reset();
     if (end == m_next && (m_rows.empty() || m_rows.front() >= m_trace.First())) {
-        if (end > m_trace.First() && m_trace.Row(end - 1).outcome == TraceRow::Waiting)
-            m_waiting = end - 1;
         return;
     }
     DropOverwritten();

@@ -85,7 +85,8 @@ TraceText::Reading TraceText::Read(quint64 serial) const {
         return ReadRequest(row.frame);
     // A reply says little about itself: it belongs to the command that waited for it.
     Reading reading;
-    if (row.HasRequest() && row.request >= m_trace.First() && row.request < serial) {
+    if (row.HasRequest() && row.request >= m_trace.First() && row.request < serial &&
+        m_trace.Row(row.request).IsOut()) {
         reading = ReadRequest(m_trace.Row(row.request).frame);
     } else if (row.frame.size() > LetterAt) {
         reading.address = reading.device = static_cast<quint8>(row.frame.at(1) - '0');

@@ -96,6 +96,8 @@ QCoro::Task<bool> Reload::RefreshIfChanged(Dialogs& dialogs) {
     // The boxes come last: nobody must see a model that is half new while one of them stands open.
     const int unknown = RefreshServices(*services);
     m_installation.NumScanEntries = m_loaders.TakeScanPlan(*scanPlan);
+    BuildHubTable(m_installation, m_log);
+    OnRefreshed();
     co_await Warn(dialogs, unknown);
     co_return true;
 }

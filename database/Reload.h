@@ -4,6 +4,8 @@
 
 #include <qcoro/qcorotask.h>
 
+#include <functional>
+
 class Database;
 class Dialogs;
 class EventLog;
@@ -38,7 +40,8 @@ public:
     QCoro::Task<bool> ReloadServices(Dialogs& dialogs);
 
     /// The lighter refresh. If `DbChanged` is set, clears it and reloads objects, services (like `ReloadServices`) and
-    /// scan plan; hub table and first services stay as they are. Does nothing otherwise.
+    /// scan plan, and builds the hub table anew, since objects may stand in other places now; first services stay as
+    /// they are. Does nothing otherwise.
     /// @return false, and nothing changed, if the store cannot be read; `DbChanged` then stays set.
     QCoro::Task<bool> RefreshIfChanged(Dialogs& dialogs);
 
@@ -47,6 +50,9 @@ public:
 
     /// Puts the stored text into every information display.
     void LoadInfoTexts();
+
+    /// Called by the lighter refresh once the model is new, before the first warning is shown.
+    std::function<void()> OnRefreshed = [] {};
 
     /// Set by edits in the setup window: the store is ahead of the model.
     bool DbChanged = false;

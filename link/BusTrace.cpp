@@ -65,7 +65,7 @@ void BusTrace::OnReceived(const QByteArray& frame, bool isGood, bool isAwaited) 
     if (request && isGood)
         request->outcome = TraceRow::Answered;
     TraceRow& row = Append(!isGood ? TraceRow::BadSum : isAwaited ? TraceRow::Good : TraceRow::Unasked, frame);
-    row.request = m_request;
+    row.request = isAwaited ? m_request : m_end - 1;
     if (isAwaited) {
         const auto passed = std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - m_sent).count();
         row.roundTrip = static_cast<qint32>(std::min<microseconds::rep>(passed, std::numeric_limits<qint32>::max()));

@@ -23,7 +23,7 @@ struct TraceRow {
 
     QByteArray frame;      ///< from STX to ETX
     qint64 time = 0;       ///< milliseconds since 1970, UTC
-    quint64 request = 0;   ///< in: serial of the frame that waited when it came
+    quint64 request = 0;   ///< in: serial of the command that waited when it came, its own if none did
     qint32 roundTrip = -1; ///< microseconds from writing the request to the end of the answer; -1 where there is none
     qint16 collected = 0;  ///< out, without answer: characters that had come of one
     qint16 attempt = 1;    ///< out: 2 and up where the command was tried again

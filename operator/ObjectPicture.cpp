@@ -72,21 +72,27 @@ void ObjectPicture::SetType(int type) {
     update();
 }
 
+void ObjectPicture::Write(QPoint place, const QString& text, int height) {
+    std::erase_if(m_writings, [place](const Writing& writing) { return writing.place == place; });
+    m_writings.push_back({place, text, height});
+}
+
 void ObjectPicture::SetValue(int kind, int number, const QByteArray& text) {
-    m_writings.clear();
-    if (kind == CounterKind)
-        m_writings.push_back({CounterPlace, ShownNumber(number), NumberHeight});
-    else if (kind == PrinterKind)
-        m_writings.push_back({PrinterPlace, ShownNumber(number), NumberHeight});
-    else if (kind == DisplayKind) {
+    if (kind == CounterKind) {
+        m_writings.clear();
+        m_lamp.reset();
+        Write(CounterPlace, ShownNumber(number), NumberHeight);
+    } else if (kind == PrinterKind) {
+        Write(PrinterPlace, ShownNumber(number), NumberHeight);
+    } else if (kind == DisplayKind) {
         qsizetype end = text.size();
         for (const auto& [top, rightPart] : DisplayLines) {
             const qsizetype start = std::max<qsizetype>(0, end - LineLength);
             if (start == end)
                 break;
             const QByteArray line = text.sliced(start, end - start);
-            m_writings.push_back({{LeftColumn, top}, ShownText(line.left(4)), TextHeight});
-            m_writings.push_back({{RightColumn, top}, ShownText(line.mid(rightPart, 2)), TextHeight});
+            Write({LeftColumn, top}, ShownText(line.left(4)), TextHeight);
+            Write({RightColumn, top}, ShownText(line.mid(rightPart, 2)), TextHeight);
             end = start;
         }
     }

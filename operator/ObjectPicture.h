@@ -18,7 +18,8 @@ public:
     /// Shows a device of `type`, without values and lamp.
     void SetType(int type);
 
-    /// Writes a value. @param kind 0 counter, 1 printer, 2 information display. @param number for kinds 0 and 1: its
+    /// Writes a value; what stands elsewhere in the picture stays, but for kind 0, which clears picture and lamp first.
+    /// @param kind 0 counter, 1 printer, 2 information display. @param number for kinds 0 and 1: its
     /// last four decimal digits, "msg" if it is negative. @param text for kind 2: up to three lines of 7 characters, of
     /// which the first is the last; of a line 4 characters stand on the left, 2 on the right.
     void SetValue(int kind, int number, const QByteArray& text);
@@ -49,6 +50,8 @@ private:
         QString text;
         int height; ///< pixels of the letters
     };
+
+    void Write(QPoint place, const QString& text, int height);
 
     int m_type = 0;
     std::vector<Writing> m_writings;

@@ -276,13 +276,15 @@ void frmMain::ShowRunning(bool running) {
 }
 
 void frmMain::ShowBusy(bool busy) {
-    for (QAction* action : {m_ui->mnSendConfig, m_ui->mnVNIFont, m_ui->mnInitHub, m_ui->mnInitObjects, m_ui->mnuReset})
+    for (QAction* action : {m_ui->mnTicketForm, m_ui->mnSendConfig, m_ui->mnVNIFont, m_ui->mnInitHub,
+                            m_ui->mnInitObjects, m_ui->mnuReset})
         action->setEnabled(!busy);
+    m_ui->cmdForm->setEnabled(!busy);
 }
 
 void frmMain::InitAllObjects() {
-    m_station.InitAllObjects().then([window = QPointer(this)] {
-        if (!window || window->m_station.init.CancelInit)
+    m_station.InitAllObjects().then([window = QPointer(this)](bool hasRun) {
+        if (!window || !hasRun || window->m_station.init.CancelInit)
             return;
         const QStringList& silent = window->m_station.init.Silent;
         window->m_progress->setText(
@@ -327,6 +329,8 @@ void frmMain::ShowInfo(int object) {
             const model::QService& first = model.QServices[static_cast<std::size_t>(service)];
             lines += QStringLiteral("Service   : ") + first.Name;
             lines += QStringLiteral("Wait        : %1").arg(first.WaitRing.Count);
+        } else {
+            lines += {QString(), QString()};
         }
         lines += QStringLiteral("Current   : %1").arg(shown.CurrentTicket.TicketNo);
     } else {

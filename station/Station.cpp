@@ -25,7 +25,7 @@ public:
     ~Operation() {
         m_station.m_busy = false;
         Q_EMIT m_station.ProgressChanged(QString());
-        Q_EMIT m_station.BusyChanged(false);
+        Q_EMIT m_station.BusyChanged(m_station.IsBusy());
     }
 
 private:
@@ -60,6 +60,7 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     , check(database, tickets, options, clock)
     , run(*this)
     , init(*this) {
+    reload.OnRefreshed = [this] { Q_EMIT ModelChanged(); };
     connect(&printers, &PrinterConfig::Progress, this, [this](const QString& printerName, int done, int total) {
         Q_EMIT ProgressChanged(tr("Printer %1: %2 of %3").arg(printerName).arg(done).arg(total));
     });
@@ -69,9 +70,10 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
         Q_EMIT ProgressChanged(tr("Printer %1: letters, %2 of %3").arg(printerName).arg(done).arg(total));
     });
     connect(&forms, &TicketForms::RunningChanged, this, [this](bool running) {
-        if (!running)
+        // A form that an operation of the station sends is only a part of it.
+        if (!running && !m_busy)
             Q_EMIT ProgressChanged(QString());
-        Q_EMIT BusyChanged(running);
+        Q_EMIT BusyChanged(running || m_busy);
     });
 }
 
@@ -239,13 +241,14 @@ QCoro::Task<> Station::LoadVniFont(bool zoneRich) {
         co_await forms.LoadVniFont(zoneRich);
 }
 
-QCoro::Task<> Station::InitAllObjects() {
+QCoro::Task<bool> Station::InitAllObjects() {
     if (IsBusy()) {
         co_await ExplainBusy();
-        co_return;
+        co_return false;
     }
     const Operation running(*this);
     co_await init.InitQObjects();
+    co_return true;
 }
 
 QCoro::Task<> Station::InitHubs() {
@@ -278,7 +281,8 @@ QCoro::Task<> Station::ResetSystem() {
     }
     {
         const Operation running(*this);
-        co_await starts.BroadcastResetAndTime([this] { return init.CancelInit; });
+        const std::function<bool()> isCancelled = [this] { return init.CancelInit; };
+        co_await starts.BroadcastResetAndTime(isCancelled);
         // What cannot be deleted is in the log.
         tickets.ClearTicketRecords();
         for (model::QService& service : installation->LoadedServices()) {
@@ -301,12 +305,7 @@ QCoro::Task<> Station::ActiveAll() {
 QCoro::Task<> Station::RefreshIfChanged() {
     if (IsBusy() || !reload.DbChanged)
         co_return;
-    const bool refreshed = co_await reload.RefreshIfChanged(dialogs);
-    if (!refreshed)
-        co_return;
-    // The objects may stand in other places now: what goes behind a hub must not go by the old ones.
-    BuildHubTable(*installation, log);
-    Q_EMIT ModelChanged();
+    co_await reload.RefreshIfChanged(dialogs);
 }
 
 void Station::CloseVoice() {

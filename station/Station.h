@@ -106,8 +106,8 @@ public:
     /// Sends every hub its member list, names each that fails in a box, and says that it is done, whatever the outcome.
     QCoro::Task<> InitHubs();
 
-    /// Runs the initialization over all objects.
-    QCoro::Task<> InitAllObjects();
+    /// Runs the initialization over all objects. @return false if it was refused because another operation runs.
+    QCoro::Task<bool> InitAllObjects();
 
     /// Resets all devices, forgets all tickets, lets all numbers begin anew, and says so. Asks nothing.
     QCoro::Task<> ResetSystem();

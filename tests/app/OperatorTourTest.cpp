@@ -6,6 +6,7 @@
 #include "operator/ObjectPicture.h"
 #include "operator/frmMain.h"
 #include "platform/DataGrid.h"
+#include "platform/WindowDialogs.h"
 #include "printers/frmDesignTicket.h"
 #include "setup/frmQueue.h"
 #include "simulator/BusInstallation.h"
@@ -17,9 +18,11 @@
 #include "utilities/frmSetPort.h"
 
 #include <QAction>
+#include <QFileDialog>
 #include <QGroupBox>
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <QMessageBox>
 
 namespace {
 
@@ -190,4 +193,34 @@ TEST_F(OperatorTourTest, AnExitWaitsForWhatNobodyHasSavedYet) {
     EXPECT_EQ(m_ended, 0) << "the exit is asked for anew";
     m_main->close();
     EXPECT_TRUE(WaitUntil([this] { return m_ended == 1; }));
+}
+
+TEST_F(OperatorTourTest, TheNotificationAreaWorksWhileTheFirstBoxStands) {
+    QFile::remove(Path(QStringLiteral("Tallora.ini")));
+    Await(m_dialogs->ChooseFile({}, {}));
+    const auto shown = [](auto* form) {
+        for (QWidget* widget : QApplication::topLevelWidgets()) {
+            if (auto* found = qobject_cast<decltype(form)>(widget); found && found->isVisible())
+                form = found;
+        }
+        return form;
+    };
+    for (const char* entry : {"mnDataBase", "mnExit"}) {
+        WindowDialogs boxes;
+        Program program({m_folder.path(), m_folder.path()}, m_clock, boxes);
+        bool ended = false;
+        QObject::connect(&program, &Program::Ended, [&] { ended = true; });
+        const auto running = program.Main();
+        ASSERT_TRUE(WaitUntil([&] { return shown(static_cast<QFileDialog*>(nullptr)) != nullptr; }));
+        QTest::keyClick(shown(static_cast<QFileDialog*>(nullptr)), Qt::Key_Return);
+        ASSERT_TRUE(WaitUntil([&] { return shown(static_cast<QMessageBox*>(nullptr)) != nullptr; }));
+        FindWindow<frmMain>()->findChild<QAction*>(QString::fromLatin1(entry))->trigger();
+        if (QByteArrayView(entry) == "mnDataBase") {
+            EXPECT_TRUE(FindWindow<frmQueue>()->isVisible());
+            FindWindow<frmQueue>()->close();
+        }
+        EXPECT_TRUE(WaitUntil([&] { return ended; })) << entry;
+        EXPECT_FALSE(program.TheStation().database.IsOpen());
+        EXPECT_TRUE(running.isReady());
+    }
 }

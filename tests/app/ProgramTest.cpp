@@ -59,6 +59,7 @@ TEST_F(ProgramTest, TheFirstStartInstallsAnEmptyDatabaseAndOffersIt) {
 
     Window()->close();
     EXPECT_EQ(m_ended, 1);
+    EXPECT_TRUE(m_clock.Waits.empty()) << "an idle line is not waited for";
     EXPECT_FALSE(m_program->TheStation().database.IsOpen());
     EXPECT_EQ(ReadFile(Path(QStringLiteral("bak4.mdb"))), ReadFile(store));
 }
@@ -182,7 +183,9 @@ TEST_F(ProgramTest, OpensTheLineOfTheSettingsAndRecoversTickets) {
     EXPECT_TRUE(WaitUntil([&] { return devices.Counts().Commands > 0; }));
     Window()->close();
     EXPECT_EQ(m_ended, 1);
-    EXPECT_FALSE(station.control.IsOpen() && station.bus.Sending());
+    EXPECT_FALSE(station.bus.Sending());
+    EXPECT_EQ(std::count(m_clock.Waits.begin(), m_clock.Waits.end(), 50), 60)
+        << "3 seconds, for the command on the line";
     EXPECT_TRUE(load.isReady());
 }
 

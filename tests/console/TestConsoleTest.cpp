@@ -225,6 +225,15 @@ TEST_F(TestConsoleTest, PollingOffersTheNextNumberUntilItIsCancelledAndCanBeginA
     EXPECT_EQ(m_sent[2].first(8), "32 Q0003");
     EXPECT_EQ(m_sent[3].first(8), "32 Q0003") << "only a ticket taken counts";
 
+    // A poll that is begun while another one still waits takes its place.
+    const auto older = m_console.PoolTicket(QStringLiteral("32"));
+    m_console.CancelPoll();
+    polling = m_console.PoolTicket(QStringLiteral("32"));
+    ASSERT_TRUE(WaitUntil([&] { return older.isReady(); }));
+    EXPECT_FALSE(polling.isReady());
+    m_console.CancelPoll();
+    ASSERT_TRUE(WaitUntil([&] { return polling.isReady(); }));
+
     const qsizetype sent = m_sent.size();
     polling = m_console.PoolTicket(QStringLiteral("32"));
     ASSERT_TRUE(WaitUntil([&] { return m_sent.size() > sent + 1; }));

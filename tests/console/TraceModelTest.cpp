@@ -82,6 +82,27 @@ TEST_F(TraceModelTest, FramesAreToldInWords) {
     }
 }
 
+TEST_F(TraceModelTest, GarbageBeforeTheFirstCommandIsShownAsItCame) {
+    Q_EMIT m_bus.FrameReceived("\x02\x03", false, false);
+    Q_EMIT m_bus.FrameReceived("\x02\x03", false, true);
+    m_model.Follow();
+    EXPECT_EQ(Column(Data), "<02><03>|<02><03>");
+    EXPECT_EQ(Column(Object), "|");
+}
+
+TEST_F(TraceModelTest, ARowThatWaitedIsShownAnewHoweverMuchCameMeanwhile) {
+    Send(5, "P");
+    m_model.Follow();
+    Receive("5", false);
+    m_model.Follow();
+    Q_EMIT m_bus.ReplyMissed(5, {}, true);
+    int changed = -1;
+    ::QObject::connect(&m_model, &TraceModel::dataChanged, [&](const QModelIndex& first) { changed = first.row(); });
+    m_model.Follow();
+    EXPECT_EQ(changed, 0);
+    EXPECT_EQ(Row(0, {Result}), "no answer");
+}
+
 TEST_F(TraceModelTest, AFilterTakesDevicesBehindHubsByTheirOwnAddressAndLetter) {
     Send(5, "P");
     Send(64, "NQP");

@@ -65,6 +65,19 @@ TEST_F(BusTraceTest, EveryFrameIsARowThatTellsHowItEnded) {
     EXPECT_EQ(m_trace.Row(7).roundTrip, -1);
 }
 
+TEST_F(BusTraceTest, AFrameThatNobodyWaitedForBelongsToNoCommand) {
+    m_terminal.Write("\x02\x03\x02\x03");
+    ASSERT_TRUE(WaitUntil([&] { return m_trace.End() == 2; }));
+    Command(Answer());
+    m_terminal.Write("\x02late\x03");
+    ASSERT_TRUE(WaitUntil([&] { return m_trace.End() == 5; }));
+    for (const quint64 stray : {0U, 1U, 4U}) {
+        EXPECT_EQ(m_trace.Row(stray).outcome, TraceRow::BadSum);
+        EXPECT_EQ(m_trace.Row(stray).request, stray);
+    }
+    EXPECT_EQ(m_trace.Row(3).request, 2U);
+}
+
 TEST_F(BusTraceTest, TheOldestRowsGiveWayAndAClearedTraceBeginsAnew) {
     const auto send = [this](quint64 count) {
         for (quint64 i = 0; i < count; ++i)

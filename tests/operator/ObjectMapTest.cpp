@@ -76,10 +76,20 @@ TEST_F(ObjectMapTest, WhatIsSentToAnObjectIsWrittenOnItsPicture) {
         {2, 0, QByteArray(6, '\x16') + '\x1B', "    |  "},
     };
     for (const auto& [kind, number, text, written] : cases) {
+        m_map.Picture(2).SetType(2);
         Q_EMIT m_station.starts.UpdateObjectDisplay(2, kind, number, text);
         EXPECT_EQ(Written(2), written) << text.toStdString();
     }
     EXPECT_EQ(Written(1), "");
+    // What stands elsewhere stays, until a counter's value clears the picture and its lamp.
+    for (const auto& [kind, text] : {std::pair(1, QByteArray()), {2, "1234L56"}, {2, ""}})
+        Q_EMIT m_station.starts.UpdateObjectDisplay(2, kind, 9, text);
+    EXPECT_EQ(Written(2).substr(0, 4), "0009");
+    EXPECT_TRUE(Written(2).ends_with("|1234|56"));
+    m_map.Picture(2).SetLamp(Qt::gray);
+    Q_EMIT m_station.starts.UpdateObjectDisplay(2, 0, 3, {});
+    EXPECT_EQ(Written(2), "0003");
+    EXPECT_FALSE(m_map.Picture(2).Lamp().isValid());
     // Another object in the same place begins with an empty picture; the same one keeps its value.
     Q_EMIT m_station.starts.UpdateObjectDisplay(0, 0, 1, {});
     ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name='renamed' WHERE d_Id=1")}));
