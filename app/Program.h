@@ -2,7 +2,7 @@
 
 #include "app/ProgramFolders.h"
 #include "platform/RegistryStore.h"
-#include "platform/ShellIcon.h"
+#include "widgets/ShellIcon.h"
 
 #include <QObject>
 #include <QPointer>

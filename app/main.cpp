@@ -1,8 +1,8 @@
 #include "app/Program.h"
-#include "platform/Artwork.h"
 #include "platform/Clock.h"
-#include "platform/DesktopIcon.h"
-#include "platform/WindowDialogs.h"
+#include "widgets/Artwork.h"
+#include "widgets/DesktopIcon.h"
+#include "widgets/WindowDialogs.h"
 
 #include <QApplication>
 #include <QFileInfo>

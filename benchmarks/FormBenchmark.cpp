@@ -2,11 +2,11 @@
 
 #include "benchmarks/PacedPrinter.h"
 #include "benchmarks/Report.h"
-#include "platform/WindowDialogs.h"
 #include "printers/FormTransfer.h"
-#include "printers/RichText.h"
-#include "printers/TicketPaper.h"
-#include "printers/VniTable.h"
+#include "tickets/RichText.h"
+#include "tickets/TicketPaper.h"
+#include "tickets/VniTable.h"
+#include "widgets/WindowDialogs.h"
 
 namespace {
 
@@ -38,7 +38,7 @@ void BenchmarkForms() {
     Report(what.constData(), compile * 1000, "ms", "aim", 5);
 
     TicketPaper paper;
-    const TicketPaper::Values values{"Name", "", "", "1001", "", "", "", ""};
+    const TicketValues values{"Name", "", "", "1001", "", "", "", ""};
     const double print = BestSeconds(20, [&] { paper.Print(compiled.form->PrnForm, {}, values, &letters); });
     Report("Rendering that ticket", print * 1000, "ms", "aim", 20);
 

@@ -3,9 +3,9 @@
 #include "benchmarks/FilledStore.h"
 #include "benchmarks/Report.h"
 #include "platform/Clock.h"
-#include "platform/WindowDialogs.h"
 #include "setup/frmQueue.h"
 #include "station/Station.h"
+#include "widgets/WindowDialogs.h"
 
 #include <QApplication>
 #include <QPushButton>

@@ -5,8 +5,8 @@
 #include "operator/ObjectMap.h"
 #include "operator/ObjectPicture.h"
 #include "platform/Clock.h"
-#include "platform/WindowDialogs.h"
 #include "station/Station.h"
+#include "widgets/WindowDialogs.h"
 
 #include <QApplication>
 #include <QTemporaryDir>

@@ -4,7 +4,7 @@
 #include "link/CommandNames.h"
 #include "link/Encodings.h"
 #include "link/Frames.h"
-#include "printers/VniText.h"
+#include "tickets/VniText.h"
 
 #include <QCoreApplication>
 #include <QDateTime>

@@ -3,8 +3,8 @@
 #include "console/TraceModel.h"
 #include "console/ui_frmBusMonitor.h"
 #include "platform/Dialogs.h"
-#include "printers/VniText.h"
 #include "station/Station.h"
+#include "tickets/VniText.h"
 
 #include <QApplication>
 #include <QClipboard>

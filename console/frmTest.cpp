@@ -1,13 +1,13 @@
 #include "console/frmTest.h"
 
-#include "console/TestConsole.h"
 #include "console/ui_frmTest.h"
 #include "link/Frames.h"
 #include "platform/AnsiText.h"
-#include "platform/Artwork.h"
-#include "platform/PortBoxes.h"
-#include "platform/WindowFonts.h"
 #include "station/Station.h"
+#include "station/TestConsole.h"
+#include "widgets/Artwork.h"
+#include "widgets/PortBoxes.h"
+#include "widgets/WindowFonts.h"
 
 #include <QMouseEvent>
 #include <QPointer>

@@ -1,10 +1,10 @@
 #include "database/Reload.h"
 
 #include "core/EventLog.h"
+#include "core/HubTable.h"
 #include "core/Installation.h"
 #include "database/Database.h"
 #include "database/TicketRecords.h"
-#include "hubs/HubRouter.h"
 #include "platform/Dialogs.h"
 
 #include <algorithm>

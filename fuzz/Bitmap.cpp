@@ -1,4 +1,4 @@
-#include "printers/LogoCells.h"
+#include "tickets/LogoCells.h"
 
 #include <QBuffer>
 

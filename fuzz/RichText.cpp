@@ -1,4 +1,4 @@
-#include "printers/RichText.h"
+#include "tickets/RichText.h"
 
 #include <cstdlib>
 

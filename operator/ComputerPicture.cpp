@@ -1,6 +1,6 @@
 #include "operator/ComputerPicture.h"
 
-#include "platform/Artwork.h"
+#include "widgets/Artwork.h"
 
 #include <QMouseEvent>
 #include <QPainter>

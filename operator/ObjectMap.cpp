@@ -2,8 +2,8 @@
 
 #include "operator/ComputerPicture.h"
 #include "operator/ObjectPicture.h"
-#include "platform/Artwork.h"
 #include "station/Station.h"
+#include "widgets/Artwork.h"
 
 #include <QEvent>
 #include <QLabel>

@@ -1,7 +1,7 @@
 #include "operator/ObjectPicture.h"
 
 #include "platform/AnsiText.h"
-#include "platform/Artwork.h"
+#include "widgets/Artwork.h"
 
 #include <QFontDatabase>
 #include <QKeyEvent>

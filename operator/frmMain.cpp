@@ -1,14 +1,14 @@
 #include "operator/frmMain.h"
 
 #include "operator/ui_frmMain.h"
-#include "platform/Artwork.h"
 #include "platform/Dialogs.h"
-#include "platform/LinePanels.h"
-#include "platform/PortBoxes.h"
-#include "platform/WindowFonts.h"
-#include "platform/frmSysTray.h"
-#include "printers/VniText.h"
 #include "station/Station.h"
+#include "tickets/VniText.h"
+#include "widgets/Artwork.h"
+#include "widgets/LinePanels.h"
+#include "widgets/PortBoxes.h"
+#include "widgets/WindowFonts.h"
+#include "widgets/frmSysTray.h"
 
 #include <QApplication>
 #include <QCloseEvent>

@@ -5,7 +5,7 @@
 #include "link/Frames.h"
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
-#include "printers/VniTable.h"
+#include "tickets/VniTable.h"
 
 #include <QFile>
 

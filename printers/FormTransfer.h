@@ -1,6 +1,6 @@
 #pragma once
 
-#include "printers/FormCompiler.h"
+#include "tickets/FormCompiler.h"
 
 #include <QObject>
 

@@ -110,7 +110,7 @@ CompilerResult TicketForms::Compile(const TicketDocument& document, const QStrin
     return ::CompileForm(document, FolderOf(formPath), family, letters, TicketCopies, m_TicketDigits);
 }
 
-TicketPaper::Values TicketForms::SampleValues() const {
+TicketValues TicketForms::SampleValues() const {
     const QDateTime now = m_clock.Now();
     const QByteArray number = QByteArray::number(1001).rightJustified(m_TicketDigits, '0', true);
     const auto services = m_installation.LoadedServices();

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "printers/FontTransfer.h"
-#include "printers/FormCompiler.h"
 #include "printers/FormTransfer.h"
 #include "printers/PrinterTables.h"
-#include "printers/TicketPaper.h"
-#include "printers/VniTable.h"
+#include "tickets/FormCompiler.h"
+#include "tickets/TicketValues.h"
+#include "tickets/VniTable.h"
 
 class IniUtility;
 
@@ -46,7 +46,7 @@ public:
     CompilerResult Compile(const TicketDocument& document, const QString& formPath) const;
 
     /// Values for the fields of a preview: those of the first loaded service, else plausible ones.
-    TicketPaper::Values SampleValues() const;
+    TicketValues SampleValues() const;
 
     /// Compiles the document, keeps it in the file of one printer, sends it, and tells the outcome.
     /// @param object index in `QObjects`, 0 to 63.

@@ -1,8 +1,8 @@
 #include "setup/SetupPage.h"
 
-#include "platform/DataGrid.h"
 #include "setup/SetupRecords.h"
 #include "station/Station.h"
+#include "widgets/DataGrid.h"
 
 #include <QPointer>
 #include <QPushButton>

@@ -1,13 +1,13 @@
 #include "setup/frmQueue.h"
 
 #include "platform/AnsiText.h"
-#include "platform/DataGrid.h"
 #include "platform/Dialogs.h"
-#include "platform/WindowFonts.h"
-#include "printers/VniText.h"
 #include "setup/SetupRecords.h"
 #include "setup/ui_frmQueue.h"
 #include "station/Station.h"
+#include "tickets/VniText.h"
+#include "widgets/DataGrid.h"
+#include "widgets/WindowFonts.h"
 
 #include <QApplication>
 #include <QCloseEvent>

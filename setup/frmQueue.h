@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/LinePanels.h"
 #include "station/InstallationCheck.h"
+#include "widgets/LinePanels.h"
 
 #include <QMainWindow>
 

@@ -1,7 +1,7 @@
 #include "simulator/TicketPictures.h"
 
-#include "printers/VniTable.h"
 #include "simulator/TicketPrinter.h"
+#include "tickets/VniTable.h"
 
 #include <QDateTime>
 
@@ -10,9 +10,9 @@ namespace {
 /// Check sum, text and options of a printer that has no form.
 const QByteArray BareForm = QByteArrayLiteral("\0\0\x1B@\x1D!\x22$VAR(3)\n\x1Bm14");
 
-TicketPaper::Values ValuesOf(const TicketPrinter& printer, const TicketPrinter::Ticket& ticket) {
+TicketValues ValuesOf(const TicketPrinter& printer, const TicketPrinter::Ticket& ticket) {
     const QDateTime now = QDateTime::currentDateTime();
-    TicketPaper::Values values;
+    TicketValues values;
     const auto row = printer.ServiceRows().find(ticket.Service);
     if (row != printer.ServiceRows().end()) {
         values[0] = row->second.Name;

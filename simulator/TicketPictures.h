@@ -1,6 +1,6 @@
 #pragma once
 
-#include "printers/TicketPaper.h"
+#include "tickets/TicketPaper.h"
 
 class TicketPrinter;
 

@@ -5,7 +5,7 @@
 //               Vietnamese letters go into the store in VNI.
 
 #include "database/Schema.h"
-#include "printers/VniText.h"
+#include "tickets/VniText.h"
 
 #include <QCoreApplication>
 #include <QFile>

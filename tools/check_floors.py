@@ -8,21 +8,25 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 FLOORS = {
-    "platform": 0, "core": 1, "link": 2, "hubs": 3, "database": 4, "printers": 5, "station": 6,
-    "console": 7, "utilities": 7, "setup": 8, "operator": 8, "app": 9,
+    "platform": 0, "core": 1, "widgets": 1, "link": 2, "tickets": 2, "hubs": 3, "database": 4, "printers": 5, "station": 6,
+    "console": 7, "designer": 7, "utilities": 7, "setup": 8, "operator": 8, "app": 9,
 }
-# Folders beside the house, and what they may include besides themselves.
-BESIDE = {
-    "simulator": {"platform", "core", "link", "printers"},
+# Folders that need less of the house than all that lies below them; those beside the house may include only these.
+NEEDS = {
+    "widgets": {"platform"},
+    "tickets": {"platform"},
+    "database": {"platform", "core"},
+    "simulator": {"platform", "core", "link", "tickets"},
     "jetimport": {"platform", "core", "database"},
-    "benchmarks": set(FLOORS) | {"simulator", "jetimport"},
-    "fuzz": set(FLOORS) | {"simulator", "jetimport"},
-    "tools": {"platform", "core", "database", "printers"},
+    "tools": {"platform", "core", "database", "tickets"},
+    "benchmarks": {*FLOORS, "simulator", "jetimport"},
+    "fuzz": {*FLOORS, "simulator", "jetimport"},
 }
+BESIDE = [folder for folder in NEEDS if folder not in FLOORS]
 # What the simulator may use of the link: encodings and frames, not the master's side.
 SIMULATOR_LINK = {"link/Encodings.h", "link/Frames.h", "link/FrameReader.h"}
-# Of the printers, what shows a printed ticket.
-SIMULATOR_PRINTERS = {"printers/TicketPaper.h", "printers/VniTable.h"}
+# Folders with windows, the only ones that see the widgets.
+WINDOWS = {"console", "designer", "utilities", "setup", "operator", "app", "benchmarks"}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 WIDGETS = re.compile(r"^(QtWidgets($|/)|Q(Application|Widget|Dialog|MainWindow|TableView|MessageBox|FileDialog|StyledItemDelegate)$)")
@@ -54,13 +58,16 @@ def check(path: pathlib.Path, problems: list[str]) -> None:
         target = name.split("/")[0]
         if "/" not in name or target == folder or target not in {*FLOORS, *BESIDE, "tests"}:
             continue
-        if folder in FLOORS:
-            if target not in FLOORS or FLOORS[target] >= FLOORS[folder]:
-                problems.append(f"{where}: {folder} must not include {name}")
-        elif target not in BESIDE[folder]:
+        if not may_include(folder, target) or (folder == "simulator" and target == "link" and name not in SIMULATOR_LINK):
             problems.append(f"{where}: {folder} must not include {name}")
-        if folder == "simulator" and target in {"link", "printers"} and name not in SIMULATOR_LINK | SIMULATOR_PRINTERS:
-            problems.append(f"{where}: the simulator must not include {name}")
+
+
+def may_include(folder: str, target: str) -> bool:
+    if target == "widgets" and folder not in WINDOWS:
+        return False
+    if folder in NEEDS:
+        return target in NEEDS[folder]
+    return target in FLOORS and FLOORS[target] < FLOORS[folder]
 
 
 def main() -> int:

@@ -1,9 +1,9 @@
 #include "utilities/frmAbout.h"
 
-#include "platform/Artwork.h"
 #include "platform/Dialogs.h"
 #include "utilities/SystemInfo.h"
 #include "utilities/ui_frmAbout.h"
+#include "widgets/Artwork.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "utilities/frmSetPort.h"
 
 #include "link/CommLine.h"
-#include "platform/PortBoxes.h"
 #include "utilities/ui_frmSetPort.h"
+#include "widgets/PortBoxes.h"
 
 #include <QPointer>
 

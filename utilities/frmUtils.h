@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utilities/DataMaintenance.h"
+#include "station/DataMaintenance.h"
 
 #include <QDialog>
 

@@ -2,12 +2,10 @@
 
 #include "console/frmBusMonitor.h"
 #include "console/frmTest.h"
+#include "designer/frmDesignTicket.h"
 #include "operator/ObjectMap.h"
 #include "operator/ObjectPicture.h"
 #include "operator/frmMain.h"
-#include "platform/DataGrid.h"
-#include "platform/WindowDialogs.h"
-#include "printers/frmDesignTicket.h"
 #include "setup/frmQueue.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/CounterKeypad.h"
@@ -16,6 +14,8 @@
 #include "tests/support/StoreFile.h"
 #include "tests/support/WindowDriver.h"
 #include "utilities/frmSetPort.h"
+#include "widgets/DataGrid.h"
+#include "widgets/WindowDialogs.h"
 
 #include <QAction>
 #include <QFileDialog>

@@ -1,13 +1,13 @@
 #include "tests/app/ProgramWorld.h"
 
-#include "hubs/frmHUBCfg.h"
-#include "printers/frmDesignTicket.h"
-#include "printers/frmEditLogo.h"
+#include "designer/frmDesignTicket.h"
+#include "designer/frmEditLogo.h"
 #include "setup/frmQueue.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
 #include "station/Station.h"
 #include "tests/support/StoreFile.h"
+#include "utilities/frmHUBCfg.h"
 #include "utilities/frmSetPort.h"
 
 #include <QAction>

@@ -2,14 +2,11 @@
 
 #include "console/frmBusMonitor.h"
 #include "console/frmTest.h"
-#include "hubs/frmHUBCfg.h"
+#include "designer/frmDesignTicket.h"
+#include "designer/frmEditLogo.h"
+#include "designer/frmImportLogo.h"
 #include "operator/ObjectPicture.h"
 #include "operator/frmMain.h"
-#include "platform/WindowDialogs.h"
-#include "platform/WindowFonts.h"
-#include "printers/frmDesignTicket.h"
-#include "printers/frmEditLogo.h"
-#include "printers/frmImportLogo.h"
 #include "setup/frmQueue.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
@@ -17,7 +14,10 @@
 #include "tests/support/Files.h"
 #include "tests/support/TestClock.h"
 #include "tests/support/WindowDriver.h"
+#include "utilities/frmHUBCfg.h"
 #include "utilities/frmSetPort.h"
+#include "widgets/WindowDialogs.h"
+#include "widgets/WindowFonts.h"
 
 #include <QAction>
 #include <QDir>

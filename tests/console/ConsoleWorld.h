@@ -1,9 +1,9 @@
 #pragma once
 
-#include "console/TestConsole.h"
 #include "simulator/CounterKeypad.h"
 #include "simulator/InformationDisplay.h"
 #include "simulator/PowerUnit.h"
+#include "station/TestConsole.h"
 #include "tests/support/Files.h"
 #include "tests/support/StationWorld.h"
 

@@ -1,4 +1,5 @@
 #include "hubs/DeviceStart.h"
+#include "core/HubTable.h"
 
 #include "core/Options.h"
 #include "hubs/HubRouter.h"

@@ -1,4 +1,5 @@
 #include "hubs/HubConfig.h"
+#include "core/HubTable.h"
 #include "core/IniUtility.h"
 #include "core/Options.h"
 #include "hubs/DeviceClocks.h"

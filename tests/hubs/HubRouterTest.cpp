@@ -1,4 +1,5 @@
 #include "hubs/HubRouter.h"
+#include "core/HubTable.h"
 
 #include "link/Frames.h"
 #include "tests/support/BusWorld.h"

@@ -2,8 +2,8 @@
 
 #include "operator/ComputerPicture.h"
 #include "operator/ObjectPicture.h"
-#include "platform/Artwork.h"
 #include "tests/support/StationWorld.h"
+#include "widgets/Artwork.h"
 
 #include <QLabel>
 #include <QTest>

@@ -2,10 +2,10 @@
 
 #include "operator/ObjectMap.h"
 #include "operator/ObjectPicture.h"
-#include "platform/LogBox.h"
 #include "tests/support/KeptShell.h"
 #include "tests/support/StationWorld.h"
 #include "tests/support/WindowDriver.h"
+#include "widgets/LogBox.h"
 
 #include <QAction>
 #include <QCheckBox>

@@ -1,14 +1,15 @@
 #include "printers/FormTransfer.h"
 #include "printers/FontTransfer.h"
 
+#include "core/HubTable.h"
 #include "hubs/HubRouter.h"
 #include "link/Frames.h"
-#include "printers/VniTable.h"
 #include "tests/support/AnsweringEnd.h"
 #include "tests/support/BusWorld.h"
 #include "tests/support/Files.h"
 #include "tests/support/TestDialogs.h"
 #include "tests/support/Waiting.h"
+#include "tickets/VniTable.h"
 
 #include <numeric>
 

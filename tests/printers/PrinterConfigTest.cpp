@@ -1,5 +1,6 @@
 #include "printers/PrinterConfig.h"
 
+#include "core/HubTable.h"
 #include "hubs/HubRouter.h"
 #include "tests/support/AnsweringEnd.h"
 #include "tests/support/BusWorld.h"

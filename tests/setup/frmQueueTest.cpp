@@ -1,6 +1,6 @@
-#include "platform/LogBox.h"
-#include "printers/VniText.h"
 #include "tests/setup/SetupWindow.h"
+#include "tickets/VniText.h"
+#include "widgets/LogBox.h"
 
 #include <QAction>
 #include <QClipboard>

@@ -1,8 +1,8 @@
 #include "station/Station.h"
 
-#include "printers/RichText.h"
 #include "tests/support/Files.h"
 #include "tests/support/StationWorld.h"
+#include "tickets/RichText.h"
 
 namespace {
 

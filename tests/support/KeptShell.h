@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ShellIcon.h"
+#include "widgets/ShellIcon.h"
 
 #include <QMenu>
 #include <QStringList>

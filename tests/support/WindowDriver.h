@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/DataGrid.h"
 #include "tests/support/Waiting.h"
+#include "widgets/DataGrid.h"
 
 #include <gtest/gtest.h>
 

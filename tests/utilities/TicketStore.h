@@ -1,11 +1,11 @@
 #pragma once
 
+#include "station/DataMaintenance.h"
 #include "station/Station.h"
 #include "tests/support/StoreFile.h"
 #include "tests/support/TestClock.h"
 #include "tests/support/TestDialogs.h"
 #include "tests/support/Waiting.h"
-#include "utilities/DataMaintenance.h"
 
 #include <QTemporaryDir>
 

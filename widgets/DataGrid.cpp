@@ -1,0 +1,461 @@
+#include "widgets/DataGrid.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QStyledItemDelegate>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int NarrowestColumn = 44; ///< pixels
+constexpr int WidestColumn = 340;   ///< pixels, for what a column shows of its own accord
+
+/// A line editor that hands everything typed or pasted to the grid's text hook.
+class CellEdit final : public QLineEdit {
+public:
+    CellEdit(DataGrid& grid, QWidget* parent)
+        : QLineEdit(parent)
+        , m_grid(grid) {
+        connect(this, &QLineEdit::textEdited, this, &CellEdit::Convert);
+        connect(QApplication::clipboard(), &QClipboard::dataChanged, this, [this] {
+            if (hasFocus() && QApplication::clipboard()->ownsClipboard())
+                m_grid.NoteCopied(QApplication::clipboard()->text());
+        });
+        setFrame(false);
+    }
+
+    void Begin(const QString& text) {
+        setText(text);
+        m_before = text;
+    }
+
+private:
+    void Convert(const QString& edited) {
+        const QString before = std::exchange(m_before, edited);
+        // What was inserted ends at the cursor; what stands behind it was there before.
+        const qsizetype cursor = cursorPosition();
+        const qsizetype behind = edited.size() - cursor;
+        qsizetype start = 0;
+        const qsizetype longest = std::min(cursor, before.size() - behind);
+        while (start < longest && edited[start] == before[start])
+            ++start;
+        if (start >= cursor)
+            return;
+        const GridInsertion insertion = m_grid.InsertionFor(
+            QStringView(edited).first(start), edited.mid(start, cursor - start), maxLength() - start - behind);
+        const qsizetype kept = std::max<qsizetype>(start - insertion.replaces, 0);
+        const QString converted = edited.first(kept) + insertion.text + edited.sliced(cursor);
+        if (converted == edited)
+            return;
+        setText(converted);
+        setCursorPosition(static_cast<int>(kept + insertion.text.size()));
+        m_before = text();
+    }
+
+    DataGrid& m_grid;
+    QString m_before;
+};
+
+/// A list editor. What is chosen with the mouse is final; keys go through the list until Enter, Tab or a click
+/// elsewhere.
+class CellBox final : public QComboBox {
+public:
+    using QComboBox::QComboBox;
+
+    bool IsUsingKeys() const { return m_isUsingKeys; }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override {
+        m_isUsingKeys = true;
+        QComboBox::keyPressEvent(event);
+        m_isUsingKeys = false;
+    }
+
+private:
+    bool m_isUsingKeys = false;
+};
+
+/// Makes the editors and writes what is left in them.
+class CellDelegate final : public QStyledItemDelegate {
+public:
+    explicit CellDelegate(DataGrid* grid)
+        : QStyledItemDelegate(grid)
+        , m_grid(grid) {}
+
+    QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem&, const QModelIndex& index) const override {
+        const GridColumn& column = ColumnOf(index);
+        if (column.values.empty()) {
+            auto* line = new CellEdit(*m_grid, parent);
+            if (column.maxLength > 0)
+                line->setMaxLength(column.maxLength);
+            return line;
+        }
+        auto* box = new CellBox(parent);
+        for (const auto& [value, text] : column.values)
+            box->addItem(text, QString::number(value));
+        connect(box, &QComboBox::activated, this, [this, box] {
+            if (box->IsUsingKeys())
+                return;
+            auto* self = const_cast<CellDelegate*>(this);
+            Q_EMIT self->commitData(box);
+            Q_EMIT self->closeEditor(box);
+        });
+        return box;
+    }
+
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        // Only the grid with the keyboard shows its selection in full colour.
+        option->state.setFlag(QStyle::State_Active, m_grid->hasFocus());
+        if (!static_cast<const GridModel*>(index.model())->MarkOf(index.row(), index.column()).isEmpty())
+            option->backgroundBrush = QColor(0xFF, 0xE0, 0x9C);
+    }
+
+    void setEditorData(QWidget* editor, const QModelIndex& index) const override {
+        const QString text = index.data(Qt::EditRole).toString();
+        if (auto* line = dynamic_cast<CellEdit*>(editor))
+            line->Begin(text);
+        else if (auto* box = qobject_cast<QComboBox*>(editor))
+            box->setCurrentIndex(box->findText(index.data(Qt::DisplayRole).toString()));
+    }
+
+    void setModelData(QWidget* editor, QAbstractItemModel*, const QModelIndex& index) const override {
+        if (const auto* line = qobject_cast<QLineEdit*>(editor))
+            m_grid->WriteCell(index, line->text());
+        else if (const auto* box = qobject_cast<QComboBox*>(editor))
+            WriteChoice(index, *box);
+    }
+
+private:
+    void WriteChoice(const QModelIndex& index, const QComboBox& box) const {
+        // An untouched box must not turn a value of another form, or none at all, into one of its lines.
+        if (box.currentIndex() >= 0 && box.currentText() != index.data(Qt::DisplayRole).toString())
+            m_grid->WriteCell(index, box.currentData().toString());
+    }
+
+    static const GridColumn& ColumnOf(const QModelIndex& index) {
+        return static_cast<const GridModel*>(index.model())->Columns()[static_cast<std::size_t>(index.column())];
+    }
+
+    DataGrid* m_grid;
+};
+
+} // namespace
+
+DataGrid::DataGrid(QWidget* parent)
+    : QTableView(parent)
+    , m_drag(viewport()) {
+    setItemDelegate(new CellDelegate(this));
+    setEditTriggers(DoubleClicked | EditKeyPressed | AnyKeyPressed);
+    setSelectionMode(ExtendedSelection);
+    setTabKeyNavigation(false);
+    setAlternatingRowColors(true);
+    QPalette colours = palette();
+    colours.setColor(QPalette::Inactive, QPalette::Highlight, QColor(0xCF, 0xDF, 0xEF));
+    colours.setColor(QPalette::Inactive, QPalette::HighlightedText, colours.color(QPalette::Active, QPalette::Text));
+    setPalette(colours);
+    verticalHeader()->setDefaultAlignment(Qt::AlignCenter);
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
+    horizontalHeader()->setHighlightSections(false);
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int, int before, int now) {
+        // A column that is hidden or shown has no width on one side.
+        m_hasUserWidths |= !m_isFitting && before > 0 && now > 0;
+    });
+}
+
+void DataGrid::SetRecords(GridModel* model) {
+    m_records = model;
+    m_refusedText.reset();
+    setModel(model);
+    connect(model, &GridModel::modelAboutToBeReset, this, &DataGrid::NoteCurrentRow);
+    connect(model, &GridModel::modelReset, this, &DataGrid::RestoreCurrentRow);
+    connect(model, &GridModel::dataChanged, this, [this](const QModelIndex& first, const QModelIndex& last) {
+        FitColumns();
+        if (currentIndex().row() >= first.row() && currentIndex().row() <= last.row())
+            Q_EMIT CurrentRowChanged();
+    });
+    connect(model, &GridModel::MarksChanged, viewport(), qOverload<>(&QWidget::update));
+    connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] {
+        if (!m_isRestoring)
+            Q_EMIT CurrentRowChanged();
+    });
+    RestoreCurrentRow();
+}
+
+QString DataGrid::CurrentText(int column) const {
+    return m_records ? m_records->CellText(currentIndex().row(), column) : QString();
+}
+
+int DataGrid::FirstEditable() const {
+    const std::vector<GridColumn>& columns = m_records->Columns();
+    const auto editable = std::find_if(columns.begin(), columns.end(), [](const GridColumn& c) { return !c.readOnly; });
+    return editable == columns.end() ? 0 : static_cast<int>(editable - columns.begin());
+}
+
+void DataGrid::NoteCurrentRow() {
+    const QModelIndex current = currentIndex();
+    if (!current.isValid())
+        return;
+    m_currentKey = m_records->Key(current.row());
+    m_currentRow = current.row();
+    m_currentColumn = current.column();
+}
+
+void DataGrid::RestoreCurrentRow() {
+    FitColumns();
+    const int rows = m_records->rowCount();
+    const int columns = m_records->columnCount();
+    int row = std::clamp(m_currentRow, 0, std::max(rows - 1, 0));
+    for (int i = 0; m_currentKey.isValid() && i < rows; ++i) {
+        if (m_records->Key(i) == m_currentKey)
+            row = i;
+    }
+    int column = std::clamp(m_currentColumn.value_or(FirstEditable()), 0, std::max(columns - 1, 0));
+    if (isColumnHidden(column))
+        column = 0;
+    if (rows > 0 && columns > 0) {
+        m_isRestoring = true;
+        setCurrentIndex(m_records->index(row, column));
+        m_isRestoring = false;
+    }
+    Q_EMIT CurrentRowChanged();
+}
+
+bool DataGrid::GoTo(const QVariant& key, const QString& field) {
+    for (int row = 0; row < m_records->rowCount(); ++row) {
+        if (m_records->Key(row) != key)
+            continue;
+        const std::vector<GridColumn>& columns = m_records->Columns();
+        int column = static_cast<int>(std::find_if(columns.begin(), columns.end(),
+                                                   [&](const GridColumn& shown) {
+                                                       return shown.field.section(u'.', -1) == field && !shown.readOnly;
+                                                   }) -
+                                      columns.begin());
+        if (column == static_cast<int>(columns.size()) || isColumnHidden(column))
+            column = 0;
+        setCurrentIndex(m_records->index(row, column));
+        scrollTo(currentIndex());
+        setFocus();
+        return true;
+    }
+    return false;
+}
+
+int DataGrid::FittingWidth(int column) const {
+    int width = std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column));
+    for (const auto& [value, text] : m_records->Columns()[static_cast<std::size_t>(column)].values)
+        width = std::max(width, fontMetrics().horizontalAdvance(text) + NarrowestColumn);
+    return std::clamp(width + 8, NarrowestColumn, WidestColumn);
+}
+
+void DataGrid::FitColumns() {
+    if (m_hasUserWidths || !m_records)
+        return;
+    m_isFitting = true;
+    int room = viewport()->width();
+    int wide = 0;
+    for (int column = 0; column < m_records->columnCount(); ++column) {
+        if (isColumnHidden(column))
+            continue;
+        setColumnWidth(column, FittingWidth(column));
+        room -= columnWidth(column);
+        wide += m_records->Columns()[static_cast<std::size_t>(column)].isWide;
+    }
+    for (int column = 0; room > 0 && wide > 0 && column < m_records->columnCount(); ++column) {
+        if (!m_records->Columns()[static_cast<std::size_t>(column)].isWide || isColumnHidden(column))
+            continue;
+        const int share = room / wide--;
+        setColumnWidth(column, columnWidth(column) + share);
+        room -= share;
+    }
+    m_isFitting = false;
+}
+
+void DataGrid::resizeEvent(QResizeEvent* event) {
+    QTableView::resizeEvent(event);
+    FitColumns();
+}
+
+void DataGrid::LetRowsBeDragged() {
+    setDragEnabled(true);
+    setDragDropMode(DragOnly);
+}
+
+void DataGrid::startDrag(Qt::DropActions) {
+    const QModelIndex cell = currentIndex();
+    if (!cell.isValid() || m_records->IsNewRow(cell.row()))
+        return;
+    m_drag.Begin(cell.data().toString(), font());
+}
+
+DataGrid* DataGrid::DropTargetAt(QPoint place) const {
+    auto* grid = m_drag.Under<DataGrid>(place);
+    return grid && grid->m_dragSource == this ? grid : nullptr;
+}
+
+void DataGrid::mouseMoveEvent(QMouseEvent* event) {
+    const QPoint place = event->globalPosition().toPoint();
+    if (m_drag.IsRunning())
+        m_drag.Follow(place, DropTargetAt(place));
+    else
+        QTableView::mouseMoveEvent(event);
+}
+
+void DataGrid::mouseReleaseEvent(QMouseEvent* event) {
+    if (!m_drag.IsRunning()) {
+        QTableView::mouseReleaseEvent(event);
+        return;
+    }
+    m_drag.End();
+    if (DataGrid* target = DropTargetAt(event->globalPosition().toPoint()))
+        Q_EMIT target->RowDropped();
+}
+
+void DataGrid::hideEvent(QHideEvent* event) {
+    m_drag.End();
+    QTableView::hideEvent(event);
+}
+
+void DataGrid::WriteCell(const QModelIndex& index, const QString& text) {
+    if (!m_records)
+        return;
+    const QPersistentModelIndex cell(index);
+    const GridModel::Error error = m_records->Write(index.row(), index.column(), text);
+    if (!error) {
+        m_refusedText.reset();
+        return;
+    }
+    m_refusedCell = cell;
+    m_refusedText = text;
+    Q_EMIT DataError(*error);
+}
+
+bool DataGrid::CommitOpenEditor() {
+    if (state() == EditingState) {
+        if (QWidget* editor = indexWidget(currentIndex())) {
+            commitData(editor);
+            closeEditor(editor, QAbstractItemDelegate::NoHint);
+        }
+    }
+    return !HasRefusedText();
+}
+
+bool DataGrid::CommitAll(const QWidget& window) {
+    const QList<DataGrid*> grids = window.findChildren<DataGrid*>();
+    return std::all_of(grids.begin(), grids.end(), [](DataGrid* grid) { return grid->CommitOpenEditor(); });
+}
+
+void DataGrid::ResumeEdit() {
+    // Through the event loop: the editor whose text was refused may still be about to close.
+    QMetaObject::invokeMethod(this, &DataGrid::EditRefusedText, Qt::QueuedConnection);
+}
+
+void DataGrid::EditRefusedText() {
+    if (!m_refusedText)
+        return;
+    const QString text = *std::exchange(m_refusedText, std::nullopt);
+    if (!m_refusedCell.isValid())
+        return;
+    const QModelIndex cell = m_refusedCell;
+    setFocus();
+    setCurrentIndex(cell);
+    edit(cell);
+    if (auto* line = qobject_cast<QLineEdit*>(indexWidget(cell))) {
+        line->setText(text);
+        line->selectAll();
+    }
+}
+
+void DataGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+    // A refused text comes back into its own cell; no other one must be opened meanwhile.
+    QTableView::closeEditor(editor, m_refusedText ? QAbstractItemDelegate::NoHint : hint);
+}
+
+void DataGrid::keyPressEvent(QKeyEvent* event) {
+    const bool isPlain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    if (m_drag.IsRunning()) {
+        if (event->key() == Qt::Key_Escape)
+            m_drag.End();
+    } else if (event->matches(QKeySequence::Copy)) {
+        CopyCell();
+    } else if (event->matches(QKeySequence::Paste)) {
+        PasteIntoCell();
+    } else if (event->key() == Qt::Key_Delete && isPlain) {
+        DeleteSelected();
+    } else if (event->key() == Qt::Key_Space && event->modifiers() == Qt::ShiftModifier) {
+        selectRow(currentIndex().row());
+    } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && isPlain) {
+        // The Enter that ends an edit comes here as well.
+        if (state() != EditingState && currentIndex().flags().testFlag(Qt::ItemIsEditable))
+            edit(currentIndex());
+    } else {
+        QTableView::keyPressEvent(event);
+    }
+}
+
+void DataGrid::DeleteSelected() {
+    if (!m_records || !selectionModel())
+        return;
+    const QModelIndexList rows = selectionModel()->selectedRows();
+    if (rows.isEmpty()) {
+        const QModelIndex cell = currentIndex();
+        if (cell.isValid() && cell.flags().testFlag(Qt::ItemIsEditable))
+            WriteCell(cell, QString());
+        return;
+    }
+    // A slip of the finger must not empty the table.
+    if (rows.size() > 1) {
+        Q_EMIT DataError(tr("Only one record can be deleted at a time."));
+        return;
+    }
+    if (!m_records->CanRemove())
+        return;
+    if (const GridModel::Error error = m_records->Remove(rows.constFirst().row()))
+        Q_EMIT DataError(*error);
+}
+
+GridInsertion DataGrid::InsertionFor(QStringView before, QString typed, qsizetype room) const {
+    // Some text reads as VNI and as Unicode; what comes from a cell is known to be what cells hold.
+    const bool convert = m_textHook && (typed.isEmpty() || typed != m_copied);
+    while (true) {
+        const GridInsertion insertion = convert ? m_textHook(before, typed) : GridInsertion{0, typed};
+        if (typed.isEmpty() || insertion.text.size() - insertion.replaces <= room)
+            return insertion;
+        typed.chop(1);
+    }
+}
+
+void DataGrid::CopyCell() {
+    if (!currentIndex().isValid())
+        return;
+    const QString text = currentIndex().data(Qt::DisplayRole).toString();
+    QApplication::clipboard()->setText(text);
+    NoteCopied(text);
+}
+
+void DataGrid::PasteIntoCell() {
+    const QModelIndex cell = currentIndex();
+    if (!cell.isValid() || !cell.flags().testFlag(Qt::ItemIsEditable))
+        return;
+    const GridColumn& column = m_records->Columns()[static_cast<std::size_t>(cell.column())];
+    QString text = QApplication::clipboard()->text().section(u'\n', 0, 0).trimmed();
+    if (!column.values.empty()) {
+        const auto known = std::find_if(column.values.begin(), column.values.end(), [&](const auto& value) {
+            return value.second.compare(text, Qt::CaseInsensitive) == 0;
+        });
+        if (known == column.values.end())
+            return;
+        text = QString::number(known->first);
+    } else {
+        const qsizetype room = column.maxLength > 0 ? column.maxLength : text.size() * 2;
+        // A letter has at most three characters before it is composed.
+        text.truncate(room * 3);
+        text = InsertionFor(QStringView(), text, room).text;
+    }
+    WriteCell(cell, text);
+}

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "platform/GridModel.h"
+#include "widgets/InnerDrag.h"
+
+#include <QPersistentModelIndex>
+#include <QPointer>
+#include <QTableView>
+
+#include <functional>
+#include <optional>
+
+/// What goes into a cell's editor in place of typed or pasted characters.
+struct GridInsertion {
+    qsizetype replaces = 0; ///< characters before the cursor that `text` replaces
+    QString text;
+};
+
+/// A table view whose cells are the values of a table in the store.
+///
+/// What is left in a cell (Enter, Tab, a click elsewhere) is written at once. If the store refuses it, `DataError`
+/// tells why and the typed text is kept until `ResumeEdit` opens the cell's editor with it again; Escape gives the edit
+/// up. Delete empties the current cell, or deletes the one row that is selected whole (by a click on the row's head or
+/// Shift+Space); several are refused. Ctrl+C copies the current cell, Ctrl+V puts text into it.
+///
+/// As long as there are rows one of them is the current one: after the records were read anew it is the one with the
+/// same key, else the one in the same place. Columns are as wide as what they show, until the user changes a width.
+class DataGrid : public QTableView {
+    Q_OBJECT
+
+public:
+    explicit DataGrid(QWidget* parent = nullptr);
+
+    /// @param model the grid shows nothing any more once it is gone.
+    void SetRecords(GridModel* model);
+
+    /// Called with the text before the cursor and what is typed or pasted there.
+    using TextHook = std::function<GridInsertion(QStringView before, const QString& typed)>;
+    void SetTextHook(TextHook hook) { m_textHook = std::move(hook); }
+
+    /// What goes in for `typed` behind `before`, through the hook; text that was copied in this grid stays as it is.
+    /// What does not fit is left out from its end by whole letters.
+    /// @param room characters that the text may become longer by.
+    GridInsertion InsertionFor(QStringView before, QString typed, qsizetype room) const;
+
+    /// Remembers text that was copied from a cell or its editor.
+    void NoteCopied(const QString& text) { m_copied = text; }
+
+    /// Writes what stands in an open editor. @return false if the store refuses it; `DataError` has come then.
+    bool CommitOpenEditor();
+
+    /// Writes what stands in the open editors of all grids of a window. @return false if the store refuses some of it.
+    static bool CommitAll(const QWidget& window);
+
+    /// The value in a column of the current row, empty for a null or if there is no row.
+    QString CurrentText(int column) const;
+    /// The same as a number, 0 for a null or if there is no row.
+    qint32 CurrentNumber(int column) const { return CurrentText(column).toInt(); }
+
+    /// Goes to the record with that key, in the column of that field or, if it has none such, in the first one shown.
+    /// @return false if there is no such record.
+    bool GoTo(const QVariant& key, const QString& field);
+
+    /// Lets rows be dragged out of this grid, to others of its window. The pressed cell becomes the current one; Escape
+    /// gives the drag up.
+    void LetRowsBeDragged();
+    /// Takes rows that are dragged out of `source`; `RowDropped` tells of each.
+    void TakeRowsOf(const DataGrid* source) { m_dragSource = source; }
+
+    /// A refused text waits to be edited again.
+    bool HasRefusedText() const { return m_refusedText.has_value(); }
+
+    /// Writes a cell and tells of a refusal; for the cells' editors.
+    void WriteCell(const QModelIndex& index, const QString& text);
+
+public Q_SLOTS:
+    /// Opens the editor of the refused cell with the typed text; nothing if none was refused.
+    void ResumeEdit();
+
+Q_SIGNALS:
+    /// The store refused a change. @param text what it said.
+    void DataError(const QString& text);
+    /// Another row is the current one now, or the current row shows something else.
+    void CurrentRowChanged();
+    /// The current row of the source has been dropped here.
+    void RowDropped();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void startDrag(Qt::DropActions actions) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    int FirstEditable() const;
+    void NoteCurrentRow();
+    void RestoreCurrentRow();
+    void FitColumns();
+    int FittingWidth(int column) const;
+    DataGrid* DropTargetAt(QPoint place) const;
+    void EditRefusedText();
+    void DeleteSelected();
+    void CopyCell();
+    void PasteIntoCell();
+
+    QPointer<GridModel> m_records;
+    const DataGrid* m_dragSource = nullptr;
+    InnerDrag m_drag;
+    QVariant m_currentKey;
+    int m_currentRow = 0;
+    std::optional<int> m_currentColumn;
+    bool m_isRestoring = false;
+    bool m_isFitting = false;
+    bool m_hasUserWidths = false;
+    TextHook m_textHook;
+    QString m_copied;
+    QPersistentModelIndex m_refusedCell;
+    std::optional<QString> m_refusedText;
+};
