@@ -26,7 +26,7 @@ void BenchmarkMap() {
     station.installation->NumObjects = ObjectMap::Pictures;
     for (int i = 0; i < ObjectMap::Pictures; ++i) {
         station.installation->QObjects[static_cast<std::size_t>(i)].Id = i + 1;
-        station.installation->QObjects[static_cast<std::size_t>(i)].Type = static_cast<quint8>(i % 4);
+        station.installation->QObjects[static_cast<std::size_t>(i)].Type = static_cast<model::ObjectType>(i % 4);
     }
     ObjectMap map;
     ComputerPicture computer(&map);

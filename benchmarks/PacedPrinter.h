@@ -22,12 +22,10 @@ public:
     void Measure(const char* what, const std::function<bool()>& transfer);
 
     /// Waits pass at once: what is measured is the line.
-    class NoWaits final : public Clock {
+    class NoWaits final : public SystemClock {
     public:
-        QDateTime Now() const override { return QDateTime::currentDateTime(); }
         QCoro::Task<> DelayMilliseconds(qint16) override { co_return; }
         QCoro::Task<> DelaySeconds(qint16) override { co_return; }
-        void Close() override {}
     };
 
     const QTemporaryDir Folder;

@@ -36,6 +36,30 @@ bool TicketRing::RingAdd(const TicketEntry& entry) {
     return true;
 }
 
+std::vector<qint16> Installation::ObjectsOf(ObjectType type) const {
+    std::vector<qint16> indexes;
+    for (qint16 i = 0; i < NumObjects; ++i) {
+        if (Object(i).Type == type)
+            indexes.push_back(i);
+    }
+    return indexes;
+}
+
+qint16 Installation::Target(qint16 service) const {
+    const qint16 route = Service(service).Route;
+    return route == 0 ? service : FindServiceByNumber(route);
+}
+
+std::optional<HubPlace> Installation::PlaceBehindHub(qint16 object) const {
+    const qint16 hub = Object(object).HubIndex;
+    const HubRow& row = HubTable[Slot(hub)];
+    for (qint16 slot = 0; slot < row.Count; ++slot) {
+        if (row.Slots[Slot(slot)] == object)
+            return HubPlace{hub, slot};
+    }
+    return std::nullopt;
+}
+
 qint16 Installation::FindServiceById(qint32 id) const {
     return FirstMatch(QServices, NumServices, -1, [id](const QService& service) { return service.Id == id; });
 }

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -64,15 +65,15 @@ struct QService {
 
 /// A device on the bus, from one enabled row of table `Display`.
 struct QObject {
-    qint32 Id = 0;        ///< `d_Id`
-    quint8 Direction = 0; ///< read by nothing
-    quint8 Number = 0;    ///< the number that people see
-    QString Name;         ///< VNI
-    quint8 Address = 0;   ///< on the bus; unique among the loaded objects
-    quint8 Type = 0;      ///< an `ObjectType`
-    qint32 HubId = 0;     ///< `d_Id` of the hub it stands behind, 0 for none
-    qint16 HubIndex = 0;  ///< object index of that hub, set by `BuildHubTable`
-    qint16 HubSlot = 0;   ///< place in the hub's row of `HubTable`, set by `BuildHubTable`
+    qint32 Id = 0;             ///< `d_Id`
+    quint8 Direction = 0;      ///< read by nothing
+    quint8 Number = 0;         ///< the number that people see
+    QString Name;              ///< VNI
+    quint8 Address = 0;        ///< on the bus; unique among the loaded objects
+    ObjectType Type = Counter; ///< a value that is none of them is a device that nothing is sent to
+    qint32 HubId = 0;          ///< `d_Id` of the hub it stands behind, 0 for none
+    qint16 HubIndex = 0;       ///< object index of that hub, set by `BuildHubTable`
+    qint16 HubSlot = 0;        ///< place in the hub's row of `HubTable`, set by `BuildHubTable`
     qint16 State = 0;
     bool Changed = false;
     TicketEntry CurrentTicket;
@@ -105,6 +106,12 @@ struct HubRow {
     std::array<qint16, HubMembers> Slots{};
 };
 
+/// Where a device stands behind a hub.
+struct HubPlace {
+    qint16 hub = 0;  ///< object index of the hub
+    qint16 slot = 0; ///< 0 to 15
+};
+
 /// The whole model. Large (some 2 MB): lives on the heap.
 struct Installation {
     qint16 NumServices = 0;
@@ -118,6 +125,12 @@ struct Installation {
     std::array<HubRow, SlotCount> HubTable{}; ///< by the object index of a hub
     qint16 LastTicketNumber = 0;              ///< the next number when all services share one series
 
+    /// Records by their index, 0 to 63.
+    const QService& Service(qint16 index) const { return QServices[Slot(index)]; }
+    QService& Service(qint16 index) { return QServices[Slot(index)]; }
+    const QObject& Object(qint16 index) const { return QObjects[Slot(index)]; }
+    QObject& Object(qint16 index) { return QObjects[Slot(index)]; }
+
     std::span<const QService> LoadedServices() const {
         return std::span(QServices).first(static_cast<std::size_t>(NumServices));
     }
@@ -127,6 +140,16 @@ struct Installation {
 
     std::span<QService> LoadedServices() { return std::span(QServices).first(static_cast<std::size_t>(NumServices)); }
     std::span<QObject> LoadedObjects() { return std::span(QObjects).first(static_cast<std::size_t>(NumObjects)); }
+
+    /// Indexes of the loaded objects of a type, in object order.
+    std::vector<qint16> ObjectsOf(ObjectType type) const;
+
+    /// Index of the service whose series a service shares: the one that its `Route` names (the first one if none has
+    /// that number), itself without a route.
+    qint16 Target(qint16 service) const;
+
+    /// The place of an object in the member list of the hub at its `HubIndex`, none if it is not listed there.
+    std::optional<HubPlace> PlaceBehindHub(qint16 object) const;
 
     /// Index of the first loaded service with that `Id`, -1 if there is none.
     qint16 FindServiceById(qint32 id) const;
@@ -142,6 +165,12 @@ struct Installation {
     qint16 FirstServiceOf(qint16 object) const;
     /// `Dir_Id` of the first row for that display and counter, 0 if there is none.
     qint16 DirectionOf(qint32 infId, qint32 dId) const;
+
+private:
+    static std::size_t Slot(qint16 index) {
+        Q_ASSERT(index >= 0 && index < SlotCount);
+        return static_cast<std::size_t>(index);
+    }
 };
 
 } // namespace model

@@ -246,7 +246,7 @@ qint16 Loaders::TakeCounters(const std::vector<CounterRow>& rows) {
         object.Name = row[d_Name].toString();
         object.VoiceLocal = isVoiceLocal;
         object.VoicerId = row[d_VoicerId].toString().trimmed().toLower();
-        object.Type = type;
+        object.Type = static_cast<model::ObjectType>(type);
         object.HubId = hubId;
         object.State = 0;
         object.Changed = true;

@@ -4,7 +4,31 @@
 
 #include <QTimer>
 
+#include <algorithm>
 #include <list>
+
+namespace {
+
+class SystemTimer final : public ClockTimer {
+public:
+    explicit SystemTimer(std::function<void()> onDue)
+        : m_onDue(std::move(onDue)) {
+        m_timer.setSingleShot(true);
+        m_timer.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { m_onDue(); });
+    }
+
+    void Start(std::chrono::nanoseconds after) override {
+        m_timer.start(std::chrono::ceil<std::chrono::milliseconds>(std::max(after, std::chrono::nanoseconds{0})));
+    }
+    void Stop() override { m_timer.stop(); }
+
+private:
+    QTimer m_timer;
+    std::function<void()> m_onDue;
+};
+
+} // namespace
 
 class SystemClock::Waits {
 public:
@@ -45,6 +69,10 @@ SystemClock::~SystemClock() {
 
 QDateTime SystemClock::Now() const {
     return QDateTime::currentDateTime();
+}
+
+std::unique_ptr<ClockTimer> SystemClock::MakeTimer(std::function<void()> onDue) {
+    return std::make_unique<SystemTimer>(std::move(onDue));
 }
 
 QCoro::Task<> SystemClock::DelayMilliseconds(qint16 n) {

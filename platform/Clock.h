@@ -5,15 +5,35 @@
 
 #include <qcoro/qcorotask.h>
 
+#include <chrono>
+#include <functional>
 #include <memory>
 
-/// The time of day and the waits of the program. Tests put a clock in its place on which every wait passes at once.
+/// A timer of a clock, which calls once what it was made with. It goes away without calling.
+class ClockTimer {
+public:
+    virtual ~ClockTimer() = default;
+
+    /// Calls `after` this moment; a call that was still to come is dropped. Never calls from within this.
+    virtual void Start(std::chrono::nanoseconds after) = 0;
+    virtual void Stop() = 0;
+};
+
+/// The one owner of time: time of day, monotonic time, timers and waits of the program. Tests put another in its place.
 class Clock {
 public:
+    using Instant = std::chrono::steady_clock::time_point;
+
     virtual ~Clock() = default;
 
     /// Local date and time.
     virtual QDateTime Now() const = 0;
+
+    /// A time that only goes forward, for measuring and for deadlines.
+    virtual Instant Monotonic() const = 0;
+
+    /// @param onDue called from the event loop. @return a timer that does not run yet; the clock must outlive it.
+    virtual std::unique_ptr<ClockTimer> MakeTimer(std::function<void()> onDue) = 0;
 
     /// Waits `n` milliseconds while everything else goes on. Ends at once if `n` is 0 or less, or once `Close` was
     /// called.
@@ -27,12 +47,14 @@ public:
 };
 
 /// The computer's own clock. Waits are measured on the monotonic clock.
-class SystemClock final : public Clock {
+class SystemClock : public Clock {
 public:
     SystemClock();
     ~SystemClock() override;
 
     QDateTime Now() const override;
+    Instant Monotonic() const override { return std::chrono::steady_clock::now(); }
+    std::unique_ptr<ClockTimer> MakeTimer(std::function<void()> onDue) override;
     QCoro::Task<> DelayMilliseconds(qint16 n) override;
     QCoro::Task<> DelaySeconds(qint16 n) override;
     void Close() override;

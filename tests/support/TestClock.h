@@ -4,8 +4,9 @@
 
 #include <vector>
 
-/// A clock that stands still until it is moved, and on which every wait passes at once and moves it.
-class TestClock final : public Clock {
+/// A time of day that stands still until it is moved, and on which every wait passes at once and moves it. Monotonic
+/// time and timers are the computer's own: what waits for an answer waits for real devices.
+class TestClock final : public SystemClock {
 public:
     QDateTime Time = QDateTime(QDate(2026, 11, 18), QTime(6, 13, 38));
     std::vector<int> Waits; ///< milliseconds, in order

@@ -1,0 +1,8 @@
+#pragma once
+
+#include "platform/Outcome.h"
+
+/// Waits for an operation that a window has started, and shows in a box what came of it; no box for an empty text.
+/// @param dialogs must outlive the operation.
+/// @return the same outcome, once the box is closed.
+QCoro::Task<Outcome> ShowOutcome(Dialogs& dialogs, QCoro::Task<Outcome> operation);
