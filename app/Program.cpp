@@ -2,16 +2,13 @@
 
 #include "console/frmBusMonitor.h"
 #include "console/frmTest.h"
-#include "database/JetTakeover.h"
 #include "designer/frmDesignTicket.h"
 #include "designer/frmEditLogo.h"
 #include "operator/frmMain.h"
-#include "platform/Clock.h"
 #include "platform/Dialogs.h"
+#include "platform/Ended.h"
 #include "setup/frmQueue.h"
-#include "station/DataMaintenance.h"
 #include "station/Station.h"
-#include "station/TestConsole.h"
 #include "utilities/frmAbout.h"
 #include "utilities/frmHUBCfg.h"
 #include "utilities/frmOptions.h"
@@ -25,96 +22,54 @@
 #include <QKeyEvent>
 #include <QUrl>
 
-namespace {
-
-constexpr qint16 SendingCheck = 50;   ///< milliseconds between looks at the line while ending
-constexpr int LongestEndingWait = 60; ///< such looks: 3.0 seconds
-
-QString DatabaseName() {
-    return QStringLiteral("Harbinet.mdb");
-}
-
-} // namespace
-
 Program::Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell)
     : m_folders(folders)
-    , m_clock(clock)
     , m_dialogs(dialogs)
-    , m_station(std::make_unique<Station>(folders.user, clock, dialogs))
-    , m_takeover(std::make_unique<JetTakeover>(dialogs, m_station->log, folders.install + QStringLiteral("/JetImport")))
+    , m_station(std::make_unique<Station>(folders, clock, dialogs))
     , m_registry(RegistryStore::OfUser(folders.user))
-    , m_maintenance(std::make_unique<DataMaintenance>(m_station->database, clock, dialogs))
-    , m_console(std::make_unique<TestConsole>(*m_station))
     , m_shell(std::move(shell)) {
     QApplication::instance()->installEventFilter(this);
 }
 
 Program::~Program() {
-    m_exiting = true;
-    m_takeover->Close();
-    m_station->Close();
+    m_isExiting = true;
     delete m_testWindow;
     delete m_busMonitor;
 }
 
 QCoro::Task<> Program::Main() {
     Station& station = *m_station;
-    station.log.WriteLog(QStringLiteral("-"));
-    station.log.WriteLog(QStringLiteral("---System Startup---"));
-    station.options = ReadOptions(station.ini, station.log);
-    station.log.WriteLog(QStringLiteral("---System Initialize.."));
-    station.line.LoadCommSettings();
-    co_await station.forms.LoadLetters();
-    if (m_exiting)
-        co_return;
-    station.log.WriteLog(QStringLiteral("before DBOpen.."));
-
-    const QString path = co_await ChooseDatabase();
-    if (m_exiting)
-        co_return;
-    if (path.isEmpty()) {
-        Q_EMIT Ended();
-        co_return;
+    // Both windows are there, hidden, before the first box: the notification area can ask for them from then on.
+    connect(&station, &Station::Loaded, this, [this] {
+        MakeMainWindow();
+        MakeSetupWindow();
+    });
+    connect(&station, &Station::Ready, this, [this] { m_setupWindow->show(); });
+    try {
+        co_await station.ReadSettings();
+        const QString store = co_await ChooseDatabase();
+        if (store.isEmpty()) {
+            Q_EMIT Ended();
+            co_return;
+        }
+        // A store that does not open after all is in the log; every command then says that it is closed.
+        co_await station.Start(store);
+    } catch (const ::Ended&) {
     }
-    station.database.OpenDatabase(path);
-    station.reload.ReloadAll();
-    station.bus.ResetSequenceNumbers();
-    if (const std::optional<qint16> next = station.tickets.RecoverTickets())
-        station.installation->LastTicketNumber = *next;
-
-    // Both are there, hidden, before the first box: the notification area can ask for them from now on.
-    MakeMainWindow();
-    MakeSetupWindow();
-    const bool opened = co_await station.line.OpenPort();
-    if (m_exiting)
-        co_return;
-    station.line.SetCommStatus(station.line.Settings.CommDevice, station.line.Settings.CommBaud, opened);
-    station.log.WriteLog(opened ? QStringLiteral("Initialize system..")
-                                : QStringLiteral("No COM to Initialize system."));
-    m_setupWindow->show();
-    station.log.WriteLog(QStringLiteral("End initialize."));
 }
 
 QCoro::Task<QString> Program::ChooseDatabase() {
-    const QString offered = m_station->ProgramFolder + u'/' + DatabaseName();
-    InstallEmptyDatabase(offered);
+    const QString offered = m_station->OfferedStore();
     const QString filter = QStringLiteral("Harbinet Access Database *.mdb|*.mdb");
     for (;;) {
         QString path = co_await m_dialogs.ChooseFile(filter, offered);
         if (path.isEmpty())
             co_return path;
-        // A file that cannot be used has been told about; the user may choose another.
-        const bool usable = co_await m_takeover->Prepare(path);
+        // A file that cannot be used has been shown to be so; the user may choose another.
+        const bool usable = co_await m_station->PrepareStore(path);
         if (usable)
             co_return path;
     }
-}
-
-void Program::InstallEmptyDatabase(const QString& path) {
-    if (QFileInfo::exists(path))
-        return;
-    if (const std::optional<QString> error = Database::CreateEmpty(path))
-        m_station->log.WriteLog(QStringLiteral("%1 could not be made: %2").arg(path, *error), EventLog::Error);
 }
 
 void Program::MakeMainWindow() {
@@ -130,7 +85,7 @@ void Program::MakeMainWindow() {
     connect(window, &frmMain::TestConsoleWanted, this, &Program::ShowTestConsole);
     connect(window, &frmMain::BusMonitorWanted, this, &Program::ShowBusMonitor);
     connect(window, &frmMain::MaintenanceWanted, this,
-            [this] { (new frmUtils(*m_station, *m_maintenance, m_mainWindow.get()))->show(); });
+            [this] { (new frmUtils(*m_station, m_mainWindow.get()))->show(); });
     connect(window, &frmMain::OptionsWanted, this, [this] {
         const QString command = QApplication::applicationFilePath() + QStringLiteral(" /minimize /delay=60");
         (new frmOptions(*m_station, m_registry, command, m_mainWindow.get()))->show();
@@ -148,7 +103,7 @@ void Program::MakeSetupWindow() {
     m_setupWindow = std::make_unique<frmQueue>(*m_station);
     connect(m_setupWindow.get(), &frmQueue::PortChoiceWanted, this, [this] { ShowPortWindow(*m_setupWindow); });
     connect(m_setupWindow.get(), &frmQueue::HubOptionWanted, this,
-            [this] { (new frmHUBCfg(m_station->hubOption, m_setupWindow.get()))->show(); });
+            [this] { (new frmHUBCfg(*m_station, m_setupWindow.get()))->show(); });
     connect(m_setupWindow.get(), &frmQueue::TicketDesignWanted, this, [this] { ShowTicketDesigner(*m_setupWindow); });
     connect(m_setupWindow.get(), &frmQueue::MainWindowWanted, m_mainWindow.get(), &frmMain::Open);
     connect(m_setupWindow.get(), &frmQueue::Closed, this, [this] { ExitSystem(); });
@@ -156,7 +111,7 @@ void Program::MakeSetupWindow() {
 
 void Program::ShowPortWindow(QWidget& parent) {
     if (!m_portWindow) {
-        m_portWindow = std::make_unique<frmSetPort>(m_station->line, SerialControl::AvailablePorts(), &parent);
+        m_portWindow = std::make_unique<frmSetPort>(*m_station, SerialControl::AvailablePorts(), &parent);
         // Closed by its frame it is made anew the next time; hidden after a choice it comes back as it was.
         connect(m_portWindow.get(), &QDialog::rejected, this, [this] { m_portWindow.release()->deleteLater(); });
     }
@@ -166,9 +121,9 @@ void Program::ShowPortWindow(QWidget& parent) {
 }
 
 void Program::ShowTicketDesigner(QWidget& parent) {
-    auto* designer = new frmDesignTicket(m_station->forms, *m_station->installation, m_dialogs, &parent);
+    auto* designer = new frmDesignTicket(m_station->Forms(), m_station->Model(), m_dialogs, &parent);
     connect(designer, &frmDesignTicket::LogoEditorWanted, this, [this, designer] {
-        auto* editor = new frmEditLogo(m_station->forms, m_dialogs, designer);
+        auto* editor = new frmEditLogo(m_station->Forms(), m_dialogs, designer);
         // What it has saved can be used in the form.
         connect(editor, &QObject::destroyed, designer, &frmDesignTicket::ListLogos);
         editor->show();
@@ -178,7 +133,7 @@ void Program::ShowTicketDesigner(QWidget& parent) {
 
 void Program::ShowTestConsole() {
     if (!m_testWindow)
-        m_testWindow = new frmTest(*m_station, *m_console);
+        m_testWindow = new frmTest(*m_station);
     m_testWindow->show();
     m_testWindow->raise();
     m_testWindow->activateWindow();
@@ -228,7 +183,7 @@ void Program::ShowHelp(const QString& page) {
 }
 
 void Program::Leave() {
-    if (m_exiting)
+    if (m_isExiting)
         return;
     // A window that holds what nobody has saved asks first, and stays.
     for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -243,21 +198,14 @@ void Program::Leave() {
 }
 
 QCoro::Task<> Program::ExitSystem() {
-    if (m_exiting)
+    if (std::exchange(m_isExiting, true))
         co_return;
-    m_exiting = true;
     m_mainWindow->UnloadTray();
     for (QWidget* window : {static_cast<QWidget*>(m_testWindow), static_cast<QWidget*>(m_busMonitor)}) {
         if (window)
             window->close();
     }
     m_mainWindow->hide();
-    for (int look = 0; look < LongestEndingWait && m_station->bus.Sending(); ++look)
-        co_await m_clock.DelayMilliseconds(SendingCheck);
-    m_station->CloseVoice();
-    m_station->Close();
-    m_takeover->Close();
-    m_station->database.CloseDatabase();
-    m_station->database.BackupDatabase();
+    co_await m_station->End();
     Q_EMIT Ended();
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/ProgramFolders.h"
 #include "platform/RegistryStore.h"
+#include "station/ProgramFolders.h"
 #include "widgets/ShellIcon.h"
 
 #include <QObject>
@@ -10,20 +10,18 @@
 #include <qcoro/qcorotask.h>
 
 #include <memory>
+
 class Clock;
 class Dialogs;
-class JetTakeover;
 class QWidget;
-class DataMaintenance;
 class Station;
-class TestConsole;
 class frmBusMonitor;
 class frmMain;
 class frmQueue;
 class frmSetPort;
 class frmTest;
 
-/// Start and end of the program, and the only place that knows its windows.
+/// The windows of the program: made, joined to each other and to the station, and closed.
 class Program : public QObject {
     Q_OBJECT
 
@@ -33,15 +31,14 @@ public:
     Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell = nullptr);
     ~Program() override;
 
-    /// Reads the settings, lets the user pick the database, loads the installation, opens the line and shows the setup
-    /// window. Cancelling the choice ends the program without a message.
+    /// Starts the station on the database that the user picks, and shows the setup window. Cancelling the choice ends
+    /// the program without a message.
     QCoro::Task<> Main();
 
     /// Closes the windows, and ends the program unless one of them has something to settle first.
     void Leave();
 
-    /// The one way out: waits up to 3 s for a command on the line, ends what still runs, closes the database, takes the
-    /// day's backup. `Ended` comes at its end. A second call does nothing.
+    /// The one way out: closes the windows and ends the station. `Ended` comes at its end. A second call does nothing.
     QCoro::Task<> ExitSystem();
 
     Station& TheStation() { return *m_station; }
@@ -55,7 +52,6 @@ Q_SIGNALS:
 
 private:
     QCoro::Task<QString> ChooseDatabase();
-    void InstallEmptyDatabase(const QString& path);
     void MakeMainWindow();
     void MakeSetupWindow();
     void ShowPortWindow(QWidget& parent);
@@ -68,18 +64,14 @@ private:
     static QString HelpPage();
 
     const ProgramFolders m_folders;
-    Clock& m_clock;
     Dialogs& m_dialogs;
     std::unique_ptr<Station> m_station;
-    std::unique_ptr<JetTakeover> m_takeover;
     const RegistryStore m_registry;
-    std::unique_ptr<DataMaintenance> m_maintenance;
-    std::unique_ptr<TestConsole> m_console;
     std::unique_ptr<ShellIcon> m_shell; ///< until the main window takes it
     std::unique_ptr<frmMain> m_mainWindow;
     std::unique_ptr<frmQueue> m_setupWindow;
     std::unique_ptr<frmSetPort> m_portWindow;
     QPointer<frmTest> m_testWindow;
     QPointer<frmBusMonitor> m_busMonitor;
-    bool m_exiting = false;
+    bool m_isExiting = false;
 };

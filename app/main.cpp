@@ -5,8 +5,6 @@
 #include "widgets/WindowDialogs.h"
 
 #include <QApplication>
-#include <QFileInfo>
-#include <QStandardPaths>
 
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
@@ -21,11 +19,7 @@ int main(int argc, char** argv) {
     std::unique_ptr<ShellIcon> shell;
     if (DesktopIcon::IsAvailable())
         shell = std::make_unique<DesktopIcon>();
-    const QString install = QApplication::applicationDirPath();
-    const QString ofUser =
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Orvex");
-    const ProgramFolders folders = PrepareFolders(install, ofUser, QFileInfo(install).isWritable());
-    Program program(folders, clock, dialogs, std::move(shell));
+    Program program(FoldersOfProgram(), clock, dialogs, std::move(shell));
     // Queued: the program may end before the event loop has begun.
     QObject::connect(&program, &Program::Ended, &application, &QApplication::quit, Qt::QueuedConnection);
     const auto running = program.Main();

@@ -4,7 +4,7 @@
 #include "benchmarks/Report.h"
 #include "platform/Clock.h"
 #include "setup/frmQueue.h"
-#include "station/Station.h"
+#include "tests/support/OpenStation.h"
 #include "widgets/WindowDialogs.h"
 
 #include <QApplication>
@@ -23,7 +23,7 @@ void BenchmarkGrids() {
     FillStore(path);
     SystemClock clock;
     WindowDialogs dialogs;
-    Station station(folder.path(), clock, dialogs);
+    OpenStation station({folder.path(), folder.path()}, clock, dialogs);
     station.database.OpenDatabase(path);
     station.reload.ReloadAll();
 

@@ -5,7 +5,7 @@
 #include "operator/ObjectMap.h"
 #include "operator/ObjectPicture.h"
 #include "platform/Clock.h"
-#include "station/Station.h"
+#include "tests/support/OpenStation.h"
 #include "widgets/WindowDialogs.h"
 
 #include <QApplication>
@@ -22,7 +22,7 @@ void BenchmarkMap() {
     const QTemporaryDir folder;
     SystemClock clock;
     WindowDialogs dialogs;
-    Station station(folder.path(), clock, dialogs);
+    OpenStation station({folder.path(), folder.path()}, clock, dialogs);
     station.installation->NumObjects = ObjectMap::Pictures;
     for (int i = 0; i < ObjectMap::Pictures; ++i) {
         station.installation->QObjects[static_cast<std::size_t>(i)].Id = i + 1;

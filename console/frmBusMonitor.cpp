@@ -42,7 +42,7 @@ QCoro::Task<> Tell(Dialogs& dialogs, QString text) {
 frmBusMonitor::frmBusMonitor(Station& station)
     : m_station(station)
     , m_ui(std::make_unique<Ui::frmBusMonitor>())
-    , m_model(new TraceModel(station.trace, *station.installation, this)) {
+    , m_model(new TraceModel(station.Trace(), station.Model(), this)) {
     m_ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     SetUpTable();
@@ -87,7 +87,7 @@ void frmBusMonitor::ListObjects() {
     const QSignalBlocker quiet(m_ui->cboObject);
     m_ui->cboObject->clear();
     m_ui->cboObject->addItem(tr("All objects"));
-    for (const model::QObject& object : std::as_const(*m_station.installation).LoadedObjects())
+    for (const model::QObject& object : m_station.Model().LoadedObjects())
         m_ui->cboObject->addItem(tr("%1 (address %2)").arg(vni::ToUnicode(object.Name)).arg(object.Address),
                                  object.Address);
     m_ui->cboObject->setCurrentIndex(std::max(0, m_ui->cboObject->findData(chosen)));
@@ -135,7 +135,7 @@ void frmBusMonitor::Save(bool asCsv) {
 }
 
 void frmBusMonitor::Count() {
-    const FrameReader::Counters& counts = m_station.bus.Counts();
+    const FrameReader::Counters& counts = m_station.Master().Counts();
     m_ui->lblCount->setText(tr("%L1 rows shown. Since the start: %L2 frames came in, %L3 with a bad check sum, %L4 cut "
                                "off; %L5 stray characters.")
                                 .arg(m_model->rowCount())

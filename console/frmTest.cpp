@@ -4,8 +4,8 @@
 #include "link/Frames.h"
 #include "platform/AnsiText.h"
 #include "station/Station.h"
-#include "station/TestConsole.h"
 #include "widgets/Artwork.h"
+#include "widgets/OutcomeBox.h"
 #include "widgets/PortBoxes.h"
 #include "widgets/WindowFonts.h"
 
@@ -19,17 +19,17 @@ constexpr int TwipsPerPixel = 15;
 
 } // namespace
 
-frmTest::frmTest(Station& station, TestConsole& console)
+frmTest::frmTest(Station& station)
     : m_station(station)
-    , m_console(console)
+    , m_console(station.Console())
     , m_ui(std::make_unique<Ui::frmTest>()) {
     fonts::Register();
     m_ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     m_console.RestartPollTickets();
     // They show what is in use; the port is chosen elsewhere.
-    ports::FillPorts(*m_ui->cboModems, {}, station.line.Settings.CommName);
-    ports::FillSpeeds(*m_ui->cboBaud, station.line.Settings.CommBaud);
+    ports::FillPorts(*m_ui->cboModems, {}, station.Line().Settings.CommName);
+    ports::FillSpeeds(*m_ui->cboBaud, station.Line().Settings.CommBaud);
     for (int sub = 0; sub < SubDevices; ++sub)
         m_ui->cboSub->addItem(QString::number(sub));
     m_ui->cboSub->setEditText(QStringLiteral("Combo1"));
@@ -38,11 +38,11 @@ frmTest::frmTest(Station& station, TestConsole& console)
     for (QWidget* watched : {static_cast<QWidget*>(m_ui->Picture1), static_cast<QWidget*>(m_ui->picQObj)})
         watched->installEventFilter(this);
 
-    connect(&console, &TestConsole::TicketListed, this, [this](const QString& text) {
+    connect(&m_console, &TestConsole::TicketListed, this, [this](const QString& text) {
         m_ui->List2->addItem(text);
         m_ui->List2->scrollToBottom();
     });
-    connect(&station.bus, &Bus::FrameSent, this, [this](quint8 address, const QByteArray& frame, int) {
+    connect(&station.Master(), &Bus::FrameSent, this, [this](quint8 address, const QByteArray& frame, int) {
         if (address != frames::Broadcast)
             m_ui->Label8->setText(ansi::Visible(ansi::Decode(frame)) + QStringLiteral(">>>"));
     });
@@ -57,11 +57,11 @@ frmTest::~frmTest() {
     m_console.CancelPoll();
 }
 
-void frmTest::Bind(QPushButton* button, std::function<QCoro::Task<>()> start) {
+void frmTest::Bind(QPushButton* button, std::function<QCoro::Task<Outcome>()> start) {
     connect(button, &QPushButton::clicked, this, [this, button, start = std::move(start)] {
         button->setEnabled(false);
         const QPointer<QWidget> next = focusWidget();
-        start().then([this, button = QPointer(button), next] {
+        ShowOutcome(m_station.dialogs, start()).then([this, button = QPointer(button), next](const Outcome&) {
             if (!button)
                 return;
             button->setEnabled(true);
@@ -112,12 +112,8 @@ void frmTest::BindOthers() {
 void frmTest::ListHubs() {
     const qint16 chosen = Hub();
     m_ui->cboHub->clear();
-    qint16 index = 0;
-    for (const model::QObject& object : std::as_const(*m_station.installation).LoadedObjects()) {
-        if (object.Type == model::Hub)
-            m_ui->cboHub->addItem(object.Name, index);
-        ++index;
-    }
+    for (const qint16 hub : m_station.Model().ObjectsOf(model::Hub))
+        m_ui->cboHub->addItem(m_station.Model().Object(hub).Name, hub);
     m_ui->cboHub->setCurrentIndex(std::max(m_ui->cboHub->findData(chosen), m_ui->cboHub->count() > 0 ? 0 : -1));
 }
 

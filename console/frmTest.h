@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QWidget>
+#include "platform/Outcome.h"
 
-#include <qcoro/qcorotask.h>
+#include <QWidget>
 
 #include <functional>
 #include <memory>
@@ -21,8 +21,8 @@ class frmTest : public QWidget {
     Q_OBJECT
 
 public:
-    /// @param station, console  must outlive the window.
-    frmTest(Station& station, TestConsole& console);
+    /// @param station must outlive the window.
+    explicit frmTest(Station& station);
     ~frmTest() override;
 
 protected:
@@ -30,8 +30,8 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    /// Starts an operation with a click; the button is disabled until it has ended.
-    void Bind(QPushButton* button, std::function<QCoro::Task<>()> start);
+    /// Starts an operation with a click and shows what came of it; the button is disabled until then.
+    void Bind(QPushButton* button, std::function<QCoro::Task<Outcome>()> start);
     void BindCounters();
     void BindPrinters();
     void BindHubs();

@@ -3,39 +3,31 @@
 #include "core/IniUtility.h"
 #include "core/Options.h"
 #include "hubs/DeviceClocks.h"
-#include "platform/Dialogs.h"
 #include "platform/LeadingNumber.h"
 
 #include <algorithm>
 #include <limits>
 
-HubOption::HubOption(DeviceClocks& devices, Options& options, IniUtility& ini, Dialogs& dialogs)
+HubOption::HubOption(DeviceClocks& devices, Options& options, IniUtility& ini)
     : m_devices(devices)
     , m_options(options)
-    , m_ini(ini)
-    , m_dialogs(dialogs) {}
+    , m_ini(ini) {}
 
 qint16 HubOption::Value() const {
     return m_options.FromToval;
 }
 
-QCoro::Task<bool> HubOption::Apply(QString typed) {
+QCoro::Task<Outcome> HubOption::Apply(QString typed) {
     constexpr qint16 Fewest = 1;
     constexpr qint16 Most = 10;
     using Limits = std::numeric_limits<qint16>;
     m_options.FromToval =
         static_cast<qint16>(std::clamp<qint32>(number::TypedNumber(typed), Limits::min(), Limits::max()));
-    if (m_options.FromToval < Fewest || m_options.FromToval > Most) {
-        const QString range = QStringLiteral("Valid value is 1..10");
-        co_await m_dialogs.ShowMessage(BoxKind::Exclamation, range);
-        co_return false;
-    }
+    if (m_options.FromToval < Fewest || m_options.FromToval > Most)
+        co_return Outcome::Refused(QStringLiteral("Valid value is 1..10"));
     const bool all = co_await m_devices.SetHubOption(m_options.FromToval);
-    QString outcome = QStringLiteral("Error on setting config to HUB(s).");
-    if (all) {
-        m_ini.WriteIni(QStringLiteral("options"), QStringLiteral("FromToval"), QString::number(m_options.FromToval));
-        outcome = QStringLiteral("Set config to all HUBs OK.");
-    }
-    co_await m_dialogs.ShowMessage(all ? BoxKind::Information : BoxKind::Exclamation, outcome);
-    co_return true;
+    if (!all)
+        co_return Outcome::Failed(QStringLiteral("Error on setting config to HUB(s)."));
+    m_ini.WriteIni(QStringLiteral("options"), QStringLiteral("FromToval"), QString::number(m_options.FromToval));
+    co_return Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
 }

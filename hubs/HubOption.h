@@ -1,11 +1,8 @@
 #pragma once
 
-#include <QString>
-
-#include <qcoro/qcorotask.h>
+#include "platform/Outcome.h"
 
 class DeviceClocks;
-class Dialogs;
 class IniUtility;
 struct Options;
 
@@ -13,18 +10,17 @@ struct Options;
 class HubOption {
 public:
     /// The references must outlive this object.
-    HubOption(DeviceClocks& devices, Options& options, IniUtility& ini, Dialogs& dialogs);
+    HubOption(DeviceClocks& devices, Options& options, IniUtility& ini);
 
     /// The value in memory: the one last typed, whether or not it was taken.
     qint16 Value() const;
 
-    /// Takes what the user typed, sends it to every hub, and saves it if all answered; a box tells the outcome.
-    /// @return false if the number is not from 1 to 10: nothing was sent and the user may type another.
-    QCoro::Task<bool> Apply(QString typed);
+    /// Takes what the user typed, sends it to every hub, and saves it if all answered.
+    /// @return refused if the number is not from 1 to 10: nothing was sent and the user may type another.
+    QCoro::Task<Outcome> Apply(QString typed);
 
 private:
     DeviceClocks& m_devices;
     Options& m_options;
     IniUtility& m_ini;
-    Dialogs& m_dialogs;
 };

@@ -3,6 +3,7 @@
 #include "core/EventLog.h"
 #include "link/Encodings.h"
 #include "link/Frames.h"
+#include "platform/Ended.h"
 #include "platform/SerialControl.h"
 
 #include <algorithm>
@@ -57,7 +58,9 @@ Bus::~Bus() {
 
 QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data, Milliseconds timeout, int tries) {
     Reply reply;
-    if (m_closed || !m_control.IsOpen())
+    if (m_closed)
+        throw Ended();
+    if (!m_control.IsOpen())
         co_return reply;
     if (address > encoding::LargestSmallNumber) {
         m_log.WriteLog(QStringLiteral("Command %1 to address %2: one character carries addresses 0 to %3 only.")
@@ -73,7 +76,7 @@ QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data
         m_queue.push_back(&turn);
         const bool granted = co_await turn.Wait();
         if (!granted)
-            co_return reply;
+            throw Ended();
     }
     m_sending = true;
     const Turn held(*this);
@@ -87,7 +90,7 @@ QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data
             EventLog::Warning);
     }
     for (int attempt = 0; attempt < tries && !reply.ok; ++attempt) {
-        if (m_closed || !m_control.IsOpen())
+        if (!m_control.IsOpen())
             break;
         const bool broadcast = address == frames::Broadcast;
         const char sequence = broadcast ? '*' : static_cast<char>('0' + m_sequenceNumber[address]);
@@ -114,6 +117,8 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
         StartDeadline(timeout);
         outcome = co_await wait.Wait();
         m_wait = nullptr;
+        if (m_closed)
+            throw Ended();
         if (outcome != Outcome::Answered)
             Q_EMIT ReplyMissed(address, m_reader.ReceiveBuffer(), outcome == Outcome::TimedOut);
     }

@@ -51,8 +51,8 @@ public:
     /// later, with a log line. A good reply is acknowledged with one ACK. Address 127 is the
     /// broadcast: sequence "*", no reply awaited, always ok once written. Data is sent as it stands: binary data must
     /// have gone through `frames::EscapeData`, since writing stops at the first ETX. More than 254 characters of data
-    /// wrap the length field; that is logged. Fails at once if the line is closed, and at once when it goes away or the
-    /// bus is closed meanwhile.
+    /// wrap the length field; that is logged. Fails at once if the line is closed, and at once when it goes away
+    /// meanwhile. Throws `Ended` once the bus is closed.
     QCoro::Task<Reply> SendCommand(quint8 address, char letter, QByteArray data, Milliseconds timeout = DirectTimeout,
                                    int tries = 1);
 
@@ -62,7 +62,7 @@ public:
     /// A command is on the line.
     bool Sending() const { return m_sending; }
 
-    /// Ends the running command and all that wait as failed; every later one fails at once.
+    /// Ends the running command, all that wait and every later one: the program is about to end.
     void Close();
 
     const FrameReader::Counters& Counts() const { return m_reader.Counts(); }

@@ -52,11 +52,8 @@ ObjectMap::ObjectMap(QWidget* parent)
         picture->hide();
         picture->installEventFilter(this);
         connect(picture, &ObjectPicture::Clicked, this, [this, i] { Q_EMIT ObjectClicked(i); });
-        connect(picture, &ObjectPicture::DoubleClicked, this, [this, i] {
-            model::QObject& object = m_station->installation->QObjects[static_cast<std::size_t>(i)];
-            if (object.State == 0)
-                object.Changed = true;
-        });
+        connect(picture, &ObjectPicture::DoubleClicked, this,
+                [this, i] { m_station->ActivateObject(static_cast<qint16>(i)); });
         auto* counter = new QLabel(picture);
         counter->setObjectName(QStringLiteral("lblCounter_%1").arg(i));
         counter->setGeometry(18, 90, 28, 12);
@@ -88,7 +85,7 @@ QSize ObjectMap::sizeHint() const {
 void ObjectMap::Use(Station& station) {
     m_station = &station;
     connect(&station, &Station::ModelChanged, this, &ObjectMap::ShowObjects);
-    connect(&station.starts, &DeviceStart::UpdateObjectDisplay, this,
+    connect(&station.Starts(), &DeviceStart::UpdateObjectDisplay, this,
             [this](qint16 object, int kind, qint32 number, const QByteArray& text) {
                 if (object >= 0 && object < ShownObjects())
                     Picture(object).SetValue(kind, number, text);
@@ -97,7 +94,7 @@ void ObjectMap::Use(Station& station) {
 }
 
 int ObjectMap::ShownObjects() const {
-    return m_station ? std::min<int>(m_station->installation->NumObjects, Pictures) : 0;
+    return m_station ? std::min<int>(m_station->Model().NumObjects, Pictures) : 0;
 }
 
 void ObjectMap::ShowObjects() {
@@ -115,7 +112,7 @@ void ObjectMap::ShowObjects() {
             m_shown[slot] = {};
             continue;
         }
-        const model::QObject& object = m_station->installation->QObjects[slot];
+        const model::QObject& object = m_station->Model().Object(static_cast<qint16>(i));
         if (const std::pair<qint32, int> now(object.Id, object.Type); m_shown[slot] != now) {
             // What was sent to another object says nothing about this one.
             picture.SetType(object.Type);
@@ -131,16 +128,11 @@ void ObjectMap::ShowObjects() {
 }
 
 void ObjectMap::DrawAllObjects() {
-    const bool isStarted = m_station->run.QueueRunning();
-    int index = 0;
-    for (model::QObject& object : m_station->installation->LoadedObjects()) {
-        if (index < Pictures)
-            DrawObjectState(index);
-        if (isStarted)
-            object.Dirty = true;
-        ++index;
-    }
-    findChild<ComputerPicture*>(QStringLiteral("picPC"))->SetLamp(m_station->run.RxActivity() > 0);
+    for (int i = 0; i < ShownObjects(); ++i)
+        DrawObjectState(i);
+    if (m_station->Run().QueueRunning())
+        m_station->MarkDrawn();
+    findChild<ComputerPicture*>(QStringLiteral("picPC"))->SetLamp(m_station->Run().RxActivity() > 0);
 }
 
 void ObjectMap::DrawObjectState(int index) {

@@ -6,6 +6,7 @@
 #include "tickets/VniText.h"
 #include "widgets/Artwork.h"
 #include "widgets/LinePanels.h"
+#include "widgets/OutcomeBox.h"
 #include "widgets/PortBoxes.h"
 #include "widgets/WindowFonts.h"
 #include "widgets/frmSysTray.h"
@@ -22,9 +23,8 @@
 
 namespace {
 
-constexpr int SecondTimer = 1000; ///< milliseconds
-constexpr int StatusTimer = 250;  ///< milliseconds
-constexpr int LogLimit = 300;     ///< characters
+constexpr int StatusTimer = 250; ///< milliseconds
+constexpr int LogLimit = 300;    ///< characters
 constexpr qint16 InfoSeconds = 5;
 constexpr int InfoLabels = 17;
 constexpr int BalloonTime = 30'000; ///< milliseconds
@@ -40,10 +40,6 @@ QString ButtonStyle(bool running) {
         .arg(running ? QStringLiteral("#3FA03F") : QStringLiteral("#D03F3F"));
 }
 
-QCoro::Task<> Tell(Dialogs& dialogs, BoxKind kind, QString text) {
-    co_await dialogs.ShowMessage(kind, text);
-}
-
 } // namespace
 
 frmMain::frmMain(Station& station, std::unique_ptr<ShellIcon> shell, const QString& website)
@@ -52,14 +48,13 @@ frmMain::frmMain(Station& station, std::unique_ptr<ShellIcon> shell, const QStri
     , m_ui(std::make_unique<Ui::frmMain>())
     , m_progress(new QLabel(this))
     , m_timeConnect(new QLabel(this))
-    , m_timer1(new QTimer(this))
     , m_timer2(new QTimer(this)) {
-    EventLog& log = station.log;
+    EventLog& log = station.Log();
     log.WriteLog(QStringLiteral("---Start load frMain"));
     fonts::Register();
     m_ui->setupUi(this);
     InitTimers();
-    ShowRunning(station.run.QueueRunning());
+    ShowRunning(station.Run().QueueRunning());
     log.WriteLog(QStringLiteral("----- Init picObjs & lblInfo.."));
     InitPictures();
     log.WriteLog(QStringLiteral("----- Init lnTrucks.."));
@@ -70,7 +65,7 @@ frmMain::frmMain(Station& station, std::unique_ptr<ShellIcon> shell, const QStri
     InitComm();
     log.WriteLog(QStringLiteral("----- Init Menu status.."));
     InitMenus();
-    SetMenuStatus(station.run.QueueRunning());
+    SetMenuStatus(station.Run().QueueRunning());
     log.WriteLog(QStringLiteral("----- Load Systray.."));
     LoadSystray(std::move(shell));
     log.WriteLog(QStringLiteral("----- Load Done."));
@@ -79,10 +74,7 @@ frmMain::frmMain(Station& station, std::unique_ptr<ShellIcon> shell, const QStri
 frmMain::~frmMain() = default;
 
 void frmMain::InitTimers() {
-    m_timer1->setObjectName(QStringLiteral("Timer1"));
-    m_timer1->setInterval(SecondTimer);
-    connect(m_timer1, &QTimer::timeout, this, &frmMain::CountSecond);
-    m_timer1->start();
+    connect(&m_station.Run(), &RunControl::SecondPassed, this, &frmMain::CountSecond);
     m_timer2->setObjectName(QStringLiteral("Timer2"));
     m_timer2->setInterval(StatusTimer);
     connect(m_timer2, &QTimer::timeout, m_ui->frmQObjs, &ObjectMap::DrawAllObjects);
@@ -93,12 +85,12 @@ void frmMain::InitTimers() {
             m_timer2->stop();
     });
     connect(m_ui->cmdStart, &QPushButton::clicked, this,
-            [this] { m_station.run.SetRunning(!m_station.run.QueueRunning()); });
-    connect(&m_station.run, &RunControl::RunningChanged, this, &frmMain::ShowRunning);
-    connect(&m_station.init, &InitRun::presetGauge, this, &frmMain::presetGauge);
-    connect(&m_station.init, &InitRun::UpdateGauge, this, &frmMain::UpdateGauge);
-    connect(&m_station.init, &InitRun::closeGauge, this, &frmMain::closeGauge);
-    connect(m_ui->cmdMsgCancel, &QPushButton::clicked, this, [this] { m_station.init.CancelInit = true; });
+            [this] { m_station.SetRunning(!m_station.Run().QueueRunning()); });
+    connect(&m_station.Run(), &RunControl::RunningChanged, this, &frmMain::ShowRunning);
+    connect(&m_station.Init(), &InitRun::presetGauge, this, &frmMain::presetGauge);
+    connect(&m_station.Init(), &InitRun::UpdateGauge, this, &frmMain::UpdateGauge);
+    connect(&m_station.Init(), &InitRun::closeGauge, this, &frmMain::closeGauge);
+    connect(m_ui->cmdMsgCancel, &QPushButton::clicked, this, [this] { m_station.CancelInit(); });
     m_ui->fraMess->hide();
 }
 
@@ -148,12 +140,12 @@ void frmMain::InitComm() {
     // Alt and these letters open the menus.
     for (QPushButton* button : {m_ui->cmdOK, m_ui->cmdCancel, m_ui->cmdDial})
         button->setShortcut({});
-    ports::FillPorts(*m_ui->cboModems, SerialControl::AvailablePorts(), m_station.line.Settings.CommName);
-    ports::FillSpeeds(*m_ui->cboBaud, m_station.line.Settings.CommBaud);
-    connect(&m_station.line, &CommLine::StatusChanged, this, &frmMain::SetCommStatus);
+    ports::FillPorts(*m_ui->cboModems, SerialControl::AvailablePorts(), m_station.Line().Settings.CommName);
+    ports::FillSpeeds(*m_ui->cboBaud, m_station.Line().Settings.CommBaud);
+    connect(&m_station.Line(), &CommLine::StatusChanged, this, &frmMain::SetCommStatus);
     connect(m_ui->cmdOK, &QPushButton::clicked, this, [this] {
         m_ui->cmdOK->setEnabled(false);
-        m_station.line.ChoosePort(m_ui->cboModems->currentText(), m_ui->cboBaud->currentText())
+        m_station.ChoosePort(m_ui->cboModems->currentText(), m_ui->cboBaud->currentText())
             .then([window = QPointer(this)](bool) {
                 if (window)
                     window->m_ui->cmdOK->setEnabled(true);
@@ -162,13 +154,18 @@ void frmMain::InitComm() {
 }
 
 void frmMain::InitMenus() {
-    connect(m_ui->mnSendConfig, &QAction::triggered, &m_station, &Station::ConfigPrinters);
-    connect(m_ui->mnInitHub, &QAction::triggered, &m_station, &Station::InitHubs);
-    connect(m_ui->mnuReset, &QAction::triggered, &m_station, &Station::ResetSystem);
-    connect(m_ui->mnActiveQAlls, &QAction::triggered, &m_station, &Station::ActiveAll);
+    const auto start = [this](QAction* action, QCoro::Task<Outcome> (Station::*operation)()) {
+        connect(action, &QAction::triggered, this,
+                [this, operation] { ShowOutcome(m_station.dialogs, (m_station.*operation)()); });
+    };
+    start(m_ui->mnSendConfig, &Station::ConfigPrinters);
+    start(m_ui->mnInitHub, &Station::InitHubs);
+    start(m_ui->mnuReset, &Station::ResetSystem);
+    start(m_ui->mnActiveQAlls, &Station::ActiveAll);
     connect(m_ui->mnInitObjects, &QAction::triggered, this, &frmMain::InitAllObjects);
-    connect(m_ui->mnVNIFont, &QAction::triggered, this,
-            [this] { m_station.LoadVniFont(m_station.forms.family.PrinterZoneRich); });
+    connect(m_ui->mnVNIFont, &QAction::triggered, this, [this] {
+        ShowOutcome(m_station.dialogs, m_station.LoadVniFont(m_station.Forms().family.PrinterZoneRich));
+    });
     connect(m_ui->mnDataBase, &QAction::triggered, this, &frmMain::SetupWanted);
     connect(m_ui->mnSetpoty, &QAction::triggered, this, &frmMain::PortChoiceWanted);
     connect(m_ui->mnTicketForm, &QAction::triggered, this, &frmMain::TicketDesignWanted);
@@ -179,7 +176,7 @@ void frmMain::InitMenus() {
     connect(m_ui->mnuHelp, &QAction::triggered, this, &frmMain::HelpWanted);
     connect(m_ui->mnExit, &QAction::triggered, this, &frmMain::Exit);
     connect(m_ui->mnVoiceClient, &QAction::triggered, this, [this] {
-        Tell(m_station.dialogs, BoxKind::Information, QStringLiteral("No voice clients for this Version."));
+        m_station.dialogs.ShowMessage(BoxKind::Information, QStringLiteral("No voice clients for this Version."));
     });
     m_ui->mnWeb->setVisible(!m_website.isEmpty());
     connect(&m_station, &Station::BusyChanged, this, &frmMain::ShowBusy);
@@ -233,16 +230,12 @@ void frmMain::SetCommStatus(const QString& device, const QString& baud, bool ope
     ports::Show(*m_ui->cboModems, device);
     ports::Show(*m_ui->cboBaud, baud);
     m_linePanels->SetCommStatus(device, baud, opened);
-    m_timeConnect->setText(opened ? tr("since %1").arg(m_station.line.TimeConnected().toString(QStringLiteral("hh:mm")))
-                                  : QString());
-    if (opened)
-        m_timer1->start();
-    else
-        m_timer1->stop();
+    m_timeConnect->setText(
+        opened ? tr("since %1").arg(m_station.Line().TimeConnected().toString(QStringLiteral("hh:mm"))) : QString());
 }
 
 void frmMain::CloseComm() {
-    m_station.line.CloseComm();
+    m_station.CloseLine();
 }
 
 void frmMain::SetMenuStatus(bool running) {
@@ -283,14 +276,14 @@ void frmMain::ShowBusy(bool busy) {
 }
 
 void frmMain::InitAllObjects() {
-    m_station.InitAllObjects().then([window = QPointer(this)](bool hasRun) {
-        if (!window || !hasRun || window->m_station.init.CancelInit)
+    ShowOutcome(m_station.dialogs, m_station.InitAllObjects()).then([window = QPointer(this)](const Outcome& outcome) {
+        using End = Outcome::End;
+        if (!window || (outcome.end != End::Done && outcome.end != End::Failed))
             return;
-        const QStringList& silent = window->m_station.init.Silent;
         window->m_progress->setText(
-            silent.isEmpty()
+            outcome.silent.isEmpty()
                 ? tr("Initialized: all devices answered.")
-                : tr("Initialized, no answer from %1.").arg(vni::ToUnicode(silent.join(QStringLiteral(", ")))));
+                : tr("Initialized, no answer from %1.").arg(vni::ToUnicode(outcome.silent.join(QStringLiteral(", ")))));
     });
 }
 
@@ -299,7 +292,6 @@ void frmMain::CountSecond() {
         --m_infoCountdown;
     if (m_infoCountdown == 0 && m_ui->Frame1->isVisible())
         m_ui->Frame1->hide();
-    m_station.run.CountSecond();
 }
 
 void frmMain::ScrollTo(const QRect& place) {
@@ -319,14 +311,14 @@ void frmMain::ShowInfoLines(const QStringList& lines) {
 }
 
 void frmMain::ShowInfo(int object) {
-    const model::Installation& model = *m_station.installation;
-    const model::QObject& shown = model.QObjects[static_cast<std::size_t>(object)];
+    const model::Installation& model = m_station.Model();
+    const model::QObject& shown = model.Object(static_cast<qint16>(object));
     QStringList lines;
     if (shown.Type == model::Counter) {
         lines += QStringLiteral("Address : %1").arg(shown.Address);
         const qint16 service = model.FirstServiceOf(static_cast<qint16>(object));
         if (service >= 0) {
-            const model::QService& first = model.QServices[static_cast<std::size_t>(service)];
+            const model::QService& first = model.Service(service);
             lines += QStringLiteral("Service   : ") + first.Name;
             lines += QStringLiteral("Wait        : %1").arg(first.WaitRing.Count);
         } else {
@@ -357,8 +349,8 @@ void frmMain::Open() {
 }
 
 void frmMain::Exit() {
-    if (m_station.run.QueueRunning())
-        Tell(m_station.dialogs, BoxKind::Exclamation, QStringLiteral("Please Stop Queue first"));
+    if (m_station.Run().QueueRunning())
+        m_station.dialogs.ShowMessage(BoxKind::Exclamation, QStringLiteral("Please Stop Queue first"));
     else
         Q_EMIT ExitWanted();
 }
@@ -381,7 +373,7 @@ void frmMain::OpenWebsite() {
 void frmMain::closeEvent(QCloseEvent* event) {
     // What is unwritten elsewhere comes first; the program itself then takes this window away.
     event->ignore();
-    m_station.run.SetRunning(false);
+    m_station.SetRunning(false);
     Q_EMIT ExitWanted();
 }
 

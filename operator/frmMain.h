@@ -26,8 +26,7 @@ public:
     frmMain(Station& station, std::unique_ptr<ShellIcon> shell, const QString& website);
     ~frmMain() override;
 
-    /// Shows device, speed and state of the line, and starts or stops the one-second timer with it. Empty texts leave
-    /// what is shown.
+    /// Shows device, speed and state of the line. Empty texts leave what is shown.
     void SetCommStatus(const QString& device, const QString& baud, bool opened);
     /// Closes the line and shows it.
     void CloseComm();
@@ -91,7 +90,6 @@ private:
     std::unique_ptr<frmSysTray> m_frmSysTray;
     QLabel* m_progress;
     QLabel* m_timeConnect;
-    QTimer* m_timer1;
     QTimer* m_timer2;
     qint16 m_infoCountdown = 0; ///< seconds until Q-Info closes, -1 if it stays
 };

@@ -1,6 +1,7 @@
 #include "platform/Clock.h"
 
 #include "platform/Completion.h"
+#include "platform/Ended.h"
 
 #include <QTimer>
 
@@ -33,7 +34,9 @@ private:
 class SystemClock::Waits {
 public:
     QCoro::Task<> Wait(int milliseconds) {
-        if (m_closed || milliseconds <= 0)
+        if (m_closed)
+            throw Ended();
+        if (milliseconds <= 0)
             co_return;
         Completion<bool> done;
         QTimer timer;
@@ -44,8 +47,9 @@ public:
         const auto place = m_running.insert(m_running.end(), &done);
         co_await done.Wait();
         // After Close the list belongs to the loop there.
-        if (!m_closed)
-            m_running.erase(place);
+        if (m_closed)
+            throw Ended();
+        m_running.erase(place);
     }
 
     void Close() {

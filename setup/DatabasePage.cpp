@@ -3,6 +3,7 @@
 #include "setup/SetupRecords.h"
 #include "setup/ui_DatabasePage.h"
 #include "station/Station.h"
+#include "widgets/OutcomeBox.h"
 
 #include <QPointer>
 
@@ -39,7 +40,7 @@ DatabasePage::~DatabasePage() = default;
 
 void DatabasePage::SetUp() {
     m_ui->TDBGridQueue->SetRecords(&Records().rsQueue);
-    m_ui->TDBGridQueue->setColumnHidden(ServiceSeries, !TheStation().options.MultiTicketSeries);
+    m_ui->TDBGridQueue->setColumnHidden(ServiceSeries, !TheStation().Settings().MultiTicketSeries);
     m_ui->TDBGridDisplay->SetRecords(&Records().rsDisplay);
     m_ui->TDBGridDisplay->LetRowsBeDragged();
     m_ui->TDBGridQD->SetRecords(&Records().rsQueueDisplay);
@@ -72,14 +73,14 @@ void DatabasePage::ShowBusy(bool busy) {
 void DatabasePage::Refresh() {
     Records().UpdateAll();
     Records().rsQueue.Requery();
-    TheStation().RefreshModel();
+    ShowOutcome(TheStation().dialogs, TheStation().RefreshModel());
 }
 
 void DatabasePage::Empty() {
     const auto empty = [this]() -> Database::Error {
-        if (!TheStation().database.IsOpen())
+        if (!TheStation().Store().IsOpen())
             return QStringLiteral("Can't open Queue database!");
-        Database::Error error = TheStation().database.EmptyDatabase();
+        Database::Error error = TheStation().Store().EmptyDatabase();
         if (!error)
             Records().directions.Clear();
         return error;
@@ -94,9 +95,9 @@ void DatabasePage::TestConnect() {
     // The focus must not wander to a list in which Delete deletes.
     setFocus();
     m_ui->cmdTestConnect->setEnabled(false);
-    TheStation()
-        .TestConnect(NumberIn(*m_ui->TDBGridDisplay, ObjectNumber), NumberIn(*m_ui->TDBGridDisplay, ObjectAddress))
-        .then([page = QPointer(this)] {
+    ShowOutcome(TheStation().dialogs, TheStation().TestConnect(NumberIn(*m_ui->TDBGridDisplay, ObjectNumber),
+                                                               NumberIn(*m_ui->TDBGridDisplay, ObjectAddress)))
+        .then([page = QPointer(this)](const Outcome&) {
             if (!page)
                 return;
             page->m_ui->cmdTestConnect->setEnabled(true);
@@ -139,7 +140,7 @@ void DatabasePage::AddServiceCounter() {
             return std::nullopt;
         Database::Error error = Records().assignments.AddServiceCounter(serviceId, counterId);
         if (!error)
-            TheStation().reload.DbChanged = true;
+            TheStation().NoteStoreChanged();
         return error;
     };
     Do(add, [this] { LoadQueueDisplay(); });

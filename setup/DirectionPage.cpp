@@ -3,6 +3,7 @@
 #include "setup/SetupRecords.h"
 #include "setup/ui_DirectionPage.h"
 #include "station/Station.h"
+#include "widgets/OutcomeBox.h"
 
 #include <QPointer>
 
@@ -45,28 +46,26 @@ void DirectionPage::ShowUnstored() {
     m_ui->lblUnstored->setVisible(Records().directions.IsChanged());
 }
 
-bool DirectionPage::UpdateDataDir() {
-    if (const Database::Error error = Records().directions.UpdateDataDir(TheStation().database)) {
-        Warn(*error);
-        return false;
+Outcome DirectionPage::UpdateDataDir() {
+    Outcome stored = TheStation().StoreDirections(Records().directions);
+    if (stored.IsDone()) {
+        ShowUnstored();
+        Records().NoteChange();
     }
-    if (const std::optional<qint16> count = TheStation().loaders.LoadDirections())
-        TheStation().installation->NumDirections = *count;
-    ShowUnstored();
-    Records().NoteChange();
-    return true;
+    return stored;
 }
 
 void DirectionPage::Update() {
-    if (UpdateDataDir())
-        TheStation().dialogs.ShowMessage(BoxKind::Plain, QStringLiteral("Update Done."));
+    const Outcome stored = UpdateDataDir();
+    TheStation().dialogs.ShowMessage(stored.kind, stored.text);
 }
 
 void DirectionPage::Reload() {
     SettleUnstored([page = QPointer(this)](bool settled) {
         if (!settled || !page)
             return;
-        page->TheStation().ReloadDirections().then([page] {
+        Dialogs& dialogs = page->TheStation().dialogs;
+        ShowOutcome(dialogs, page->TheStation().ReloadDirections()).then([page](const Outcome&) {
             if (page)
                 page->LoadDirectionGrid();
         });
@@ -85,6 +84,9 @@ void DirectionPage::SettleUnstored(const std::function<void(bool)>& done) {
             page->Records().directions.Clear();
             page->LoadDirectionGrid();
         }
-        done(!yes || page->UpdateDataDir());
+        const Outcome stored = yes ? page->UpdateDataDir() : Outcome::Done();
+        if (!stored.IsDone())
+            page->Warn(stored.text);
+        done(stored.IsDone());
     });
 }

@@ -31,7 +31,7 @@ protected:
 private:
     void Update();
     void Reload();
-    bool UpdateDataDir();
+    Outcome UpdateDataDir();
     void ShowUnstored();
 
     std::unique_ptr<Ui::DirectionPage> m_ui;

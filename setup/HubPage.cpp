@@ -3,6 +3,7 @@
 #include "setup/SetupRecords.h"
 #include "setup/ui_HubPage.h"
 #include "station/Station.h"
+#include "widgets/OutcomeBox.h"
 
 namespace {
 
@@ -98,5 +99,5 @@ void HubPage::RemoveAll() {
 
 void HubPage::Refresh() {
     Records().RequeryHubs();
-    TheStation().RefreshModel();
+    ShowOutcome(TheStation().dialogs, TheStation().RefreshModel());
 }

@@ -51,7 +51,7 @@ void ScanPlanPage::Remove() {
 
 void ScanPlanPage::Clear() {
     const auto clear = [this] {
-        return TheStation().database.IsOpen() ? Records().assignments.ClearPlan() : std::nullopt;
+        return TheStation().Store().IsOpen() ? Records().assignments.ClearPlan() : std::nullopt;
     };
     AskAndDo(BoxKind::Exclamation, QStringLiteral("Are you sure you want to delete all scan list?"), clear,
              [this] { Records().RequeryPlan(); });
@@ -59,7 +59,7 @@ void ScanPlanPage::Clear() {
 
 void ScanPlanPage::BuildAuto() {
     const auto build = [this]() -> Database::Error {
-        if (!TheStation().database.IsOpen())
+        if (!TheStation().Store().IsOpen())
             return std::nullopt;
         std::vector<qint32> ids;
         for (int row = 0; row < Records().rsDisplayList.RecordCount(); ++row)

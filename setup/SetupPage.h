@@ -1,7 +1,7 @@
 #pragma once
 
 #include "database/Database.h"
-#include "platform/Dialogs.h"
+#include "platform/Outcome.h"
 
 #include <QWidget>
 

@@ -100,29 +100,29 @@ GridSource ObjectList(const QString& where = {}) {
 } // namespace
 
 SetupRecords::SetupRecords(Station& station)
-    : rsQueue(station.database, {.table = QStringLiteral("Queue"), .order = QStringLiteral("q_Number")},
+    : rsQueue(station.Store(), {.table = QStringLiteral("Queue"), .order = QStringLiteral("q_Number")},
               ServiceColumns())
-    , rsDisplay(station.database, {.table = QStringLiteral("Display")}, ObjectColumns())
-    , rsDisplayList(station.database, ObjectList(), ObjectListColumns())
-    , rsQueueDisplay(station.database,
+    , rsDisplay(station.Store(), {.table = QStringLiteral("Display")}, ObjectColumns())
+    , rsDisplayList(station.Store(), ObjectList(), ObjectListColumns())
+    , rsQueueDisplay(station.Store(),
                      {.table = QStringLiteral("Queue-Display"),
                       .join = QStringLiteral("LEFT JOIN Queue ON [Queue-Display].q_Id = Queue.q_Id "
                                              "LEFT JOIN Display ON [Queue-Display].d_Id = Display.d_Id"),
                       .where = QStringLiteral("Queue.q_Id=?"),
                       .canAdd = false},
                      ServiceCounterColumns())
-    , rsPlanView(station.database,
+    , rsPlanView(station.Store(),
                  {.table = QStringLiteral("ScanPlan"),
                   .join = QStringLiteral("INNER JOIN Display ON Display.d_Id = ScanPlan.d_Id"),
                   .order = QStringLiteral("ScanPlan.[Order]"),
                   .canAdd = false,
                   .canRemove = false},
                  PlanColumns())
-    , rsHubs(station.database, ObjectList(QStringLiteral("Display.d_Type=3")), HubColumns())
-    , rsFreeCounters(station.database, ObjectList(QStringLiteral("Display.d_Type<>3 AND Display.d_HubId=0")),
+    , rsHubs(station.Store(), ObjectList(QStringLiteral("Display.d_Type=3")), HubColumns())
+    , rsFreeCounters(station.Store(), ObjectList(QStringLiteral("Display.d_Type<>3 AND Display.d_HubId=0")),
                      FreeCounterColumns())
-    , rsHubCounters(station.database, ObjectList(QStringLiteral("Display.d_HubId=?")), HubCounterColumns())
-    , assignments(station.database)
+    , rsHubCounters(station.Store(), ObjectList(QStringLiteral("Display.d_HubId=?")), HubCounterColumns())
+    , assignments(station.Store())
     , m_station(station) {
     rsQueueDisplay.SetValues({0});
     rsHubCounters.SetValues({QVariant()});
@@ -131,7 +131,7 @@ SetupRecords::SetupRecords(Station& station)
     connect(&m_changed, &QTimer::timeout, this, &SetupRecords::StoreChanged);
 
     for (const GridRecords* records : {&rsQueue, &rsDisplay, &rsPlanView})
-        connect(records, &GridModel::RecordsChanged, this, [this] { m_station.reload.DbChanged = true; });
+        connect(records, &GridModel::RecordsChanged, this, [this] { m_station.NoteStoreChanged(); });
     connect(&rsQueue, &GridModel::RecordsChanged, this, [this] { RequeryServiceCounters(); });
     connect(&rsDisplay, &GridModel::RecordsChanged, this, [this] {
         RequeryServiceCounters();
@@ -168,7 +168,7 @@ void SetupRecords::LoadHubCounters(qint32 hubId) {
 }
 
 void SetupRecords::LoadDirectionGrid() {
-    directions.LoadDirectionGrid(rsDisplay, *m_station.installation);
+    directions.LoadDirectionGrid(rsDisplay, m_station.Model());
 }
 
 void SetupRecords::RequeryServiceCounters() {

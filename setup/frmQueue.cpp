@@ -7,6 +7,7 @@
 #include "station/Station.h"
 #include "tickets/VniText.h"
 #include "widgets/DataGrid.h"
+#include "widgets/OutcomeBox.h"
 #include "widgets/WindowFonts.h"
 
 #include <QApplication>
@@ -70,8 +71,8 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     SetUpTicketMenus();
     connect(&m_station, &Station::BusyChanged, this, &frmQueue::ShowBusy);
     connect(&m_station, &Station::ProgressChanged, m_progress, &QLabel::setText);
-    connect(&m_station.line, &CommLine::StatusChanged, this, &frmQueue::SetCommStatus);
-    connect(&m_station.bus, &Bus::CharactersReceived, this, [this](const QByteArray& characters) {
+    connect(&m_station.Line(), &CommLine::StatusChanged, this, &frmQueue::SetCommStatus);
+    connect(&m_station.Master(), &Bus::CharactersReceived, this, [this](const QByteArray& characters) {
         for (const QChar character : ansi::Decode(characters))
             AddLog1(character);
     });
@@ -93,23 +94,27 @@ std::vector<SetupPage*> frmQueue::Pages() const {
 }
 
 void frmQueue::SetUpTicketMenus() {
-    PrinterFamily& family = m_station.forms.family;
-    const auto design = [this, &family](QAction* action, const std::function<void()>& choose) {
-        connect(action, &QAction::triggered, this, [this, &family, choose] {
-            family.PrinterZoneRich = family.PrinterT81 = false;
-            choose();
+    // The port of the printers stays as it was chosen last where an entry does not speak of it.
+    const auto choose = [this](bool zoneRich, bool t81, std::optional<bool> db25) {
+        const bool onDb25 = db25.value_or(m_station.Forms().family.PrinterDB25);
+        m_station.ChooseFamily({.PrinterZoneRich = zoneRich, .PrinterT81 = t81, .PrinterDB25 = onDb25});
+    };
+    const auto design = [this, choose](QAction* action, bool zoneRich, bool t81, std::optional<bool> db25) {
+        connect(action, &QAction::triggered, this, [this, choose, zoneRich, t81, db25] {
+            choose(zoneRich, t81, db25);
             if (DataGrid::CommitAll(*this))
                 Q_EMIT TicketDesignWanted();
         });
     };
-    design(m_ui->mnSetTicketZR, [&family] { family.PrinterZoneRich = true; });
-    design(m_ui->mnT81, [&family] { family.PrinterT81 = true; });
-    design(m_ui->mnPRPFB9, [&family] { family.PrinterDB25 = false; });
-    design(m_ui->mnPRPDB25, [&family] { family.PrinterDB25 = true; });
-    connect(m_ui->mnSetTicket, &QMenu::aboutToShow, this,
-            [&family] { family.PrinterZoneRich = family.PrinterT81 = false; });
-    connect(m_ui->mnVNIFontZR, &QAction::triggered, this, [this] { m_station.LoadVniFont(true); });
-    connect(m_ui->mnVNIFont, &QAction::triggered, this, [this] { m_station.LoadVniFont(false); });
+    design(m_ui->mnSetTicketZR, true, false, std::nullopt);
+    design(m_ui->mnT81, false, true, std::nullopt);
+    design(m_ui->mnPRPFB9, false, false, false);
+    design(m_ui->mnPRPDB25, false, false, true);
+    connect(m_ui->mnSetTicket, &QMenu::aboutToShow, this, [choose] { choose(false, false, std::nullopt); });
+    connect(m_ui->mnVNIFontZR, &QAction::triggered, this,
+            [this] { ShowOutcome(m_station.dialogs, m_station.LoadVniFont(true)); });
+    connect(m_ui->mnVNIFont, &QAction::triggered, this,
+            [this] { ShowOutcome(m_station.dialogs, m_station.LoadVniFont(false)); });
 }
 
 void frmQueue::SetUpGrids() {
@@ -169,7 +174,7 @@ void frmQueue::SetUpCheck() {
 }
 
 void frmQueue::ShowFindings() {
-    m_findings = m_station.check.FindFaults();
+    m_findings = m_station.FindFaults();
     // In place: a click that begins on a line must end on it.
     QListWidget& list = *m_ui->lstFindings;
     while (list.count() > static_cast<int>(m_findings.size()))
@@ -223,7 +228,7 @@ void frmQueue::AddLog1(const QString& text) {
 
 void frmQueue::Run(Operation operation) {
     if (DataGrid::CommitAll(*this))
-        (m_station.*operation)();
+        ShowOutcome(m_station.dialogs, (m_station.*operation)());
 }
 
 void frmQueue::ShowBusy(bool busy) {

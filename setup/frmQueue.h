@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Outcome.h"
 #include "station/InstallationCheck.h"
 #include "widgets/LinePanels.h"
 
@@ -56,7 +57,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    using Operation = QCoro::Task<> (Station::*)();
+    using Operation = QCoro::Task<Outcome> (Station::*)();
 
     /// Starts an operation of the station once what stands in open editors is written.
     void Run(Operation operation);

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "database/TicketArchive.h"
+#include "platform/Outcome.h"
 
 #include <QObject>
-
-class Dialogs;
 
 /// Deletes old tickets on the user's order, as typed into the window of data maintenance.
 class DataMaintenance : public QObject {
@@ -14,17 +13,15 @@ public:
     /// The references must outlive this.
     DataMaintenance(Database& database, Clock& clock, Dialogs& dialogs);
 
-    /// Deletes up to and including a year, after asking. @param year four digits; anything else is told and nothing is
-    /// deleted.
-    /// @return false if it is the year that was told.
-    QCoro::Task<bool> DeleteFromYear(QString year);
+    /// Deletes up to and including a year, after asking. @param year four digits; anything else is refused.
+    QCoro::Task<Outcome> DeleteFromYear(QString year);
 
     /// Deletes a range of days, after asking. @param from, to  as "dd/mm/yyyy"; an empty one leaves the range open at
-    /// that end (`to` then is today without its hours). What is no date is told and nothing is deleted.
-    QCoro::Task<> DeleteFromDays(QString from, QString to);
+    /// that end (`to` then is today without its hours). What is no date is refused.
+    QCoro::Task<Outcome> DeleteFromDays(QString from, QString to);
 
     /// A delete runs.
-    bool IsRunning() const { return m_running; }
+    bool IsRunning() const { return m_isRunning; }
 
     /// The day of "dd/mm/yyyy": day, month and a year of four digits between "/". Not valid for anything else.
     static QDate ReadDay(const QString& text);
@@ -36,13 +33,13 @@ Q_SIGNALS:
     void Progress(qint64 done, qint64 total);
 
 private:
-    /// Runs a delete and tells how it ended.
-    QCoro::Task<> Run(std::function<QCoro::Task<Database::Error>()> start);
-    QCoro::Task<> Tell(QString text);
+    using Work = std::function<QCoro::Task<Database::Error>()>;
+
+    QCoro::Task<Outcome> Run(Work work);
     TicketArchive::Progress OnProgress();
 
     Clock& m_clock;
     Dialogs& m_dialogs;
     TicketArchive m_archive;
-    bool m_running = false;
+    bool m_isRunning = false;
 };

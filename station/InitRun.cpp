@@ -1,7 +1,13 @@
 #include "station/InitRun.h"
 
+#include "core/Installation.h"
+#include "core/Options.h"
+#include "database/TicketRecords.h"
+#include "hubs/DeviceStart.h"
+#include "hubs/HubConfig.h"
 #include "platform/Clock.h"
-#include "station/Station.h"
+#include "printers/PrinterConfig.h"
+#include "printers/TicketForms.h"
 
 #include <algorithm>
 
@@ -19,70 +25,66 @@ QString NameOf(const model::QObject& object) {
 
 } // namespace
 
-InitRun::InitRun(Station& station)
-    : m_station(station) {}
+InitRun::InitRun(const Parts& parts)
+    : m_parts(parts) {}
 
 QCoro::Task<bool> InitRun::InitCounter(qint16 object) {
-    model::QObject& counter = m_station.installation->QObjects[static_cast<std::size_t>(object)];
-    const model::TicketEntry ticket = m_station.tickets.GetLastTicket(counter.Number);
+    model::QObject& counter = m_parts.installation.Object(object);
+    const model::TicketEntry ticket = m_parts.tickets.GetLastTicket(counter.Number);
     bool answered = false;
-    if (counter.HubId == 0) {
-        answered = co_await m_station.starts.SetCounterNumber(object, ticket.TicketNo);
-    } else {
-        const QByteArray text = QByteArray::number(ticket.TicketNo);
-        answered = co_await m_station.starts.SetHubCounterNumber(object, text);
-    }
+    if (counter.HubId == 0)
+        answered = co_await m_parts.starts.SetCounterNumber(object, ticket.TicketNo);
+    else
+        answered = co_await m_parts.starts.SetHubCounterNumber(object, QByteArray::number(ticket.TicketNo));
     counter.CurrentTicket = ticket;
     co_return answered;
 }
 
 QCoro::Task<bool> InitRun::InitPrinter(qint16 object) {
-    const bool answered = co_await m_station.starts.PrinterTime(object);
-    co_await m_station.clock.DelayMilliseconds(AfterPrinter);
-    if (m_station.options.SendConfigOnStart) {
-        co_await m_station.printers.SendPrinterConfig(object, false);
-        co_await m_station.forms.SendStoredForm(object);
+    const bool answered = co_await m_parts.starts.PrinterTime(object);
+    co_await m_parts.clock.DelayMilliseconds(AfterPrinter);
+    if (m_parts.options.SendConfigOnStart) {
+        co_await m_parts.printers.SendPrinterConfig(object, false);
+        co_await m_parts.forms.SendStoredForm(object);
+    }
+    co_return answered;
+}
+
+QCoro::Task<bool> InitRun::InitObject(qint16 object) {
+    bool answered = true;
+    switch (m_parts.installation.Object(object).Type) {
+    case model::Counter:
+        answered = co_await InitCounter(object);
+        break;
+    case model::Printer:
+        answered = co_await InitPrinter(object);
+        break;
+    case model::Display:
+        answered = co_await m_parts.starts.SetInfoText(object, {});
+        break;
+    case model::Hub:
+        co_await m_parts.hubs.SendHubMembers(object);
+        break;
     }
     co_return answered;
 }
 
 QCoro::Task<bool> InitRun::InitQObjects() {
-    const model::Installation& installation = *m_station.installation;
+    const model::Installation& installation = m_parts.installation;
     Q_EMIT presetGauge(0, std::max<int>(installation.NumObjects, 1));
-    co_await m_station.starts.BroadcastReset();
-    co_await m_station.clock.DelayMilliseconds(AfterReset);
-    bool all = true;
-    Silent.clear();
+    co_await m_parts.starts.BroadcastReset();
+    co_await m_parts.clock.DelayMilliseconds(AfterReset);
+    m_silent.clear();
     for (qint16 i = 0; i < installation.NumObjects; ++i) {
-        bool answered = true;
-        const QByteArray noText;
-        switch (installation.QObjects[static_cast<std::size_t>(i)].Type) {
-        case model::Counter:
-            answered = co_await InitCounter(i);
-            break;
-        case model::Printer:
-            answered = co_await InitPrinter(i);
-            break;
-        case model::Display:
-            answered = co_await m_station.starts.SetInfoText(i, noText);
-            break;
-        case model::Hub:
-            co_await m_station.hubs.SendHubMembers(i);
-            break;
-        default:
-            break;
-        }
-        all = all && answered;
+        const bool answered = co_await InitObject(i);
         if (!answered)
-            Silent += NameOf(installation.QObjects[static_cast<std::size_t>(i)]);
-        if (CancelInit)
+            m_silent += NameOf(installation.Object(i));
+        if (m_isCancelled)
             break;
         Q_EMIT UpdateGauge(i + 1);
-        co_await m_station.clock.DelayMilliseconds(AfterObject);
+        co_await m_parts.clock.DelayMilliseconds(AfterObject);
     }
-    co_await m_station.clock.DelaySeconds(AtTheEnd);
+    co_await m_parts.clock.DelaySeconds(AtTheEnd);
     Q_EMIT closeGauge();
-    if (!CancelInit)
-        m_station.run.SetRunning(true);
-    co_return all;
+    co_return m_silent.isEmpty();
 }

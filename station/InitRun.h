@@ -5,7 +5,17 @@
 
 #include <qcoro/qcorotask.h>
 
-class Station;
+class Clock;
+class DeviceStart;
+class HubConfig;
+class PrinterConfig;
+class TicketForms;
+class TicketRecords;
+struct Options;
+
+namespace model {
+struct Installation;
+}
 
 /// The initialization run: brings every device of the installation into a known state, in object order.
 ///
@@ -15,19 +25,30 @@ class InitRun : public QObject {
     Q_OBJECT
 
 public:
-    /// @param station owns the run.
-    explicit InitRun(Station& station);
+    /// What the run works with; all must outlive it.
+    struct Parts {
+        model::Installation& installation;
+        const Options& options;
+        TicketRecords& tickets;
+        DeviceStart& starts;
+        HubConfig& hubs;
+        PrinterConfig& printers;
+        TicketForms& forms;
+        Clock& clock;
+    };
 
-    /// Set to end a run, and the reset of all devices, after the object that is at work. Nothing but the start of the
-    /// program clears it.
-    bool CancelInit = false;
+    explicit InitRun(const Parts& parts);
+
+    /// Ends a run, and the reset of all devices, after the object that is at work, and every later one after its first
+    /// object: nothing but the start of the program takes it back.
+    void Cancel() { m_isCancelled = true; }
+    bool IsCancelled() const { return m_isCancelled; }
 
     /// Names of the counters, printers and displays that did not answer in the last run, and which of them stand behind
     /// a hub.
-    QStringList Silent;
+    const QStringList& Silent() const { return m_silent; }
 
-    /// Runs over all objects, and starts the system at the end unless it is cancelled. Takes at least 2.25 s, 0.1 s an
-    /// object, and 1.5 s more a printer.
+    /// Runs over all objects. Takes at least 2.25 s, 0.1 s an object, and 1.5 s more a printer.
     /// @return true if every counter, printer and display answered.
     QCoro::Task<bool> InitQObjects();
 
@@ -38,8 +59,11 @@ Q_SIGNALS:
     void closeGauge();
 
 private:
+    QCoro::Task<bool> InitObject(qint16 object);
     QCoro::Task<bool> InitCounter(qint16 object);
     QCoro::Task<bool> InitPrinter(qint16 object);
 
-    Station& m_station;
+    Parts m_parts;
+    bool m_isCancelled = false;
+    QStringList m_silent;
 };

@@ -1,39 +1,47 @@
 #include "station/Station.h"
 
+#include "database/DirectionMatrix.h"
 #include "platform/Clock.h"
-#include "platform/Dialogs.h"
+#include "platform/Ended.h"
+#include "platform/LeadingNumber.h"
 #include "platform/VoiceChannel.h"
+
+#include <QFileInfo>
 
 #include <limits>
 
 namespace {
 
 constexpr qint16 FirstTicketNumber = 1001; ///< after a reset of the system
+constexpr qint16 SendingCheck = 50;        ///< milliseconds between looks at the line while ending
+constexpr int LongestEndingWait = 60;      ///< such looks: 3.0 seconds
+
+QString AutoDeleteSection() {
+    return QStringLiteral("AutoDelete");
+}
+
+Outcome Busy() {
+    return Outcome::Refused(QStringLiteral("Devices are being configured. Please try again when this is done."));
+}
+
+Outcome Closed() {
+    return Outcome::Failed(QStringLiteral("Can't open Queue database!"));
+}
+
+Outcome Answered(bool answered) {
+    return answered ? Outcome::Done(BoxKind::Plain, QStringLiteral("True"))
+                    : Outcome::Failed(QStringLiteral("False"), BoxKind::Plain);
+}
+
+/// The outcome of an operation that says that it is done, whoever answered.
+Outcome Said(bool all, BoxKind kind, const QString& text) {
+    return all ? Outcome::Done(kind, text) : Outcome::Failed(text, kind);
+}
 
 } // namespace
 
-/// Marks the station busy for as long as it lives.
-class Station::Operation {
-public:
-    explicit Operation(Station& station)
-        : m_station(station) {
-        m_station.m_busy = true;
-        Q_EMIT m_station.BusyChanged(true);
-    }
-    Operation(const Operation&) = delete;
-    Operation& operator=(const Operation&) = delete;
-    ~Operation() {
-        m_station.m_busy = false;
-        Q_EMIT m_station.ProgressChanged(QString());
-        Q_EMIT m_station.BusyChanged(m_station.IsBusy());
-    }
-
-private:
-    Station& m_station;
-};
-
-Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDialogs)
-    : ProgramFolder(std::move(programFolder))
+Station::Station(const ProgramFolders& folders, Clock& stationClock, Dialogs& stationDialogs)
+    : ProgramFolder(folders.user)
     , clock(stationClock)
     , dialogs(stationDialogs)
     , log(ProgramFolder, clock)
@@ -46,11 +54,12 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     , hubs(bus, *installation)
     , clocks(bus, *installation, clock)
     , starts(bus, router, *installation, options, clock)
-    , hubOption(clocks, options, ini, dialogs)
+    , hubOption(clocks, options, ini)
     , database(ProgramFolder, ini, log, clock)
     , tickets(database, *installation, log)
     , loaders(database, tickets, *installation, options, log)
     , reload(database, loaders, tickets, *installation, log)
+    , takeover(dialogs, log, folders.install + QStringLiteral("/JetImport"))
     , printers(
           ProgramFolder, *installation, router, clock,
           [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log)
@@ -58,8 +67,10 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
           ProgramFolder, *installation, router, clock, dialogs, ini,
           [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log)
     , check(database, tickets, options, clock)
-    , run(*this)
-    , init(*this) {
+    , run(*installation, options, bus, line, clock)
+    , init({*installation, options, tickets, starts, hubs, printers, forms, clock})
+    , maintenance(database, clock, dialogs)
+    , console(bus, *installation, options, clock, dialogs) {
     reload.OnRefreshed = [this] { Q_EMIT ModelChanged(); };
     connect(&printers, &PrinterConfig::Progress, this, [this](const QString& printerName, int done, int total) {
         Q_EMIT ProgressChanged(tr("Printer %1: %2 of %3").arg(printerName).arg(done).arg(total));
@@ -69,243 +80,91 @@ Station::Station(QString programFolder, Clock& stationClock, Dialogs& stationDia
     connect(&forms.fonts, &FontTransfer::Progress, this, [this](const QString& printerName, int done, int total) {
         Q_EMIT ProgressChanged(tr("Printer %1: letters, %2 of %3").arg(printerName).arg(done).arg(total));
     });
-    connect(&forms, &TicketForms::RunningChanged, this, [this](bool running) {
-        // A form that an operation of the station sends is only a part of it.
-        if (!running && !m_busy)
-            Q_EMIT ProgressChanged(QString());
-        Q_EMIT BusyChanged(running || m_busy);
-    });
 }
 
 Station::~Station() {
     Close();
 }
 
+QCoro::Task<Outcome> Station::Alone(Work work) {
+    if (m_isBusy)
+        co_return Busy();
+    m_isBusy = true;
+    Q_EMIT BusyChanged(true);
+    Outcome outcome = Outcome::Cancelled();
+    try {
+        outcome = co_await work();
+    } catch (const Ended&) {
+    }
+    m_isBusy = false;
+    Q_EMIT ProgressChanged(QString());
+    Q_EMIT BusyChanged(false);
+    co_return outcome;
+}
+
+// Start and end.
+
+QCoro::Task<> Station::ReadSettings() {
+    log.WriteLog(QStringLiteral("-"));
+    log.WriteLog(QStringLiteral("---System Startup---"));
+    options = ReadOptions(ini, log);
+    log.WriteLog(QStringLiteral("---System Initialize.."));
+    line.LoadCommSettings();
+    co_await forms.LoadLetters();
+    log.WriteLog(QStringLiteral("before DBOpen.."));
+}
+
+QString Station::OfferedStore() {
+    const QString path = ProgramFolder + QStringLiteral("/Harbinet.mdb");
+    if (!QFileInfo::exists(path)) {
+        if (const std::optional<QString> error = Database::CreateEmpty(path))
+            log.WriteLog(QStringLiteral("%1 could not be made: %2").arg(path, *error), EventLog::Error);
+    }
+    return path;
+}
+
+QCoro::Task<bool> Station::PrepareStore(QString path) {
+    return takeover.Prepare(path);
+}
+
+Outcome Station::OpenStore(const QString& store) {
+    database.OpenDatabase(store);
+    reload.ReloadAll();
+    bus.ResetSequenceNumbers();
+    if (const std::optional<qint16> next = tickets.RecoverTickets())
+        installation->LastTicketNumber = *next;
+    return database.IsOpen() ? Outcome::Done() : Outcome::Failed(database.OpenError());
+}
+
+QCoro::Task<Outcome> Station::Start(QString store) {
+    const Outcome outcome = OpenStore(store);
+    Q_EMIT Loaded();
+    const bool opened = co_await line.OpenPort();
+    line.SetCommStatus(line.Settings.CommDevice, line.Settings.CommBaud, opened);
+    log.WriteLog(opened ? QStringLiteral("Initialize system..") : QStringLiteral("No COM to Initialize system."));
+    Q_EMIT Ready();
+    log.WriteLog(QStringLiteral("End initialize."));
+    co_return outcome;
+}
+
+QCoro::Task<> Station::End() {
+    if (std::exchange(m_isEnding, true))
+        co_return;
+    run.Stop();
+    for (int look = 0; look < LongestEndingWait && bus.Sending(); ++look)
+        co_await clock.DelayMilliseconds(SendingCheck);
+    CloseVoice();
+    Close();
+    database.CloseDatabase();
+    database.BackupDatabase();
+}
+
 void Station::Close() {
-    Q_EMIT Closing();
     // Boxes first: what fails because of the end must not open one.
     dialogs.Close();
     bus.Close();
     clock.Close();
-}
-
-QCoro::Task<> Station::ExplainBusy() {
-    const QString running = QStringLiteral("Devices are being configured. Please try again when this is done.");
-    co_await dialogs.ShowMessage(BoxKind::Exclamation, running);
-}
-
-QCoro::Task<> Station::ExplainClosed() {
-    const QString closed = QStringLiteral("Can't open Queue database!");
-    co_await dialogs.ShowMessage(BoxKind::Exclamation, closed);
-}
-
-QCoro::Task<bool> Station::ReloadOrExplain() {
-    if (IsBusy()) {
-        co_await ExplainBusy();
-        co_return false;
-    }
-    if (reload.ReloadAll() == Reload::Outcome::NoDatabase) {
-        co_await ExplainClosed();
-        co_return false;
-    }
-    Q_EMIT ModelChanged();
-    co_return true;
-}
-
-QCoro::Task<> Station::RefreshModel() {
-    co_await ReloadOrExplain();
-}
-
-QCoro::Task<> Station::ReloadDirections() {
-    if (IsBusy()) {
-        co_await ExplainBusy();
-        co_return;
-    }
-    const auto counters = loaders.ReadCounters();
-    const auto directions = loaders.ReadDirections();
-    if (!counters || !directions) {
-        co_await ExplainClosed();
-        co_return;
-    }
-    installation->NumObjects = loaders.TakeCounters(*counters);
-    installation->NumDirections = loaders.TakeDirections(*directions);
-    Q_EMIT ModelChanged();
-}
-
-QCoro::Task<> Station::ShowAnswered(bool answered) {
-    const QString text = answered ? QStringLiteral("True") : QStringLiteral("False");
-    co_await dialogs.ShowMessage(BoxKind::Plain, text);
-}
-
-QCoro::Task<> Station::TestConnect(std::optional<qint32> number, std::optional<qint32> address) {
-    if (address && (*address < 0 || *address > std::numeric_limits<quint8>::max()))
-        address.reset();
-    const qint16 object = installation->FindObjectByNumber(number.value_or(0));
-    // Only what is relayed by a hub goes to the address that the model knows.
-    const bool isRelayed = object >= 0 && installation->QObjects[static_cast<std::size_t>(object)].HubId != 0;
-    if (!address && (!number || (object >= 0 && !isRelayed))) {
-        const QString missing = QStringLiteral("This object has no address to ask.");
-        co_await dialogs.ShowMessage(BoxKind::Exclamation, missing);
-        co_return;
-    }
-    const auto busAddress = static_cast<quint8>(address.value_or(0));
-    if (!number) {
-        const QByteArray nothing;
-        const Reply reply = co_await bus.SendCommand(busAddress, 'P', nothing, Bus::DirectTimeout, 1);
-        co_await ShowAnswered(reply.ok);
-    }
-    std::optional<bool> answered;
-    if (object >= 0)
-        answered = co_await router.TestConnection(object, busAddress);
-    if (answered) {
-        co_await ShowAnswered(*answered);
-        co_return;
-    }
-    const QString unknown = QStringLiteral("Database not refresh, please restart application");
-    co_await dialogs.ShowMessage(BoxKind::Exclamation, unknown);
-}
-
-QCoro::Task<> Station::SetServiceConfig() {
-    const bool reloaded = co_await ReloadOrExplain();
-    if (!reloaded)
-        co_return;
-    co_await ConfigPrinters();
-}
-
-QCoro::Task<> Station::ConfigPrinters() {
-    if (IsBusy()) {
-        co_await ExplainBusy();
-        co_return;
-    }
-    bool all = false;
-    {
-        const Operation running(*this);
-        all = co_await printers.ConfigAllPrinters();
-    }
-    const BoxKind kind = all ? BoxKind::Information : BoxKind::Exclamation;
-    const QString outcome = all ? QStringLiteral("Set config to all objects OK.")
-                                : QStringLiteral("Error on setting config to all objects.");
-    co_await dialogs.ShowMessage(kind, outcome);
-}
-
-QCoro::Task<> Station::SetHubs() {
-    const bool reloaded = co_await ReloadOrExplain();
-    if (!reloaded)
-        co_return;
-    QString outcome = QStringLiteral("Set config to all HUBs OK.");
-    BoxKind kind = BoxKind::Information;
-    if (const std::vector<BlockFault> faults = BlockFaults(*installation); !faults.empty()) {
-        outcome = faults.front().text;
-        kind = BoxKind::Exclamation;
-    } else {
-        const Operation running(*this);
-        const bool all = co_await hubs.SetHubConfig();
-        if (!all) {
-            outcome = QStringLiteral("Error on setting config to HUB(s).");
-            kind = BoxKind::Exclamation;
-        }
-    }
-    co_await dialogs.ShowMessage(kind, outcome);
-}
-
-QCoro::Task<> Station::SetHubClocks() {
-    if (IsBusy()) {
-        co_await ExplainBusy();
-        co_return;
-    }
-    {
-        const Operation running(*this);
-        co_await clocks.SetHubTime();
-    }
-    const QString done = QStringLiteral("done.");
-    co_await dialogs.ShowMessage(BoxKind::Information, done);
-}
-
-QCoro::Task<> Station::SetPrinterClocks() {
-    if (IsBusy()) {
-        co_await ExplainBusy();
-        co_return;
-    }
-    {
-        const Operation running(*this);
-        co_await clocks.SetAllPrinterTimes();
-    }
-    const QString done = QStringLiteral(".Done");
-    co_await dialogs.ShowMessage(BoxKind::Plain, done);
-}
-
-QCoro::Task<> Station::LoadVniFont(bool zoneRich) {
-    if (IsBusy())
-        co_await ExplainBusy();
-    else
-        co_await forms.LoadVniFont(zoneRich);
-}
-
-QCoro::Task<bool> Station::InitAllObjects() {
-    if (IsBusy()) {
-        co_await ExplainBusy();
-        co_return false;
-    }
-    const Operation running(*this);
-    co_await init.InitQObjects();
-    co_return true;
-}
-
-QCoro::Task<> Station::InitHubs() {
-    if (IsBusy()) {
-        co_await ExplainBusy();
-        co_return;
-    }
-    {
-        const Operation running(*this);
-        for (qint16 i = 0; i < installation->NumObjects; ++i) {
-            const model::QObject& object = installation->QObjects[static_cast<std::size_t>(i)];
-            if (object.Type != model::Hub)
-                continue;
-            Q_EMIT ProgressChanged(tr("Setting %1").arg(object.Name));
-            const bool answered = co_await hubs.SendHubMembers(i);
-            if (answered)
-                continue;
-            const QString failed = QStringLiteral("Set config to Hub number: %1 fail.").arg(object.Number);
-            co_await dialogs.ShowMessage(BoxKind::Exclamation, failed);
-        }
-    }
-    const QString done = QStringLiteral("Init done.");
-    co_await dialogs.ShowMessage(BoxKind::Information, done);
-}
-
-QCoro::Task<> Station::ResetSystem() {
-    if (IsBusy()) {
-        co_await ExplainBusy();
-        co_return;
-    }
-    {
-        const Operation running(*this);
-        const std::function<bool()> isCancelled = [this] { return init.CancelInit; };
-        co_await starts.BroadcastResetAndTime(isCancelled);
-        // What cannot be deleted is in the log.
-        tickets.ClearTicketRecords();
-        for (model::QService& service : installation->LoadedServices()) {
-            service.WaitRing.ResetRing();
-            service.FlaggedRing.ResetRing();
-            service.NextNumber = service.Series + 1;
-        }
-        installation->LastTicketNumber = FirstTicketNumber;
-    }
-    const QString done = QStringLiteral("System reset done. Please restart Orvex.");
-    co_await dialogs.ShowMessage(BoxKind::Information, done);
-}
-
-QCoro::Task<> Station::ActiveAll() {
-    run.ResetObjects();
-    const QString marked = QStringLiteral("All queue objects are marked as active.");
-    co_await dialogs.ShowMessage(BoxKind::Information, marked);
-}
-
-QCoro::Task<> Station::RefreshIfChanged() {
-    if (IsBusy() || !reload.DbChanged)
-        co_return;
-    co_await reload.RefreshIfChanged(dialogs);
+    takeover.Close();
 }
 
 void Station::CloseVoice() {
@@ -316,4 +175,215 @@ void Station::CloseVoice() {
         voice::PostToVoice(Closing, 0);
     else if (options.VoiceType == Net)
         log.WriteLog(QStringLiteral("Closing voice:localnet Not support!"), EventLog::Error);
+}
+
+// Operations on the model.
+
+Outcome Station::Reloaded() {
+    if (reload.ReloadAll() == Reload::Outcome::NoDatabase)
+        return Closed();
+    Q_EMIT ModelChanged();
+    return Outcome::Done();
+}
+
+QCoro::Task<Outcome> Station::RefreshModel() {
+    co_return m_isBusy ? Busy() : Reloaded();
+}
+
+QCoro::Task<Outcome> Station::ReloadDirections() {
+    if (m_isBusy)
+        co_return Busy();
+    const auto counters = loaders.ReadCounters();
+    const auto directions = loaders.ReadDirections();
+    if (!counters || !directions)
+        co_return Closed();
+    installation->NumObjects = loaders.TakeCounters(*counters);
+    installation->NumDirections = loaders.TakeDirections(*directions);
+    Q_EMIT ModelChanged();
+    co_return Outcome::Done();
+}
+
+Outcome Station::StoreDirections(DirectionMatrix& directions) {
+    if (const Database::Error error = directions.UpdateDataDir(database))
+        return Outcome::Failed(*error);
+    if (const std::optional<qint16> count = loaders.LoadDirections())
+        installation->NumDirections = *count;
+    return Outcome::Done(BoxKind::Plain, QStringLiteral("Update Done."));
+}
+
+QCoro::Task<> Station::RefreshIfChanged() {
+    if (m_isBusy || !reload.DbChanged)
+        co_return;
+    co_await reload.RefreshIfChanged(dialogs);
+}
+
+QCoro::Task<Outcome> Station::ActiveAll() {
+    run.ResetObjects();
+    co_return Outcome::Done(BoxKind::Information, QStringLiteral("All queue objects are marked as active."));
+}
+
+void Station::ActivateObject(qint16 object) {
+    model::QObject& activated = installation->Object(object);
+    if (activated.State == 0)
+        activated.Changed = true;
+}
+
+void Station::MarkDrawn() {
+    for (model::QObject& object : installation->LoadedObjects())
+        object.Dirty = true;
+}
+
+// Operations on devices.
+
+QCoro::Task<Outcome> Station::TestConnect(std::optional<qint32> number, std::optional<qint32> address) {
+    if (address && (*address < 0 || *address > std::numeric_limits<quint8>::max()))
+        address.reset();
+    const qint16 object = installation->FindObjectByNumber(number.value_or(0));
+    // Only what is relayed by a hub goes to the address that the model knows.
+    const bool isRelayed = object >= 0 && installation->Object(object).HubId != 0;
+    if (!address && (!number || (object >= 0 && !isRelayed)))
+        co_return Outcome::Refused(QStringLiteral("This object has no address to ask."));
+    const auto busAddress = static_cast<quint8>(address.value_or(0));
+    if (!number) {
+        const Reply reply = co_await bus.SendCommand(busAddress, 'P', {}, Bus::DirectTimeout, 1);
+        const Outcome direct = Answered(reply.ok);
+        co_await dialogs.ShowMessage(direct.kind, direct.text);
+    }
+    std::optional<bool> answered;
+    if (object >= 0)
+        answered = co_await router.TestConnection(object, busAddress);
+    if (answered)
+        co_return Answered(*answered);
+    co_return Outcome::Failed(QStringLiteral("Database not refresh, please restart application"));
+}
+
+QCoro::Task<Outcome> Station::LoadPrinters() {
+    const bool all = co_await printers.ConfigAllPrinters();
+    co_return all ? Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all objects OK."))
+                  : Outcome::Failed(QStringLiteral("Error on setting config to all objects."));
+}
+
+QCoro::Task<Outcome> Station::ConfigPrinters() {
+    return Alone([this] { return LoadPrinters(); });
+}
+
+QCoro::Task<Outcome> Station::SetServiceConfig() {
+    return Alone([this]() -> QCoro::Task<Outcome> {
+        const Outcome reloaded = Reloaded();
+        if (!reloaded.IsDone())
+            co_return reloaded;
+        co_return co_await LoadPrinters();
+    });
+}
+
+QCoro::Task<Outcome> Station::SetHubs() {
+    return Alone([this]() -> QCoro::Task<Outcome> {
+        const Outcome reloaded = Reloaded();
+        if (!reloaded.IsDone())
+            co_return reloaded;
+        if (const std::vector<BlockFault> faults = BlockFaults(*installation); !faults.empty())
+            co_return Outcome::Refused(faults.front().text);
+        const bool all = co_await hubs.SetHubConfig();
+        co_return all ? Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."))
+                      : Outcome::Failed(QStringLiteral("Error on setting config to HUB(s)."));
+    });
+}
+
+QCoro::Task<Outcome> Station::InitHubs() {
+    return Alone([this]() -> QCoro::Task<Outcome> {
+        Outcome outcome = Outcome::Done(BoxKind::Information, QStringLiteral("Init done."));
+        for (const qint16 hub : installation->ObjectsOf(model::Hub)) {
+            const model::QObject& object = installation->Object(hub);
+            Q_EMIT ProgressChanged(tr("Setting %1").arg(object.Name));
+            const bool answered = co_await hubs.SendHubMembers(hub);
+            if (answered)
+                continue;
+            outcome.end = Outcome::End::Failed;
+            outcome.silent += object.Name;
+            co_await dialogs.ShowMessage(BoxKind::Exclamation,
+                                         QStringLiteral("Set config to Hub number: %1 fail.").arg(object.Number));
+        }
+        co_return outcome;
+    });
+}
+
+QCoro::Task<Outcome> Station::SetHubClocks() {
+    return Alone([this]() -> QCoro::Task<Outcome> {
+        const bool all = co_await clocks.SetHubTime();
+        co_return Said(all, BoxKind::Information, QStringLiteral("done."));
+    });
+}
+
+QCoro::Task<Outcome> Station::SetPrinterClocks() {
+    return Alone([this]() -> QCoro::Task<Outcome> {
+        const bool all = co_await clocks.SetAllPrinterTimes();
+        co_return Said(all, BoxKind::Plain, QStringLiteral(".Done"));
+    });
+}
+
+QCoro::Task<Outcome> Station::SetHubCounter(QString typed) {
+    return Alone([this, typed] { return hubOption.Apply(typed); });
+}
+
+QCoro::Task<Outcome> Station::InitAllObjects() {
+    return Alone([this]() -> QCoro::Task<Outcome> {
+        const bool all = co_await init.InitQObjects();
+        if (!init.IsCancelled())
+            run.SetRunning(true);
+        Outcome outcome = init.IsCancelled() ? Outcome::Cancelled() : Said(all, BoxKind::Plain, {});
+        outcome.silent = init.Silent();
+        co_return outcome;
+    });
+}
+
+QCoro::Task<Outcome> Station::ResetSystem() {
+    return Alone([this]() -> QCoro::Task<Outcome> {
+        const std::function<bool()> isCancelled = [this] { return init.IsCancelled(); };
+        co_await starts.BroadcastResetAndTime(isCancelled);
+        // What cannot be deleted is in the log.
+        tickets.ClearTicketRecords();
+        for (model::QService& service : installation->LoadedServices()) {
+            service.WaitRing.ResetRing();
+            service.FlaggedRing.ResetRing();
+            service.NextNumber = service.Series + 1;
+        }
+        installation->LastTicketNumber = FirstTicketNumber;
+        co_return Outcome::Done(BoxKind::Information, QStringLiteral("System reset done. Please restart Orvex."));
+    });
+}
+
+QCoro::Task<Outcome> Station::LoadVniFont(bool zoneRich) {
+    return Alone([this, zoneRich]() -> QCoro::Task<Outcome> {
+        co_await forms.LoadVniFont(zoneRich);
+        co_return Outcome::Done();
+    });
+}
+
+// Settings.
+
+QCoro::Task<bool> Station::ChoosePort(QString name, QString baud) {
+    return line.ChoosePort(name, baud);
+}
+
+void Station::UsePort(const QString& name, const QString& baud) {
+    line.Settings.CommDevice = line.Settings.CommName = name;
+    line.Settings.CommBaud = baud;
+}
+
+Outcome Station::SaveOptions(const Options& edited, const QString& resetAt) {
+    options = edited;
+    options.ResetAt = ResetTime(resetAt);
+    if (WriteOptions(options, resetAt, ini))
+        return Outcome::Done();
+    return Outcome::Failed(tr("The settings could not be written to %1.").arg(ini.IniPath));
+}
+
+void Station::SetAutoDelete(bool isOn) {
+    options.AutoDeleteEnable = isOn;
+    ini.WriteIni(AutoDeleteSection(), QStringLiteral("Enable"), isOn ? QStringLiteral("yes") : QStringLiteral("no"));
+}
+
+void Station::SetAutoDeleteYear(const QString& year) {
+    options.AutoDeleteFromYear = QString::number(number::LeadingDecimal(year));
+    ini.WriteIni(AutoDeleteSection(), QStringLiteral("FromYear"), year);
 }

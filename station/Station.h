@@ -5,6 +5,7 @@
 #include "core/Installation.h"
 #include "core/Options.h"
 #include "database/Database.h"
+#include "database/JetTakeover.h"
 #include "database/Loaders.h"
 #include "database/Reload.h"
 #include "database/TicketRecords.h"
@@ -16,35 +17,196 @@
 #include "link/Bus.h"
 #include "link/BusTrace.h"
 #include "link/CommLine.h"
+#include "platform/Outcome.h"
 #include "platform/SerialControl.h"
 #include "printers/PrinterConfig.h"
 #include "printers/TicketForms.h"
+#include "station/DataMaintenance.h"
 #include "station/InitRun.h"
 #include "station/InstallationCheck.h"
+#include "station/ProgramFolders.h"
 #include "station/RunControl.h"
+#include "station/TestConsole.h"
 
 #include <QObject>
 
 class Clock;
 class Dialogs;
+class DirectionMatrix;
 
-/// The program without its windows: owns settings, model, line, database and the operations on them. Made once, at
-/// start.
+/// The program without its windows: owns settings, model, line, database and the operations on them. Made once, by a
+/// front end.
 ///
-/// A window gets a reference, starts operations and listens to signals; it may go away while an operation runs.
+/// A front end looks at what is const here, starts operations and listens to signals; it writes no state of the station
+/// itself. An operation gives an `Outcome`, whose box the front end shows; questions and messages in the middle of one
+/// go through `Dialogs`. Those that configure devices run one at a time: while one of them runs (`IsBusy`), a second
+/// one is refused, and so is a reload of the model. The end of the program ends an operation where it stands.
 class Station : public ::QObject {
     Q_OBJECT
 
 public:
-    /// @param programFolder the folder of settings, log, backups and data files.
     /// @param clock, dialogs  must outlive the station.
-    Station(QString programFolder, Clock& clock, Dialogs& dialogs);
+    Station(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs);
     ~Station() override;
 
+    /// The folder of settings, log, backups and data files.
     const QString ProgramFolder;
     Clock& clock;
     Dialogs& dialogs;
 
+    // What there is to see.
+
+    const model::Installation& Model() const { return *installation; }
+    const Options& Settings() const { return options; }
+    const CommLine& Line() const { return line; }
+    const Bus& Master() const { return bus; }
+    const DeviceStart& Starts() const { return starts; }
+    const RunControl& Run() const { return run; }
+    const InitRun& Init() const { return init; }
+    /// What the store holds that cannot be loaded or sent.
+    std::vector<Finding> FindFaults() { return check.FindFaults(); }
+
+    EventLog& Log() { return log; }
+    /// The frames of the line; its reader may empty it.
+    BusTrace& Trace() { return trace; }
+    /// The store, for the grids and the links that an installer edits. Whoever changes it calls `NoteStoreChanged` or
+    /// an operation that reloads.
+    Database& Store() { return database; }
+    /// Ticket forms as documents: options, compilation, files. Sending them is an operation of the station.
+    TicketForms& Forms() { return forms; }
+    TestConsole& Console() { return console; }
+    DataMaintenance& Maintenance() { return maintenance; }
+
+    // Start and end.
+
+    /// Begins the log and reads the settings and the letters; what is wrong with the letter files is shown in boxes.
+    /// Comes before everything else.
+    QCoro::Task<> ReadSettings();
+
+    /// Makes a file that the user chose ready to be opened, see `JetTakeover::Prepare`.
+    QCoro::Task<bool> PrepareStore(QString path);
+
+    /// The store that is offered at the start, Harbinet.mdb of the program folder; an empty one is made where it is
+    /// missing. What goes wrong with that is logged.
+    QString OfferedStore();
+
+    /// Opens the store and loads the model. @return failed if it cannot be opened, with the reason; the station then runs
+    /// without a store.
+    Outcome OpenStore(const QString& store);
+
+    /// Opens the store, loads the model and opens the line. Emits `Loaded` and `Ready` on the way. @return like
+    /// `OpenStore`; what is wrong with the line is shown in a box.
+    QCoro::Task<Outcome> Start(QString store);
+
+    /// Ends the station: waits up to 3 seconds for the command on the line, ends every operation, tells the voice
+    /// program, closes the store and backs it up. Nothing can be started afterwards. A second call does nothing.
+    QCoro::Task<> End();
+
+    // Operations on the model.
+
+    /// Reloads the model for the setup window's refresh. Refused while an operation runs, failed with the store closed:
+    /// the model then stays.
+    QCoro::Task<Outcome> RefreshModel();
+
+    /// Reads objects and directions anew, without first services and hub table; the objects' rings are empty after it.
+    /// Ends like `RefreshModel` where it cannot be done.
+    QCoro::Task<Outcome> ReloadDirections();
+
+    /// Stores a matrix of directions and loads it into the model.
+    Outcome StoreDirections(DirectionMatrix& directions);
+
+    /// The store is ahead of the model: `RefreshIfChanged` will read it.
+    void NoteStoreChanged() { reload.DbChanged = true; }
+
+    /// Brings the model up to date if the setup window has changed the store, as far as that is possible while the
+    /// system runs. While an operation reads the model nothing happens, and the change is still to be taken.
+    QCoro::Task<> RefreshIfChanged();
+
+    /// Marks all objects as active.
+    QCoro::Task<Outcome> ActiveAll();
+    /// Marks one object as active, unless its state says otherwise. @param object index in `QObjects`.
+    void ActivateObject(qint16 object);
+    /// The map has drawn all objects.
+    void MarkDrawn();
+
+    // Operations on devices.
+
+    /// Asks an object for a sign of life; the outcome's text says whether it answered ("True", "False"), or that the
+    /// model does not know it. May run beside another operation.
+    /// @param number   its number, by which the model knows it; without one its address is asked first.
+    /// @param address  its address; nothing is sent without one.
+    QCoro::Task<Outcome> TestConnect(std::optional<qint32> number, std::optional<qint32> address);
+
+    /// Reloads the model and loads every printer.
+    QCoro::Task<Outcome> SetServiceConfig();
+
+    /// Loads every printer from the model as it stands.
+    QCoro::Task<Outcome> ConfigPrinters();
+
+    /// Reloads the model and sends the configuration block to every hub. What the block cannot carry is the outcome's
+    /// text, and nothing is sent.
+    QCoro::Task<Outcome> SetHubs();
+
+    /// Sends every hub its member list, names each that fails in a box, and says that it is done, whatever the outcome.
+    QCoro::Task<Outcome> InitHubs();
+
+    /// Sets the clocks of all hubs, of all printers, and says that it is done, whoever answered.
+    QCoro::Task<Outcome> SetHubClocks();
+    QCoro::Task<Outcome> SetPrinterClocks();
+
+    /// Sends the hubs' counter option as typed, and saves it if all answered; see `HubOption`.
+    QCoro::Task<Outcome> SetHubCounter(QString typed);
+
+    /// Runs the initialization over all objects and starts the system. The outcome names who was silent and has no
+    /// text.
+    QCoro::Task<Outcome> InitAllObjects();
+    /// Ends the initialization, and every later one and every reset, after the object that is at work.
+    void CancelInit() { init.Cancel(); }
+
+    /// Resets all devices, forgets all tickets, lets all numbers begin anew, and says so. Asks nothing.
+    QCoro::Task<Outcome> ResetSystem();
+
+    /// Starts or stops the system.
+    void SetRunning(bool running) { run.SetRunning(running); }
+
+    // Ticket forms.
+
+    void ChooseFamily(const PrinterFamily& family) { forms.family = family; }
+
+    /// Loads letters into every printer and says that it is done. @param zoneRich sets the family of printers.
+    QCoro::Task<Outcome> LoadVniFont(bool zoneRich);
+
+    // Settings.
+
+    /// Takes another port and speed: saves them and opens the line.
+    QCoro::Task<bool> ChoosePort(QString name, QString baud);
+    /// Takes them for this run only, before `Start`.
+    void UsePort(const QString& name, const QString& baud);
+    void CloseLine() { line.CloseComm(); }
+
+    /// Takes edited options into memory and writes them. @param resetAt the time of the reset, as the user typed it.
+    Outcome SaveOptions(const Options& edited, const QString& resetAt);
+    /// The two settings of the automatic delete, each written at once. @param year as the user typed it.
+    void SetAutoDelete(bool isOn);
+    void SetAutoDeleteYear(const QString& year);
+
+Q_SIGNALS:
+    /// The store is open and the model loaded; the line comes next.
+    void Loaded();
+    /// The start is through: the first window is to be shown.
+    void Ready();
+    /// Services or objects have been read anew.
+    void ModelChanged();
+    /// Comes exactly when `IsBusy` changes.
+    void BusyChanged(bool busy);
+    /// What the running operation is at, for the status bar; empty when it has ended.
+    void ProgressChanged(const QString& text);
+
+public:
+    /// An operation that configures devices runs.
+    bool IsBusy() const { return m_isBusy; }
+
+protected:
     EventLog log;
     IniUtility ini;
     Options options;
@@ -64,87 +226,30 @@ public:
     TicketRecords tickets;
     Loaders loaders;
     Reload reload;
+    JetTakeover takeover;
 
     PrinterConfig printers;
     TicketForms forms;
     InstallationCheck check;
     RunControl run;
     InitRun init;
+    DataMaintenance maintenance;
+    TestConsole console;
 
-    /// An operation that reads the model over a longer time runs. `RefreshModel` and further such operations are
-    /// refused meanwhile, so that no device gets what was meant for another.
-    bool IsBusy() const { return m_busy || forms.IsRunning(); }
-
-    /// Reloads the model for the setup window's refresh. With the database closed, or while an operation runs, a box
-    /// says so and the model stays.
-    QCoro::Task<> RefreshModel();
-
-    /// Reads objects and directions anew, without first services and hub table; the objects' rings are empty after it.
-    /// Ends like `RefreshModel` where it cannot be done.
-    QCoro::Task<> ReloadDirections();
-
-    /// Asks an object for a sign of life and shows in a box whether it answered ("True", "False"), or that the model
-    /// does not know it.
-    /// @param number   its number, by which the model knows it; without one its address is asked first.
-    /// @param address  its address; nothing is sent without one.
-    QCoro::Task<> TestConnect(std::optional<qint32> number, std::optional<qint32> address);
-
-    /// Reloads the model, loads every printer and shows the outcome in a box.
-    QCoro::Task<> SetServiceConfig();
-
-    /// Reloads the model, sends the configuration block to every hub and shows the outcome in a box. What the block
-    /// cannot carry is named in a box and nothing is sent.
-    QCoro::Task<> SetHubs();
-
-    /// Sets the clocks of all hubs, of all printers, and says that it is done, whoever answered.
-    QCoro::Task<> SetHubClocks();
-    QCoro::Task<> SetPrinterClocks();
-
-    /// Loads every printer from the model as it stands and shows the outcome in a box.
-    QCoro::Task<> ConfigPrinters();
-
-    /// Sends every hub its member list, names each that fails in a box, and says that it is done, whatever the outcome.
-    QCoro::Task<> InitHubs();
-
-    /// Runs the initialization over all objects. @return false if it was refused because another operation runs.
-    QCoro::Task<bool> InitAllObjects();
-
-    /// Resets all devices, forgets all tickets, lets all numbers begin anew, and says so. Asks nothing.
-    QCoro::Task<> ResetSystem();
-
-    /// Marks all objects as active and says so.
-    QCoro::Task<> ActiveAll();
-
-    /// Brings the model up to date if the setup window has changed the store, as far as that is possible while the
-    /// system runs. While an operation reads the model nothing happens, and the change is still to be taken.
-    QCoro::Task<> RefreshIfChanged();
-
-    /// Loads letters into every printer and says that it is done. @param zoneRich sets the family of printers.
-    QCoro::Task<> LoadVniFont(bool zoneRich);
-
+    /// Ends every running operation where it stands: its next wait throws `Ended`.
+    void Close();
     /// Tells the voice program, if there is to be one, that this program ends. Never waits.
     void CloseVoice();
 
-    /// Ends every running operation: commands fail, waits and boxes end. Nothing can be started afterwards.
-    void Close();
-
-Q_SIGNALS:
-    /// Services or objects have been read anew.
-    void ModelChanged();
-    /// Every command and every wait will end at once from now on.
-    void Closing();
-    /// A long operation has begun or ended.
-    void BusyChanged(bool busy);
-    /// What the running operation is at, for the status bar; empty when it has ended.
-    void ProgressChanged(const QString& text);
-
 private:
-    class Operation;
+    using Work = std::function<QCoro::Task<Outcome>()>;
 
-    QCoro::Task<> ExplainBusy();
-    QCoro::Task<> ExplainClosed();
-    QCoro::Task<bool> ReloadOrExplain();
-    QCoro::Task<> ShowAnswered(bool answered);
+    /// The one runner of operations that configure devices.
+    QCoro::Task<Outcome> Alone(Work work);
 
-    bool m_busy = false;
+    Outcome Reloaded();
+    QCoro::Task<Outcome> LoadPrinters();
+
+    bool m_isBusy = false;
+    bool m_isEnding = false;
 };

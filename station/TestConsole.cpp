@@ -1,12 +1,13 @@
 #include "station/TestConsole.h"
 
+#include "core/Installation.h"
+#include "core/Options.h"
+#include "link/Bus.h"
 #include "link/Encodings.h"
 #include "link/Frames.h"
 #include "platform/AnsiText.h"
 #include "platform/Clock.h"
-#include "platform/Dialogs.h"
 #include "platform/LeadingNumber.h"
-#include "station/Station.h"
 
 #include <limits>
 
@@ -23,8 +24,8 @@ constexpr qint16 LastTicket = std::numeric_limits<qint16>::max();
 struct TicketReply {
     enum Kind : char { Taken = '1', Value = '3' };
 
-    char kind = 0;        ///< 0 if there is none
-    int serviceIndex = 0; ///< with `Taken`
+    char kind = 0;           ///< 0 if there is none
+    qint16 serviceIndex = 0; ///< with `Taken`
     uint number = 0;
 };
 
@@ -52,75 +53,86 @@ TicketReply ReadTicket(const Reply& reply) {
     const QByteArray content = Content(reply);
     TicketReply ticket;
     ticket.kind = content.size() > 3 ? content[3] : '\0';
-    ticket.serviceIndex = content.size() > 4 ? encoding::FromSmallNumber(content[4]) : -1;
+    ticket.serviceIndex = content.size() > 4 ? static_cast<qint16>(encoding::FromSmallNumber(content[4])) : qint16(-1);
     ticket.number = LeadingHexadecimal(content.mid(5, 4));
     return ticket;
 }
 
+/// The address that a user typed, nothing for one that no byte holds.
+std::optional<quint8> AddressOf(const QString& text) {
+    const qint32 typed = number::TypedNumber(text);
+    if (typed < 0 || typed > std::numeric_limits<quint8>::max())
+        return std::nullopt;
+    return static_cast<quint8>(typed);
+}
+
+Outcome InvalidAddress() {
+    return Outcome::Refused(QStringLiteral("Invalid address."));
+}
+
+Outcome NoHub() {
+    return Outcome::Refused(QStringLiteral("No hub selected."));
+}
+
+Outcome Told(bool ok, const QString& text, BoxKind good, BoxKind bad) {
+    return ok ? Outcome::Done(good, text) : Outcome::Failed(text, bad);
+}
+
 } // namespace
 
-TestConsole::TestConsole(Station& station)
-    : m_station(station) {
-    connect(&station, &Station::Closing, this, &TestConsole::CancelPoll);
+TestConsole::TestConsole(Bus& bus, model::Installation& installation, const Options& options, Clock& clock,
+                         Dialogs& dialogs)
+    : m_bus(bus)
+    , m_installation(installation)
+    , m_options(options)
+    , m_clock(clock)
+    , m_dialogs(dialogs) {}
+
+std::optional<quint8> TestConsole::HubAddress(qint16 hub) const {
+    if (hub < 0 || hub >= m_installation.NumObjects || m_installation.Object(hub).Type != model::Hub)
+        return std::nullopt;
+    return m_installation.Object(hub).Address;
 }
 
-QCoro::Task<> TestConsole::Tell(BoxKind kind, QString text) {
-    co_await m_station.dialogs.ShowMessage(kind, text);
-}
-
-QCoro::Task<std::optional<quint8>> TestConsole::AddressOf(QString text) {
-    const qint32 typed = number::TypedNumber(text);
-    if (typed >= 0 && typed <= std::numeric_limits<quint8>::max())
-        co_return static_cast<quint8>(typed);
-    const QString invalid = QStringLiteral("Invalid address.");
-    co_await Tell(BoxKind::Exclamation, invalid);
-    co_return std::nullopt;
-}
-
-QCoro::Task<std::optional<quint8>> TestConsole::HubAddress(qint16 hub) {
-    const auto objects = std::as_const(*m_station.installation).LoadedObjects();
-    const auto index = static_cast<std::size_t>(hub);
-    if (hub >= 0 && index < objects.size() && objects[index].Type == model::Hub)
-        co_return objects[index].Address;
-    const QString none = QStringLiteral("No hub selected.");
-    co_await Tell(BoxKind::Exclamation, none);
-    co_return std::nullopt;
-}
-
-QCoro::Task<> TestConsole::ShowConnection(quint8 address) {
-    const QByteArray nothing;
-    const Reply reply = co_await m_station.bus.SendCommand(address, 'P', nothing);
+QCoro::Task<Outcome> TestConsole::ShowConnection(quint8 address) {
+    const Reply reply = co_await m_bus.SendCommand(address, 'P', {});
     const QString addressed = QStringLiteral("Addr #%1").arg(address);
     const QString text =
         reply.ok ? addressed + QStringLiteral(" OK:") + ansi::Decode(reply.frame) : addressed + QStringLiteral(" Fail");
-    co_await Tell(reply.ok ? BoxKind::Plain : BoxKind::Exclamation, text);
+    co_return Told(reply.ok, text, BoxKind::Plain, BoxKind::Exclamation);
 }
 
-QCoro::Task<> TestConsole::TestConnection(QString address) {
-    const auto number = co_await AddressOf(address);
-    if (number)
-        co_await ShowConnection(*number);
-}
-
-QCoro::Task<> TestConsole::ShowShort(QString address, char letter, QByteArray data) {
-    const auto number = co_await AddressOf(address);
+QCoro::Task<Outcome> TestConsole::TestConnection(QString address) {
+    const std::optional<quint8> number = AddressOf(address);
     if (!number)
-        co_return;
-    const Reply reply = co_await m_station.bus.SendCommand(*number, letter, data);
+        co_return InvalidAddress();
+    co_return co_await ShowConnection(*number);
+}
+
+QCoro::Task<Outcome> TestConsole::ShowShort(QString address, char letter, QByteArray data) {
+    const std::optional<quint8> number = AddressOf(address);
+    if (!number)
+        co_return InvalidAddress();
+    const Reply reply = co_await m_bus.SendCommand(*number, letter, data);
     const QString text = reply.ok ? QStringLiteral("OK:") + ansi::Decode(reply.frame) : QStringLiteral("Fail");
-    co_await Tell(BoxKind::Plain, text);
+    co_return Told(reply.ok, text, BoxKind::Plain, BoxKind::Plain);
 }
 
-QCoro::Task<> TestConsole::GetKey(QString address) {
+QCoro::Task<Outcome> TestConsole::SendOnly(std::optional<quint8> address, char letter, QByteArray data) {
+    if (!address)
+        co_return InvalidAddress();
+    const Reply reply = co_await m_bus.SendCommand(*address, letter, data);
+    co_return Told(reply.ok, {}, BoxKind::Plain, BoxKind::Plain);
+}
+
+QCoro::Task<Outcome> TestConsole::GetKey(QString address) {
     constexpr quint32 Key = 456;
-    const QByteArray data = encoding::Hexadecimal(Key, 4);
-    co_await ShowShort(address, 'Q', data);
+    return ShowShort(address, 'Q', encoding::Hexadecimal(Key, 4));
 }
 
-QCoro::Task<> TestConsole::Display(QString address) {
+QCoro::Task<Outcome> TestConsole::Display(QString address) {
     constexpr quint32 Shown = 123;
-    const QByteArray data = encoding::Hexadecimal(Shown, 4);
-    co_await ShowShort(address, 'H', data);
+    return ShowShort(address, 'H', encoding::Hexadecimal(Shown, 4));
 }
 
 QString TestConsole::StatusText(const Reply& reply) {
@@ -141,33 +153,26 @@ QString TestConsole::StatusText(const Reply& reply) {
     return text;
 }
 
-QCoro::Task<> TestConsole::PrinterStatus(QString address) {
-    const auto number = co_await AddressOf(address);
+QCoro::Task<Outcome> TestConsole::PrinterStatus(QString address) {
+    const std::optional<quint8> number = AddressOf(address);
     if (!number)
-        co_return;
-    const QByteArray nothing;
-    const Reply reply = co_await m_station.bus.SendCommand(*number, 'P', nothing);
+        co_return InvalidAddress();
+    const Reply reply = co_await m_bus.SendCommand(*number, 'P', {});
     const QString text = reply.ok ? StatusText(reply) : QStringLiteral("Could Not connected!");
-    co_await Tell(reply.ok ? BoxKind::Information : BoxKind::Exclamation, text);
+    co_return Told(reply.ok, text, BoxKind::Information, BoxKind::Exclamation);
 }
 
-QCoro::Task<> TestConsole::PrintTest(QString address) {
-    const auto number = co_await AddressOf(address);
-    const QByteArray nothing;
-    if (number)
-        co_await m_station.bus.SendCommand(*number, 'W', nothing);
+QCoro::Task<Outcome> TestConsole::PrintTest(QString address) {
+    return SendOnly(AddressOf(address), 'W', {});
 }
 
-QCoro::Task<> TestConsole::ResetPrinter(QString address) {
-    const auto number = co_await AddressOf(address);
-    const QByteArray clock = encoding::ClockText(m_station.clock.Now());
-    if (number)
-        co_await m_station.bus.SendCommand(*number, 'S', clock);
+QCoro::Task<Outcome> TestConsole::ResetPrinter(QString address) {
+    return SendOnly(AddressOf(address), 'S', encoding::ClockText(m_clock.Now()));
 }
 
 QByteArray TestConsole::NextNumbers() const {
     QByteArray numbers;
-    for (const model::QService& service : std::as_const(*m_station.installation).LoadedServices()) {
+    for (const model::QService& service : std::as_const(m_installation).LoadedServices()) {
         if (service.Route != 0)
             continue;
         const auto next = static_cast<quint16>(service.NextNumber);
@@ -177,33 +182,29 @@ QByteArray TestConsole::NextNumbers() const {
     return numbers;
 }
 
-void TestConsole::CountTicket(int serviceIndex) {
-    model::Installation& model = *m_station.installation;
-    if (serviceIndex < 0 || serviceIndex >= model.NumServices)
+void TestConsole::CountTicket(qint16 serviceIndex) {
+    if (serviceIndex < 0 || serviceIndex >= m_installation.NumServices)
         return;
-    model::QObject& bench = model.QObjects[0];
-    bench.TestService = static_cast<qint16>(serviceIndex);
-    if (m_station.options.MultiTicketSeries) {
-        model::QService* service = &model.QServices[static_cast<std::size_t>(serviceIndex)];
-        if (service->Route != 0)
-            service = &model.QServices[static_cast<std::size_t>(model.FindServiceByNumber(service->Route))];
-        bench.TestTicket = static_cast<qint16>(service->NextNumber);
-        ++service->NextNumber;
+    model::QObject& bench = m_installation.Object(0);
+    bench.TestService = serviceIndex;
+    if (m_options.MultiTicketSeries) {
+        model::QService& service = m_installation.Service(m_installation.Target(serviceIndex));
+        bench.TestTicket = static_cast<qint16>(service.NextNumber);
+        ++service.NextNumber;
     } else {
-        bench.TestTicket = model.LastTicketNumber;
-        if (model.LastTicketNumber < LastTicket)
-            ++model.LastTicketNumber;
+        bench.TestTicket = m_installation.LastTicketNumber;
+        if (m_installation.LastTicketNumber < LastTicket)
+            ++m_installation.LastTicketNumber;
     }
 }
 
-QCoro::Task<> TestConsole::QueryTicket(QString address) {
-    const auto number = co_await AddressOf(address);
+QCoro::Task<Outcome> TestConsole::QueryTicket(QString address) {
+    const std::optional<quint8> number = AddressOf(address);
     if (!number)
-        co_return;
-    const QByteArray numbers = frames::EscapeData(NextNumbers());
-    const Reply reply = co_await m_station.bus.SendCommand(*number, 'Q', numbers);
+        co_return InvalidAddress();
+    const Reply reply = co_await m_bus.SendCommand(*number, 'Q', frames::EscapeData(NextNumbers()));
     if (!reply.ok)
-        co_return;
+        co_return Outcome::Failed({});
     const TicketReply ticket = ReadTicket(reply);
     if (ticket.kind == TicketReply::Value)
         Q_EMIT TicketListed(QString::number(ticket.number));
@@ -211,18 +212,19 @@ QCoro::Task<> TestConsole::QueryTicket(QString address) {
         CountTicket(ticket.serviceIndex);
         Q_EMIT TicketListed(QString::number(ticket.number) + u'*');
     }
+    co_return Outcome::Done();
 }
 
-QCoro::Task<> TestConsole::PoolTicket(QString address) {
-    const auto number = co_await AddressOf(address);
+QCoro::Task<Outcome> TestConsole::PoolTicket(QString address) {
+    const std::optional<quint8> number = AddressOf(address);
     if (!number)
-        co_return;
+        co_return InvalidAddress();
     m_pollCancel = false;
     const int run = ++m_pollRun;
     while (!m_pollCancel && run == m_pollRun) {
         const QByteArray offer =
-            encoding::Hexadecimal(static_cast<quint32>(m_pollTicket), 4) + encoding::TimeText(m_station.clock.Now());
-        const Reply reply = co_await m_station.bus.SendCommand(*number, 'Q', offer);
+            encoding::Hexadecimal(static_cast<quint32>(m_pollTicket), 4) + encoding::TimeText(m_clock.Now());
+        const Reply reply = co_await m_bus.SendCommand(*number, 'Q', offer);
         const TicketReply ticket = reply.ok ? ReadTicket(reply) : TicketReply();
         if (ticket.kind == TicketReply::Taken) {
             m_pollTicket = m_pollTicket == LastTicket ? qint16(1) : static_cast<qint16>(m_pollTicket + 1);
@@ -230,110 +232,91 @@ QCoro::Task<> TestConsole::PoolTicket(QString address) {
         } else if (ticket.kind == TicketReply::Value) {
             Q_EMIT TicketListed(QString::number(ticket.number));
         }
-        co_await m_station.clock.DelaySeconds(PollPause);
+        co_await m_clock.DelaySeconds(PollPause);
     }
+    co_return Outcome::Cancelled();
 }
 
-QCoro::Task<> TestConsole::SetInfo(QString address, QString fill) {
-    const auto number = co_await AddressOf(address);
-    if (!number)
-        co_return;
-    if (fill.isEmpty()) {
-        const QString missing = QStringLiteral("Enter a fill character.");
-        co_await Tell(BoxKind::Exclamation, missing);
-        co_return;
-    }
-    const QByteArray filled = ansi::Encode(fill).bytes.first(1).repeated(m_station.options.InfoNumChars);
-    const QByteArray text = "0001" + filled;
-    co_await m_station.bus.SendCommand(*number, 'H', text);
+QCoro::Task<Outcome> TestConsole::SetInfo(QString address, QString fill) {
+    const std::optional<quint8> number = AddressOf(address);
+    if (number && fill.isEmpty())
+        co_return Outcome::Refused(QStringLiteral("Enter a fill character."));
+    const QByteArray filled = ansi::Encode(fill).bytes.first(fill.isEmpty() ? 0 : 1).repeated(m_options.InfoNumChars);
+    co_return co_await SendOnly(number, 'H', "0001" + filled);
 }
 
-QCoro::Task<> TestConsole::SwitchPower(QString address, bool on) {
-    const auto number = co_await AddressOf(address);
+QCoro::Task<Outcome> TestConsole::SwitchPower(QString address, bool on) {
+    const std::optional<quint8> number = AddressOf(address);
     if (!number)
-        co_return;
+        co_return InvalidAddress();
     const QByteArray data = on ? "77" : "68";
-    const Reply reply = co_await m_station.bus.SendCommand(*number, on ? 'G' : 'T', data);
+    const Reply reply = co_await m_bus.SendCommand(*number, on ? 'G' : 'T', data);
     const QString text = reply.ok ? QStringLiteral("Command Ok.") : QStringLiteral("Command Error.");
-    co_await Tell(reply.ok ? BoxKind::Information : BoxKind::Exclamation, text);
+    co_return Told(reply.ok, text, BoxKind::Information, BoxKind::Exclamation);
 }
 
-QCoro::Task<> TestConsole::TestHub(qint16 hub) {
-    const auto address = co_await HubAddress(hub);
-    if (address)
-        co_await ShowConnection(*address);
+QCoro::Task<Outcome> TestConsole::TestHub(qint16 hub) {
+    const std::optional<quint8> address = HubAddress(hub);
+    if (!address)
+        co_return NoHub();
+    co_return co_await ShowConnection(*address);
 }
 
-QCoro::Task<> TestConsole::DumpHub(qint16 hub) {
-    const auto address = co_await HubAddress(hub);
-    const QByteArray nothing;
-    if (address)
-        co_await m_station.bus.SendCommand(*address, 'Z', nothing);
+QCoro::Task<Outcome> TestConsole::DumpHub(qint16 hub) {
+    const std::optional<quint8> address = HubAddress(hub);
+    if (!address)
+        co_return NoHub();
+    co_return co_await SendOnly(address, 'Z', {});
 }
 
-QCoro::Task<> TestConsole::QueryHub(qint16 hub) {
-    const auto address = co_await HubAddress(hub);
-    const QByteArray nothing;
-    if (address)
-        co_await m_station.bus.SendCommand(*address, 'Q', nothing, Bus::RelayTimeout);
+QCoro::Task<Outcome> TestConsole::QueryHub(qint16 hub) {
+    const std::optional<quint8> address = HubAddress(hub);
+    if (!address)
+        co_return NoHub();
+    const Reply reply = co_await m_bus.SendCommand(*address, 'Q', {}, Bus::RelayTimeout);
+    co_return Told(reply.ok, {}, BoxKind::Plain, BoxKind::Plain);
 }
 
-QCoro::Task<> TestConsole::ShowSub(quint8 address, char letter, QByteArray data, QString sub) {
-    const Reply reply = co_await m_station.bus.SendCommand(address, letter, data);
+QCoro::Task<Outcome> TestConsole::ShowSub(quint8 address, char letter, QByteArray data, QString sub) {
+    const Reply reply = co_await m_bus.SendCommand(address, letter, data);
     const QString text =
         QStringLiteral("Sub %1 %2").arg(sub, reply.ok ? QStringLiteral("OK") : QStringLiteral("Error"));
-    co_await Tell(reply.ok ? BoxKind::Plain : BoxKind::Critical, text);
+    co_return Told(reply.ok, text, BoxKind::Plain, BoxKind::Critical);
 }
 
-QCoro::Task<> TestConsole::TestSub(qint16 hub, QString sub) {
-    const auto address = co_await HubAddress(hub);
+QCoro::Task<Outcome> TestConsole::TestSub(qint16 hub, QString sub) {
+    const std::optional<quint8> address = HubAddress(hub);
     if (!address)
-        co_return;
+        co_return NoHub();
     const qint32 member = number::TypedNumber(sub);
-    if (member < 0 || member > encoding::LargestSmallNumber) {
-        const QString invalid = QStringLiteral("Invalid address.");
-        co_await Tell(BoxKind::Exclamation, invalid);
-        co_return;
-    }
-    const QByteArray data(1, encoding::SmallNumber(member));
-    co_await ShowSub(*address, 'Y', data, sub);
+    if (member < 0 || member > encoding::LargestSmallNumber)
+        co_return InvalidAddress();
+    co_return co_await ShowSub(*address, 'Y', QByteArray(1, encoding::SmallNumber(member)), sub);
 }
 
-QCoro::Task<> TestConsole::ShowAtSub(QString address, QString sub, QString value) {
-    const auto number = co_await AddressOf(address);
-    if (!number)
-        co_return;
+QCoro::Task<Outcome> TestConsole::ShowAtSub(QString address, QString sub, QString value) {
     const QByteArray digits = QByteArray::number(number::TypedNumber(value)).rightJustified(4, '0').right(4);
-    const QByteArray data = ansi::Encode(sub).bytes + digits;
-    co_await m_station.bus.SendCommand(*number, 'H', data);
+    return SendOnly(AddressOf(address), 'H', ansi::Encode(sub).bytes + digits);
 }
 
-QCoro::Task<> TestConsole::QuerySub(QString sub) {
-    const QByteArray data = ansi::Encode(sub).bytes;
-    co_await ShowSub(SubAddress, 'X', data, sub);
+QCoro::Task<Outcome> TestConsole::QuerySub(QString sub) {
+    return ShowSub(SubAddress, 'X', ansi::Encode(sub).bytes, sub);
 }
 
-QCoro::Task<> TestConsole::SetTwoMembers() {
-    const QByteArray members = "20108";
-    const Reply reply = co_await m_station.bus.SendCommand(MembersAddress, 'W', members);
-    if (reply.ok)
-        co_return;
-    const QString failed = QStringLiteral("Error!");
-    co_await Tell(BoxKind::Plain, failed);
+QCoro::Task<Outcome> TestConsole::SetTwoMembers() {
+    const Reply reply = co_await m_bus.SendCommand(MembersAddress, 'W', "20108");
+    co_return reply.ok ? Outcome::Done() : Outcome::Failed(QStringLiteral("Error!"), BoxKind::Plain);
 }
 
-QCoro::Task<> TestConsole::BroadcastClock() {
-    const QByteArray clock = encoding::ClockText(m_station.clock.Now());
-    co_await m_station.bus.SendCommand(frames::Broadcast, 'U', clock);
+QCoro::Task<Outcome> TestConsole::BroadcastClock() {
+    return SendOnly(frames::Broadcast, 'U', encoding::ClockText(m_clock.Now()));
 }
 
-QCoro::Task<> TestConsole::BroadcastReset() {
-    const QByteArray clock = encoding::ClockText(m_station.clock.Now());
-    co_await m_station.bus.SendCommand(frames::Broadcast, 'R', clock);
+QCoro::Task<Outcome> TestConsole::BroadcastReset() {
+    return SendOnly(frames::Broadcast, 'R', encoding::ClockText(m_clock.Now()));
 }
 
-QCoro::Task<> TestConsole::AskPassword() {
-    const QString prompt = QStringLiteral("Password:");
-    const QString typed = co_await m_station.dialogs.AskText(prompt);
-    Q_UNUSED(typed);
+QCoro::Task<Outcome> TestConsole::AskPassword() {
+    co_await m_dialogs.AskText(QStringLiteral("Password:"));
+    co_return Outcome::Done();
 }

@@ -10,10 +10,6 @@ namespace {
 constexpr int PictureSize = 96;
 constexpr double TitleScale = 1.6; ///< of the window's letters
 
-QCoro::Task<> Tell(Dialogs& dialogs, QString text) {
-    co_await dialogs.ShowMessage(BoxKind::Critical, text);
-}
-
 } // namespace
 
 frmAbout::frmAbout(const QString& version, const QStringList& contact, const RegistryStore& registry, Dialogs& dialogs,
@@ -51,5 +47,5 @@ frmAbout::~frmAbout() = default;
 
 void frmAbout::StartSysInfo() {
     if (!systeminfo::Start(m_registry))
-        Tell(m_dialogs, QStringLiteral("System Information Is Unavailable At This Time"));
+        m_dialogs.ShowMessage(BoxKind::Critical, QStringLiteral("System Information Is Unavailable At This Time"));
 }

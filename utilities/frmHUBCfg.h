@@ -4,7 +4,7 @@
 
 #include <memory>
 
-class HubOption;
+class Station;
 namespace Ui {
 class frmHUBCfg;
 }
@@ -14,8 +14,8 @@ class frmHUBCfg : public QDialog {
     Q_OBJECT
 
 public:
-    /// @param option must outlive the window.
-    explicit frmHUBCfg(HubOption& option, QWidget* parent = nullptr);
+    /// @param station must outlive the window.
+    explicit frmHUBCfg(Station& station, QWidget* parent = nullptr);
     ~frmHUBCfg() override;
 
 private:

@@ -56,10 +56,6 @@ cRegistry RunEntry(const RegistryStore& store) {
     return entry;
 }
 
-QCoro::Task<> Tell(Dialogs& dialogs, QString text) {
-    co_await dialogs.ShowMessage(BoxKind::Exclamation, text);
-}
-
 } // namespace
 
 frmOptions::frmOptions(Station& station, RegistryStore registry, QString runCommand, QWidget* parent)
@@ -85,7 +81,7 @@ frmOptions::frmOptions(Station& station, RegistryStore registry, QString runComm
 frmOptions::~frmOptions() = default;
 
 void frmOptions::LoadOptions() {
-    const Options& options = m_station.options;
+    const Options& options = m_station.Settings();
     for (const auto& [box, field] : CheckedOptions(*m_ui))
         box->setChecked(options.*field);
     for (const auto& [box, field] : TypedOptions(*m_ui))
@@ -98,20 +94,15 @@ void frmOptions::LoadOptions() {
 }
 
 void frmOptions::SaveOptions() {
-    Options& options = m_station.options;
+    Options options = m_station.Settings();
     for (const auto& [box, field] : CheckedOptions(*m_ui))
         options.*field = box->isChecked();
     for (const auto& [box, field] : TypedOptions(*m_ui))
         options.*field = Typed(*box);
     options.DisplayType = static_cast<qint16>(m_ui->CboDispType->currentIndex());
     options.MainDisplayType = static_cast<qint16>(m_ui->cboMainDispType->currentIndex());
-    const QString resetAt = m_ui->txtRenewAt->text();
-    options.ResetAt = ResetTime(resetAt);
-    if (!WriteOptions(options, resetAt, m_station.ini))
-        Tell(m_station.dialogs,
-             tr("The settings could not be written to %1/Tallora.ini.").arg(m_station.ProgramFolder));
-    if (const QString problem = SaveAutoStart(); !problem.isEmpty())
-        Tell(m_station.dialogs, problem);
+    ShowProblem(m_station.SaveOptions(options, m_ui->txtRenewAt->text()).text);
+    ShowProblem(SaveAutoStart());
 }
 
 QString frmOptions::SaveAutoStart() const {
@@ -124,7 +115,12 @@ QString frmOptions::SaveAutoStart() const {
     return error ? error->description : QString();
 }
 
+void frmOptions::ShowProblem(const QString& text) {
+    if (!text.isEmpty())
+        m_station.dialogs.ShowMessage(BoxKind::Exclamation, text);
+}
+
 void frmOptions::WarnOfTicketSeries() {
-    Tell(m_station.dialogs, QStringLiteral("Warning, change this option may cause system to re-print printed ticket if "
-                                           "queue is running!"));
+    ShowProblem(QStringLiteral("Warning, change this option may cause system to re-print printed ticket if "
+                               "queue is running!"));
 }

@@ -1,6 +1,6 @@
 #include "utilities/frmSetPort.h"
 
-#include "link/CommLine.h"
+#include "station/Station.h"
 #include "utilities/ui_frmSetPort.h"
 #include "widgets/PortBoxes.h"
 
@@ -9,9 +9,9 @@
 namespace {
 
 /// Opens the chosen line; the window, if it is still there, goes out of sight once it is open.
-QCoro::Task<> OpenChosen(CommLine& line, QString name, QString baud, QPointer<QDialog> window) {
+QCoro::Task<> OpenChosen(Station& station, QString name, QString baud, QPointer<QDialog> window) {
     window->setEnabled(false);
-    const bool opened = co_await line.ChoosePort(name, baud);
+    const bool opened = co_await station.ChoosePort(name, baud);
     if (!window)
         co_return;
     window->setEnabled(true);
@@ -21,22 +21,22 @@ QCoro::Task<> OpenChosen(CommLine& line, QString name, QString baud, QPointer<QD
 
 } // namespace
 
-frmSetPort::frmSetPort(CommLine& line, const QList<SerialControl::Port>& available, QWidget* parent)
+frmSetPort::frmSetPort(Station& station, const QList<SerialControl::Port>& available, QWidget* parent)
     : QDialog(parent)
-    , m_line(line)
+    , m_station(station)
     , m_ui(std::make_unique<Ui::frmSetPort>()) {
     m_ui->setupUi(this);
     setModal(true);
     // Any device can be typed, that of the bus in software for one.
     m_ui->cboModems->setEditable(true);
     m_ui->cboModems->setInsertPolicy(QComboBox::NoInsert);
-    ports::FillPorts(*m_ui->cboModems, available, line.Settings.CommName);
-    ports::FillSpeeds(*m_ui->cboBaud, line.Settings.CommBaud);
+    ports::FillPorts(*m_ui->cboModems, available, station.Line().Settings.CommName);
+    ports::FillSpeeds(*m_ui->cboBaud, station.Line().Settings.CommBaud);
     connect(m_ui->cmdOK, &QPushButton::clicked, this, &frmSetPort::Choose);
 }
 
 frmSetPort::~frmSetPort() = default;
 
 void frmSetPort::Choose() {
-    OpenChosen(m_line, m_ui->cboModems->currentText(), m_ui->cboBaud->currentText(), this);
+    OpenChosen(m_station, m_ui->cboModems->currentText(), m_ui->cboBaud->currentText(), this);
 }

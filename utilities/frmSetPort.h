@@ -6,7 +6,7 @@
 
 #include <memory>
 
-class CommLine;
+class Station;
 namespace Ui {
 class frmSetPort;
 }
@@ -21,13 +21,13 @@ class frmSetPort : public QDialog {
 public:
     /// The ports COM1 to COM8 are offered, `available` ones behind them, and the saved port if it is none of these; any
     /// other device can be typed.
-    /// @param line must outlive the window.
-    frmSetPort(CommLine& line, const QList<SerialControl::Port>& available, QWidget* parent = nullptr);
+    /// @param station must outlive the window.
+    frmSetPort(Station& station, const QList<SerialControl::Port>& available, QWidget* parent = nullptr);
     ~frmSetPort() override;
 
 private:
     void Choose();
 
-    CommLine& m_line;
+    Station& m_station;
     std::unique_ptr<Ui::frmSetPort> m_ui;
 };

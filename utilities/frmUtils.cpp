@@ -1,8 +1,8 @@
 #include "utilities/frmUtils.h"
 
-#include "platform/LeadingNumber.h"
 #include "station/Station.h"
 #include "utilities/ui_frmUtils.h"
+#include "widgets/OutcomeBox.h"
 
 #include <QCloseEvent>
 #include <QPointer>
@@ -19,10 +19,10 @@ void SetOpen(QLineEdit& box, bool isOpen) {
 
 } // namespace
 
-frmUtils::frmUtils(Station& station, DataMaintenance& maintenance, QWidget* parent)
+frmUtils::frmUtils(Station& station, QWidget* parent)
     : QDialog(parent)
     , m_station(station)
-    , m_maintenance(maintenance)
+    , m_maintenance(station.Maintenance())
     , m_ui(std::make_unique<Ui::frmUtils>()) {
     m_ui->setupUi(this);
     setModal(true);
@@ -32,21 +32,15 @@ frmUtils::frmUtils(Station& station, DataMaintenance& maintenance, QWidget* pare
     m_ui->prgDelete->setSizePolicy(kept);
     m_ui->prgDelete->hide();
     ShowChoice();
-    const QString section = QStringLiteral("AutoDelete");
-    connect(m_ui->chkAutoDelete, &QCheckBox::toggled, this, [this, section](bool isOn) {
-        m_station.options.AutoDeleteEnable = isOn;
-        m_station.ini.WriteIni(section, QStringLiteral("Enable"), isOn ? QStringLiteral("yes") : QStringLiteral("no"));
-    });
-    connect(m_ui->txtDelYear, &QLineEdit::textChanged, this, [this, section](const QString& text) {
-        m_station.options.AutoDeleteFromYear = QString::number(number::LeadingDecimal(text));
-        m_station.ini.WriteIni(section, QStringLiteral("FromYear"), text);
-    });
-    m_ui->chkAutoDelete->setChecked(station.options.AutoDeleteEnable);
-    m_ui->txtDelYear->setText(station.options.AutoDeleteFromYear);
+    connect(m_ui->chkAutoDelete, &QCheckBox::toggled, this, [this](bool isOn) { m_station.SetAutoDelete(isOn); });
+    connect(m_ui->txtDelYear, &QLineEdit::textChanged, this,
+            [this](const QString& text) { m_station.SetAutoDeleteYear(text); });
+    m_ui->chkAutoDelete->setChecked(station.Settings().AutoDeleteEnable);
+    m_ui->txtDelYear->setText(station.Settings().AutoDeleteFromYear);
     connect(m_ui->optFromYear, &QRadioButton::toggled, this, &frmUtils::ShowChoice);
     connect(m_ui->cmdDel, &QPushButton::clicked, this, &frmUtils::Delete);
     connect(m_ui->cmdOK, &QPushButton::clicked, this, &QDialog::close);
-    connect(&maintenance, &DataMaintenance::Progress, this, &frmUtils::ShowProgress);
+    connect(&m_maintenance, &DataMaintenance::Progress, this, &frmUtils::ShowProgress);
 }
 
 frmUtils::~frmUtils() = default;
@@ -59,21 +53,18 @@ void frmUtils::ShowChoice() {
 }
 
 void frmUtils::Delete() {
+    const bool byYear = m_ui->optFromYear->isChecked();
     m_ui->cmdDel->setEnabled(false);
-    if (m_ui->optFromYear->isChecked()) {
-        m_maintenance.DeleteFromYear(m_ui->txtYear->text()).then([window = QPointer(this)](bool isYear) {
+    ShowOutcome(m_station.dialogs,
+                byYear ? m_maintenance.DeleteFromYear(m_ui->txtYear->text())
+                       : m_maintenance.DeleteFromDays(m_ui->txtFromDate->text(), m_ui->txtToDate->text()))
+        .then([window = QPointer(this), byYear](const Outcome& outcome) {
             if (!window)
                 return;
             window->m_ui->cmdDel->setEnabled(true);
-            if (!isYear)
+            if (byYear && outcome.end == Outcome::End::Refused)
                 window->m_ui->txtYear->setFocus();
         });
-        return;
-    }
-    m_maintenance.DeleteFromDays(m_ui->txtFromDate->text(), m_ui->txtToDate->text()).then([window = QPointer(this)] {
-        if (window)
-            window->m_ui->cmdDel->setEnabled(true);
-    });
 }
 
 void frmUtils::ShowProgress(qint64 done, qint64 total) {

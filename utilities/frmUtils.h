@@ -1,11 +1,10 @@
 #pragma once
 
-#include "station/DataMaintenance.h"
-
 #include <QDialog>
 
 #include <memory>
 
+class DataMaintenance;
 class Station;
 namespace Ui {
 class frmUtils;
@@ -17,8 +16,8 @@ class frmUtils : public QDialog {
     Q_OBJECT
 
 public:
-    /// @param station, maintenance  must outlive the window.
-    frmUtils(Station& station, DataMaintenance& maintenance, QWidget* parent = nullptr);
+    /// @param station must outlive the window.
+    explicit frmUtils(Station& station, QWidget* parent = nullptr);
     ~frmUtils() override;
 
     /// Not while a delete runs.

@@ -1,8 +1,15 @@
 #include "widgets/OutcomeBox.h"
 
+#include "platform/Ended.h"
+
 QCoro::Task<Outcome> ShowOutcome(Dialogs& dialogs, QCoro::Task<Outcome> operation) {
-    Outcome outcome = co_await std::move(operation);
-    if (!outcome.text.isEmpty())
-        co_await dialogs.ShowMessage(outcome.kind, outcome.text);
+    Outcome outcome = Outcome::Cancelled();
+    try {
+        outcome = co_await operation;
+        if (!outcome.text.isEmpty())
+            co_await dialogs.ShowMessage(outcome.kind, outcome.text);
+    } catch (const Ended&) {
+        outcome = Outcome::Cancelled();
+    }
     co_return outcome;
 }

@@ -2,6 +2,7 @@
 
 #include "platform/AnsiText.h"
 #include "platform/Completion.h"
+#include "platform/Ended.h"
 
 #include <QApplication>
 #include <QFileDialog>
@@ -97,7 +98,7 @@ WindowDialogs::~WindowDialogs() {
 QCoro::Task<int> WindowDialogs::Run(QDialog* dialog) {
     if (m_closed) {
         delete dialog;
-        co_return 0;
+        throw Ended();
     }
     Completion<int> done;
     // Through the event loop: what follows must not run inside the dialog's own signal.
@@ -113,6 +114,8 @@ QCoro::Task<int> WindowDialogs::Run(QDialog* dialog) {
     m_open.removeIf([&done](const OpenDialog& open) { return open.closed == &done; });
     if (guarded)
         guarded->deleteLater();
+    if (m_closed)
+        throw Ended();
     co_return result;
 }
 

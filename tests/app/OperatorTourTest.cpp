@@ -94,7 +94,7 @@ TEST_F(OperatorTourTest, FromTheTrayOverMapAndRunToTheExit) {
     m_dialogs->ExpectMessage(BoxKind::Exclamation, QStringLiteral("Please Stop Queue first"));
     Item("mnExit")->trigger();
     hands.ClickButton("cmdStart");
-    m_program->TheStation().init.CancelInit = true;
+    m_program->TheStation().CancelInit();
     const quint64 sent = m_devices->Counts().Commands;
     RunInit();
     EXPECT_EQ(m_devices->Counts().Commands, sent + 2) << "the reset and the first object";
@@ -103,7 +103,7 @@ TEST_F(OperatorTourTest, FromTheTrayOverMapAndRunToTheExit) {
     Item("mnExit")->trigger();
     ASSERT_TRUE(WaitUntil([this] { return m_ended == 1; }));
     EXPECT_TRUE(WaitUntil([&] { return voiceProgram.hasPendingConnections(); })) << "the voice program is told";
-    EXPECT_FALSE(m_program->TheStation().database.IsOpen());
+    EXPECT_FALSE(m_program->TheStation().Store().IsOpen());
     EXPECT_TRUE(QFile::exists(Path(QStringLiteral("bak4.mdb"))));
 }
 
@@ -220,7 +220,7 @@ TEST_F(OperatorTourTest, TheNotificationAreaWorksWhileTheFirstBoxStands) {
             FindWindow<frmQueue>()->close();
         }
         EXPECT_TRUE(WaitUntil([&] { return ended; })) << entry;
-        EXPECT_FALSE(program.TheStation().database.IsOpen());
+        EXPECT_FALSE(program.TheStation().Store().IsOpen());
         EXPECT_TRUE(running.isReady());
     }
 }

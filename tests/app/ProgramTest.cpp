@@ -48,7 +48,7 @@ TEST_F(ProgramTest, TheFirstStartInstallsAnEmptyDatabaseAndOffersIt) {
     Start();
     ASSERT_NE(Window(), nullptr);
     EXPECT_TRUE(Window()->isVisible());
-    EXPECT_EQ(m_program->TheStation().installation->LastTicketNumber, 1);
+    EXPECT_EQ(m_program->TheStation().Model().LastTicketNumber, 1);
     EXPECT_EQ(
         Messages(),
         (QStringList{u"-"_qs, u"---System Startup---"_qs, u"---System Initialize.."_qs, u"before DBOpen.."_qs,
@@ -60,7 +60,7 @@ TEST_F(ProgramTest, TheFirstStartInstallsAnEmptyDatabaseAndOffersIt) {
     Window()->close();
     EXPECT_EQ(m_ended, 1);
     EXPECT_TRUE(m_clock.Waits.empty()) << "an idle line is not waited for";
-    EXPECT_FALSE(m_program->TheStation().database.IsOpen());
+    EXPECT_FALSE(m_program->TheStation().Store().IsOpen());
     EXPECT_EQ(ReadFile(Path(QStringLiteral("bak4.mdb"))), ReadFile(store));
 }
 
@@ -104,7 +104,7 @@ TEST_F(ProgramTest, TheDesignerOpensForTheFamilyOfItsMenuEntry) {
     m_dialogs->ExpectChoice(Path(QStringLiteral("Harbinet.mdb")));
     ExpectNoPort();
     Start();
-    const PrinterFamily& family = m_program->TheStation().forms.family;
+    const PrinterFamily& family = m_program->TheStation().Forms().family;
     const struct {
         const char* entry;
         int family; ///< ZONE RICH, T81, DB25 as digits
@@ -173,8 +173,8 @@ TEST_F(ProgramTest, OpensTheLineOfTheSettingsAndRecoversTickets) {
     Start();
     EXPECT_EQ(Messages().last(2), (QStringList{u"Initialize system.."_qs, u"End initialize."_qs}));
     Station& station = m_program->TheStation();
-    EXPECT_EQ(station.installation->LastTicketNumber, 42);
-    EXPECT_EQ(station.installation->QServices[0].WaitRing.Count, 1);
+    EXPECT_EQ(station.Model().LastTicketNumber, 42);
+    EXPECT_EQ(station.Model().Service(0).WaitRing.Count, 1);
     EXPECT_EQ(devices.Counts().Commands, 0U) << "nothing goes on the bus at start-up";
 
     // Closing in the middle of a command ends it and everything behind it.
@@ -183,7 +183,7 @@ TEST_F(ProgramTest, OpensTheLineOfTheSettingsAndRecoversTickets) {
     EXPECT_TRUE(WaitUntil([&] { return devices.Counts().Commands > 0; }));
     Window()->close();
     EXPECT_EQ(m_ended, 1);
-    EXPECT_FALSE(station.bus.Sending());
+    EXPECT_FALSE(station.Master().Sending());
     EXPECT_EQ(std::count(m_clock.Waits.begin(), m_clock.Waits.end(), 50), 60)
         << "3 seconds, for the command on the line";
     EXPECT_TRUE(load.isReady());
@@ -197,9 +197,9 @@ TEST_F(ProgramTest, AnAccessFileIsTakenOverAndOpened) {
     m_dialogs->ExpectQuestion(BoxKind::Information, QString(), true);
     ExpectNoPort();
     Start();
-    const model::Installation& installation = *m_program->TheStation().installation;
+    const model::Installation& installation = m_program->TheStation().Model();
     EXPECT_EQ(installation.NumServices, 5);
-    EXPECT_EQ(installation.QServices[0].Name, QStringLiteral("G\u00F4\u00FBi tie\u00E0n"));
+    EXPECT_EQ(installation.Service(0).Name, QStringLiteral("G\u00F4\u00FBi tie\u00E0n"));
     EXPECT_EQ(installation.NumObjects, 8);
     EXPECT_EQ(installation.LastTicketNumber, 3002);
     EXPECT_EQ(Messages().filter(QStringLiteral("field to rData and qData")).size(), 4);

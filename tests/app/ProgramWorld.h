@@ -26,6 +26,7 @@ protected:
         if (hasTray)
             shell = std::make_unique<KeptShell>(m_told, true);
         m_shell = shell.get();
+        m_clock.Reopen();
         m_program = std::make_unique<Program>(ProgramFolders{m_folder.path(), m_folder.path()}, m_clock, *m_dialogs,
                                               std::move(shell));
         QObject::connect(m_program.get(), &Program::Ended, [this] { ++m_ended; });

@@ -194,7 +194,7 @@ protected:
         Picture("port", m_setup, {port});
         hands.ClickButton("cmdOK");
         EXPECT_TRUE(WaitUntil([port] { return !port->isVisible(); }));
-        EXPECT_TRUE(m_program->TheStation().line.PortIsOpen());
+        EXPECT_TRUE(m_program->TheStation().Line().PortIsOpen());
     }
 
     void LoadTheDevices() {
@@ -292,7 +292,7 @@ protected:
         });
         main->findChild<QAction*>(QStringLiteral("mnInitObjects"))->trigger();
         Ready();
-        EXPECT_TRUE(m_program->TheStation().run.QueueRunning());
+        EXPECT_TRUE(m_program->TheStation().Run().QueueRunning());
         QApplication::processEvents();
         Picture("main-window", main);
         const WindowDriver hands(*main);
@@ -325,7 +325,7 @@ protected:
             EXPECT_TRUE(WaitUntil([d = QPointer(dialog)] { return d.isNull(); }));
         }
         Item(main, "mnExit")->trigger();
-        EXPECT_TRUE(WaitUntil([this] { return !m_program->TheStation().database.IsOpen(); }));
+        EXPECT_TRUE(WaitUntil([this] { return !m_program->TheStation().Store().IsOpen(); }));
     }
 
     const QString m_pictures;

@@ -1,6 +1,6 @@
 #include "console/frmBusMonitor.h"
 #include "console/frmTest.h"
-#include "tests/console/ConsoleWorld.h"
+#include "tests/support/ConsoleWorld.h"
 #include "tests/support/Files.h"
 #include "tests/support/WindowDriver.h"
 
@@ -34,7 +34,7 @@ protected:
 
 TEST_F(ConsoleWindowsTest, TheBenchBeginsWithItsDefaultsAndTracesWhatGoesOut) {
     OpenLine();
-    auto* window = Show<frmTest>(m_station, m_console);
+    auto* window = Show<frmTest>(m_station);
     const std::pair<const char*, const char*> defaults[] = {
         {"txtOU", "1"},       {"txtTD", "32"},       {"txtINF", "40"}, {"txtPU", "100"},
         {"txtHUBaddr", "64"}, {"txtValue", "Value"}, {"Text2", "0"}};
@@ -63,7 +63,7 @@ TEST_F(ConsoleWindowsTest, APollRunsUntilItIsCancelledOrTheWindowIsClosedAndNotB
     OpenLine();
     Await(m_station.printers.SendPrinterConfig(1, true));
     m_devices->FindAs<TicketPrinter>(32)->PressButton(8);
-    auto* window = Show<frmTest>(m_station, m_console);
+    auto* window = Show<frmTest>(m_station);
     m_hands->ClickButton("cmdPoolTD");
     auto* pool = window->findChild<QPushButton*>(QStringLiteral("cmdPoolTD"));
     EXPECT_FALSE(pool->isEnabled());

@@ -7,7 +7,7 @@
 #include "hubs/HubRouter.h"
 #include "tests/support/AnsweringEnd.h"
 #include "tests/support/BusWorld.h"
-#include "tests/support/TestDialogs.h"
+#include "tests/support/Outcomes.h"
 #include "tests/support/Waiting.h"
 
 namespace {
@@ -135,31 +135,27 @@ TEST_F(HubConfigTest, TheCounterOptionIsCheckedSentAndSaved) {
     Add(1, 64, model::Hub);
     IniUtility ini(m_folder.filePath(QStringLiteral("Tallora.ini")));
     Options options;
-    TestDialogs dialogs;
-    HubOption option(m_clocks, options, ini, dialogs);
+    HubOption option(m_clocks, options, ini);
     const auto saved = [&ini] {
         QString value;
         ini.ReadIni(QStringLiteral("options"), QStringLiteral("FromToval"), value);
         return value;
     };
     for (const QString& typed : {u"0"_qs, u"11"_qs, u""_qs, u"10.6"_qs, u"0.5"_qs, u"70000"_qs, u"x3"_qs}) {
-        dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Valid value is 1..10"));
-        EXPECT_FALSE(Await(option.Apply(typed))) << qPrintable(typed);
+        EXPECT_EQ(Told(option.Apply(typed)), "refused Exclamation: Valid value is 1..10") << qPrintable(typed);
     }
     EXPECT_TRUE(m_end.Commands.isEmpty() && saved().isEmpty());
 
     const std::pair<QString, QString> taken[] = {
         {u"1"_qs, u"1"_qs}, {u"10.4"_qs, u"10"_qs}, {u"1.5"_qs, u"2"_qs}, {u"7abc"_qs, u"7"_qs}};
     for (const auto& [typed, value] : taken) {
-        dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
-        EXPECT_TRUE(Await(option.Apply(typed)));
+        EXPECT_EQ(Told(option.Apply(typed)), "done Information: Set config to all HUBs OK.");
         EXPECT_EQ(saved(), value);
     }
     EXPECT_EQ(m_end.Commands, (QByteArrayList{"p K1", "p K:", "p K2", "p K7"}));
 
     m_end.IsSilent = [](const QByteArray&) { return true; };
-    dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to HUB(s)."));
-    EXPECT_TRUE(Await(option.Apply(QStringLiteral("9"))));
+    EXPECT_EQ(Told(option.Apply(QStringLiteral("9"))), "failed Exclamation: Error on setting config to HUB(s).");
     EXPECT_EQ(saved(), QStringLiteral("7"));
     EXPECT_EQ(option.Value(), 9);
 }

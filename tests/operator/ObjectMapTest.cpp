@@ -94,7 +94,7 @@ TEST_F(ObjectMapTest, WhatIsSentToAnObjectIsWrittenOnItsPicture) {
     Q_EMIT m_station.starts.UpdateObjectDisplay(0, 0, 1, {});
     ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name='renamed' WHERE d_Id=1")}));
     ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_On=0 WHERE d_Id=3")}));
-    Await(m_station.RefreshModel());
+    EXPECT_TRUE(Await(m_station.RefreshModel()).IsDone());
     EXPECT_EQ(Written(0), "0001");
     EXPECT_EQ(Written(2), "");
     EXPECT_TRUE(m_map.findChild<QLabel*>(QStringLiteral("lblName_0"))->text().startsWith(QStringLiteral("renamed")));

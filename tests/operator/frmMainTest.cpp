@@ -53,10 +53,7 @@ protected:
         QTest::mouseClick(&m_hands->Find<ObjectPicture>(qPrintable(QStringLiteral("picQObj_%1").arg(index))),
                           Qt::LeftButton);
     }
-    void Tick() const {
-        auto* timer = m_window->findChild<QTimer*>(QStringLiteral("Timer1"));
-        ASSERT_TRUE(QMetaObject::invokeMethod(timer, "timeout"));
-    }
+    void Tick() { m_station.run.CountSecond(); }
     QStringList Info() const {
         QStringList lines;
         for (int i = 0; i < 17; ++i) {
@@ -164,19 +161,18 @@ TEST_F(frmMainTest, TheLineIsShownChosenAndTimed) {
     EXPECT_EQ(m_hands->Find<QComboBox>("cboBaud").currentIndex(), -1) << "it is not preset";
     m_dialogs.ExpectMessage(BoxKind::Critical, QStringLiteral("Please select a Device and Baudrate!"));
     m_hands->ClickButton("cmdOK");
-    const auto* timer = m_window->findChild<QTimer*>(QStringLiteral("Timer1"));
+    int ticks = 0;
+    ::QObject::connect(&m_station.run, &RunControl::SecondPassed, [&ticks] { ++ticks; });
     m_station.line.SetCommStatus(QStringLiteral("COM3"), QStringLiteral("115200"), false);
-    EXPECT_FALSE(timer->isActive());
     EXPECT_EQ(m_hands->Find<QComboBox>("cboBaud").currentText(), QStringLiteral("115200"));
 
     m_station.line.Settings.CommName = m_devices->SlavePath();
     m_station.line.SetCommStatus(m_devices->SlavePath(), QStringLiteral("9600"), false);
     m_hands->ClickButton("cmdOK");
     EXPECT_TRUE(m_station.line.PortIsOpen());
-    EXPECT_TRUE(timer->isActive());
     EXPECT_EQ(m_hands->Find<QLabel>("TimeConnect").text(), QStringLiteral("since 06:13"));
+    EXPECT_TRUE(WaitUntil([&ticks] { return ticks > 0; }));
     m_window->CloseComm();
-    EXPECT_FALSE(timer->isActive());
     EXPECT_EQ(m_window->findChild<QLabel*>(QStringLiteral("TimeConnect"))->text(), QString());
     EXPECT_EQ(m_hands->Find<QLabel>("lblDevice").text(), m_devices->SlavePath());
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "setup/frmQueue.h"
-#include "station/Station.h"
+#include "tests/support/OpenStation.h"
 #include "tests/support/StoreFile.h"
 #include "tests/support/TestClock.h"
 #include "tests/support/TestDialogs.h"
@@ -57,7 +57,7 @@ protected:
     QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
     TestClock m_clock;
     TestDialogs m_dialogs;
-    Station m_station{m_folder.path(), m_clock, m_dialogs};
+    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
     std::unique_ptr<frmQueue> m_window;
     std::optional<WindowDriver> m_hands;
 };

@@ -1,6 +1,7 @@
 #include "station/Station.h"
 
 #include "tests/support/Files.h"
+#include "tests/support/Outcomes.h"
 #include "tests/support/StationWorld.h"
 #include "tickets/RichText.h"
 
@@ -38,8 +39,7 @@ TEST_F(StationTest, EveryPrinterEndsUpHoldingWhatTheStoreDescribes) {
     std::vector<bool> busy;
     ::QObject::connect(&m_station, &Station::ProgressChanged, [&](const QString& text) { progress += text; });
     ::QObject::connect(&m_station, &Station::BusyChanged, [&](bool isBusy) { busy.push_back(isBusy); });
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
-    Await(m_station.SetServiceConfig());
+    EXPECT_EQ(Told(m_station.SetServiceConfig()), "done Information: Set config to all objects OK.");
 
     const std::map<int, TicketPrinter::ServiceRow> rows = {
         {0, {.SeriesIndex = 0, .Name = "G\xF4\xFBi tie\xE0n", .Description = "Qua\xE0y 5"}},
@@ -60,12 +60,10 @@ TEST_F(StationTest, EveryPrinterEndsUpHoldingWhatTheStoreDescribes) {
 
 TEST_F(StationTest, AnEditIsSentWithTheNextLoad) {
     OpenLine();
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
-    Await(m_station.SetServiceConfig());
+    EXPECT_EQ(Told(m_station.SetServiceConfig()), "done Information: Set config to all objects OK.");
     ASSERT_FALSE(
         m_station.database.Run({QStringLiteral("UPDATE Queue SET q_Button = 200, q_Name = 'C' WHERE q_Id = 2")}));
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
-    Await(m_station.SetServiceConfig());
+    EXPECT_EQ(Told(m_station.SetServiceConfig()), "done Information: Set config to all objects OK.");
     EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->Buttons(), (std::vector<quint8>{7, 200}));
     EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->ServiceRows().at(1).Name, "C");
 }
@@ -73,18 +71,15 @@ TEST_F(StationTest, AnEditIsSentWithTheNextLoad) {
 TEST_F(StationTest, ASilentPrinterIsToldAtTheEnd) {
     OpenLine();
     m_devices->SetSilent(32, true);
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
-    Await(m_station.SetServiceConfig());
+    EXPECT_EQ(Told(m_station.SetServiceConfig()), "failed Exclamation: Error on setting config to all objects.");
     EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->LoadsFinished(), 1);
 }
 
 TEST_F(StationTest, WithTheLineClosedNothingHangs) {
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
-    Await(m_station.SetServiceConfig());
+    EXPECT_EQ(Told(m_station.SetServiceConfig()), "failed Exclamation: Error on setting config to all objects.");
     EXPECT_EQ(m_devices->Counts().Commands, 0U);
     ASSERT_FALSE(m_station.database.Run({QStringLiteral("DELETE FROM Display WHERE d_Type = 3")}));
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
-    Await(m_station.SetHubs());
+    EXPECT_EQ(Told(m_station.SetHubs()), "done Information: Set config to all HUBs OK.");
 }
 
 TEST_F(StationTest, APulledAdapterFailsTheLoadAndTheLineOpensAgain) {
@@ -95,23 +90,21 @@ TEST_F(StationTest, APulledAdapterFailsTheLoadAndTheLineOpensAgain) {
     FaultSettings faults;
     faults.HangUpAfter = 3;
     m_devices->SetFaults(faults);
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
-    Await(m_station.SetServiceConfig());
+    EXPECT_EQ(Told(m_station.SetServiceConfig()), "failed Exclamation: Error on setting config to all objects.");
     EXPECT_TRUE(WaitUntil([&] { return !isOpen; }));
 
     m_devices->SetFaults({});
     ASSERT_EQ(m_devices->Open(), QString());
     OpenLine();
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
-    Await(m_station.SetServiceConfig());
+    EXPECT_EQ(Told(m_station.SetServiceConfig()), "done Information: Set config to all objects OK.");
 }
 
 TEST_F(StationTest, AClosedDatabaseEndsTheCommandsAndLeavesTheModel) {
     m_station.reload.ReloadAll();
     m_station.database.CloseDatabase();
     for (int command = 0; command < 2; ++command) {
-        m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Can't open Queue database!"));
-        Await(command == 0 ? m_station.RefreshModel() : m_station.SetServiceConfig());
+        EXPECT_EQ(Told(command == 0 ? m_station.RefreshModel() : m_station.SetServiceConfig()),
+                  "failed Exclamation: Can't open Queue database!");
     }
     EXPECT_EQ(m_station.installation->NumServices, 2);
     EXPECT_EQ(m_station.installation->NumObjects, 4);
@@ -120,28 +113,23 @@ TEST_F(StationTest, AClosedDatabaseEndsTheCommandsAndLeavesTheModel) {
 TEST_F(StationTest, TheModelStaysAsItIsWhileDevicesAreLoaded) {
     OpenLine();
     m_devices->SetSilent(32, true);
-    const auto load = m_station.SetServiceConfig();
+    auto load = m_station.SetServiceConfig();
     ASSERT_TRUE(m_station.IsBusy());
     ASSERT_FALSE(m_station.database.Run({QStringLiteral("DELETE FROM Display")}));
     for (int command = 0; command < 2; ++command) {
-        m_dialogs.ExpectMessage(BoxKind::Exclamation,
-                                QStringLiteral("Devices are being configured. Please try again when this is done."));
-        Await(command == 0 ? m_station.RefreshModel() : m_station.SetServiceConfig());
+        EXPECT_EQ(Told(command == 0 ? m_station.RefreshModel() : m_station.SetServiceConfig()),
+                  "refused Exclamation: Devices are being configured. Please try again when this is done.");
     }
     EXPECT_EQ(m_station.installation->NumObjects, 4);
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to all objects."));
-    EXPECT_TRUE(WaitUntil([&] { return load.isReady(); }, 30'000));
+    EXPECT_EQ(Told(std::move(load)), "failed Exclamation: Error on setting config to all objects.");
     EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->LoadsFinished(), 1);
 }
 
 TEST_F(StationTest, HubsAndClocksAreSetFromTheStore) {
     OpenLine();
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
-    Await(m_station.SetHubs());
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("done."));
-    Await(m_station.SetHubClocks());
-    m_dialogs.ExpectMessage(BoxKind::Plain, QStringLiteral(".Done"));
-    Await(m_station.SetPrinterClocks());
+    EXPECT_EQ(Told(m_station.SetHubs()), "done Information: Set config to all HUBs OK.");
+    EXPECT_EQ(Told(m_station.SetHubClocks()), "done Information: done.");
+    EXPECT_EQ(Told(m_station.SetPrinterClocks()), "failed Plain: .Done") << "one is behind a hub";
     const DeviceHub* hub = m_devices->FindAs<DeviceHub>(64);
     EXPECT_TRUE(hub->Configuration().contains("Na_Relt"));
     EXPECT_EQ(hub->ClockText(), "\x36\x3D\x56\x4A\x3B\x42\x34");
@@ -149,24 +137,23 @@ TEST_F(StationTest, HubsAndClocksAreSetFromTheStore) {
     EXPECT_TRUE(m_devices->FindAs<TicketPrinter>(33)->ClockText().isEmpty()) << "it is not reached behind its hub";
 
     m_devices->SetSilent(64, true);
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error on setting config to HUB(s)."));
-    Await(m_station.SetHubs());
+    EXPECT_EQ(Told(m_station.SetHubs()), "failed Exclamation: Error on setting config to HUB(s).");
 }
 
 TEST_F(StationTest, ABlockThatCannotBeEncodedIsNotSent) {
     OpenLine();
     ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Queue SET q_Number = 300 WHERE q_Id = 2")}));
-    m_dialogs.ExpectMessage(
-        BoxKind::Exclamation,
-        QStringLiteral("Service 'B': number 300 does not fit the hub's block, which takes 0 to 207."));
-    Await(m_station.SetHubs());
+    EXPECT_EQ(Told(m_station.SetHubs()),
+              "refused Exclamation: Service 'B': number 300 does not fit the hub's block, which takes 0 to 207.");
     EXPECT_EQ(m_devices->Counts().Commands, 0U);
 }
 
 TEST_F(StationTest, TestConnectAsksTheObjectOnItsWayAndTellsWhetherItAnswered) {
     OpenLine();
-    const QString unknown = QStringLiteral("Database not refresh, please restart application");
-    const QString noAddress = QStringLiteral("This object has no address to ask.");
+    constexpr const char* Yes = "done Plain: True";
+    constexpr const char* No = "failed Plain: False";
+    constexpr const char* Unknown = "failed Exclamation: Database not refresh, please restart application";
+    constexpr const char* NoAddress = "refused Exclamation: This object has no address to ask.";
     m_station.reload.ReloadAll();
     // The model does not know what was typed after it was loaded: a member that its hub does not list.
     m_station.installation->QObjects[1].Number = 200;
@@ -176,24 +163,24 @@ TEST_F(StationTest, TestConnectAsksTheObjectOnItsWayAndTellsWhetherItAnswered) {
         std::optional<qint32> address;
         bool listed;
         bool silent;
-        QStringList boxes;
+        const char* told;
         QByteArray command; ///< address and letter of each frame
     } cases[] = {
-        {5, 1, true, false, {QStringLiteral("True")}, "1P"},
-        {5, 1, true, true, {QStringLiteral("False")}, "1P"},
-        {5, 32, true, false, {QStringLiteral("True")}, "PP"}, // the address is that of the cell
-        {201, 99, true, false, {QStringLiteral("True")}, "pN"},
-        {201, 99, true, true, {QStringLiteral("False")}, "pN"},
-        {201, 33, false, false, {unknown}, ""},
-        {77, 1, true, false, {unknown}, ""},
-        {std::nullopt, 1, true, false, {QStringLiteral("True"), unknown}, "1P"},
-        {std::nullopt, std::nullopt, true, false, {noAddress}, ""},
-        {5, 256, true, false, {noAddress}, ""},
-        {5, std::nullopt, true, false, {noAddress}, ""},
-        {77, std::nullopt, true, false, {unknown}, ""},
-        {201, std::nullopt, true, false, {QStringLiteral("True")}, "pN"},
+        {5, 1, true, false, Yes, "1P"},
+        {5, 1, true, true, No, "1P"},
+        {5, 32, true, false, Yes, "PP"}, // the address is that of the cell
+        {201, 99, true, false, Yes, "pN"},
+        {201, 99, true, true, No, "pN"},
+        {201, 33, false, false, Unknown, ""},
+        {77, 1, true, false, Unknown, ""},
+        {std::nullopt, 1, true, false, Unknown, "1P"},
+        {std::nullopt, std::nullopt, true, false, NoAddress, ""},
+        {5, 256, true, false, NoAddress, ""},
+        {5, std::nullopt, true, false, NoAddress, ""},
+        {77, std::nullopt, true, false, Unknown, ""},
+        {201, std::nullopt, true, false, Yes, "pN"},
     };
-    for (const auto& [number, address, listed, silent, boxes, command] : cases) {
+    for (const auto& [number, address, listed, silent, told, command] : cases) {
         QByteArray sent;
         const auto traced = ::QObject::connect(&m_station.bus, &Bus::FrameSent, [&](quint8, const QByteArray& frame) {
             sent += frame.sliced(1, 1) + frame.sliced(5, 1);
@@ -201,9 +188,9 @@ TEST_F(StationTest, TestConnectAsksTheObjectOnItsWayAndTellsWhetherItAnswered) {
         m_station.installation->HubTable[3].Count = listed ? 1 : 0;
         for (const int device : {1, 33})
             m_devices->SetSilent(device, silent);
-        for (const QString& box : boxes)
-            m_dialogs.ExpectMessage(box.size() < 6 ? BoxKind::Plain : BoxKind::Exclamation, box);
-        Await(m_station.TestConnect(number, address));
+        if (!number && address)
+            m_dialogs.ExpectMessage(BoxKind::Plain, QStringLiteral("True"));
+        EXPECT_EQ(Told(m_station.TestConnect(number, address)), told);
         EXPECT_EQ(sent, command);
         ::QObject::disconnect(traced);
     }
@@ -216,7 +203,7 @@ TEST_F(StationTest, ReloadingDirectionsLeavesFirstServicesAndHubTable) {
     installation.HubTable[3].Count = 7;
     ASSERT_FALSE(m_station.database.Run({QStringLiteral("INSERT INTO [Info-Direction] VALUES (9, 1, 4)")}));
     ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name = 'new' WHERE d_Id = 1")}));
-    Await(m_station.ReloadDirections());
+    EXPECT_EQ(Told(m_station.ReloadDirections()), "done Plain: ");
     EXPECT_EQ(installation.DirectionOf(9, 1), 4);
     EXPECT_EQ(installation.QObjects[0].Name, QStringLiteral("new"));
     EXPECT_EQ(installation.QObjects[0].FirstServiceIndex, 1);
@@ -258,7 +245,8 @@ TEST_F(StationTest, TheInitializationRunGivesEveryDeviceWhatItNeeds) {
     ::QObject::connect(&m_station.init, &InitRun::presetGauge, [&](int, int max) { gauge += max; });
     ::QObject::connect(&m_station.init, &InitRun::UpdateGauge, [&](int value) { gauge += value; });
     ::QObject::connect(&m_station.init, &InitRun::closeGauge, [&] { gauge += -1; });
-    EXPECT_FALSE(Await(m_station.init.InitQObjects())) << "a clock is not relayed to the printer behind the hub";
+    EXPECT_EQ(Told(m_station.InitAllObjects()), "failed Plain: ")
+        << "a clock is not relayed to the printer behind the hub";
     EXPECT_EQ(gauge, (QList<int>{6, 1, 2, 3, 4, 5, 6, -1}));
     EXPECT_TRUE(m_station.run.QueueRunning());
     for (const int address : {32, 33}) {
@@ -273,10 +261,10 @@ TEST_F(StationTest, TheInitializationRunGivesEveryDeviceWhatItNeeds) {
 
     // A damaged form is not sent, and a run that is cancelled stops behind its object.
     WriteFile(m_folder.filePath(QStringLiteral("Ticket.bin")), "\x03");
-    m_station.init.CancelInit = true;
+    m_station.CancelInit();
     m_station.run.SetRunning(false);
     gauge.clear();
-    EXPECT_TRUE(Await(m_station.init.InitQObjects()));
+    EXPECT_EQ(Told(m_station.InitAllObjects()), "cancelled");
     EXPECT_EQ(gauge, (QList<int>{6, -1}));
     EXPECT_FALSE(m_station.run.QueueRunning());
 }
@@ -286,14 +274,13 @@ TEST_F(StationTest, TheRunNamesWhoIsSilentAndWithoutALineItWalksAllTheSame) {
     m_station.reload.ReloadAll();
     OpenLine();
     Silence({1, 40, 64});
-    Await(m_station.InitAllObjects());
-    EXPECT_EQ(m_station.init.Silent, (QStringList{u"Counter"_qs, u"Second (behind a hub)"_qs, u"Board"_qs}));
+    EXPECT_EQ(Await(m_station.InitAllObjects()).silent,
+              (QStringList{u"Counter"_qs, u"Second (behind a hub)"_qs, u"Board"_qs}));
     EXPECT_TRUE(m_station.run.QueueRunning());
 
     m_station.line.CloseComm();
     m_station.run.SetRunning(false);
-    Await(m_station.InitAllObjects());
-    EXPECT_EQ(m_station.init.Silent,
+    EXPECT_EQ(Await(m_station.InitAllObjects()).silent,
               (QStringList{u"Counter"_qs, u"Main"_qs, u"Second (behind a hub)"_qs, u"Board"_qs}));
     EXPECT_TRUE(m_station.run.QueueRunning());
 }
@@ -308,12 +295,10 @@ TEST_F(StationTest, AResetForgetsTicketsAndLetsNumbersBeginAnewWhoeverAnswers) {
     model.QServices[0].NextNumber = 1008;
     ASSERT_TRUE(model.QServices[0].WaitRing.RingAdd({.TicketNo = 1007}));
     ASSERT_TRUE(model.QServices[1].FlaggedRing.RingAdd({.TicketNo = 2007}));
-    const QString done = QStringLiteral("System reset done. Please restart Orvex.");
     for (const bool open : {false, true}) {
         if (open)
             OpenLine();
-        m_dialogs.ExpectMessage(BoxKind::Information, done);
-        Await(m_station.ResetSystem());
+        EXPECT_EQ(Told(m_station.ResetSystem()), "done Information: System reset done. Please restart Orvex.");
         EXPECT_EQ(model.LastTicketNumber, 1001);
         EXPECT_EQ(model.QServices[0].NextNumber, 1001);
         EXPECT_EQ(model.QServices[1].NextNumber, 2001);
@@ -331,8 +316,9 @@ TEST_F(StationTest, EachHubThatDoesNotTakeItsMembersIsNamed) {
     OpenLine();
     Silence({65});
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Set config to Hub number: 31 fail."));
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Init done."));
-    Await(m_station.InitHubs());
+    const Outcome outcome = Await(m_station.InitHubs());
+    EXPECT_EQ(Told(outcome), "failed Information: Init done.");
+    EXPECT_EQ(outcome.silent, QStringList{u"HUB2"_qs});
     EXPECT_EQ(m_devices->FindAs<DeviceHub>(64)->Members(), (std::vector<DeviceHub::Member>{{1, 33}}));
     EXPECT_EQ(m_devices->FindAs<DeviceHub>(66)->Members(), std::vector<DeviceHub::Member>());
 }
@@ -398,4 +384,75 @@ TEST_F(StationTest, TheVoiceProgramIsToldByItsType) {
         m_station.CloseVoice();
     }
     EXPECT_EQ(logged, QStringList{QStringLiteral("Closing voice:localnet Not support!")});
+}
+
+TEST_F(StationTest, NothingThatConfiguresDevicesRunsBesideAnotherAndBusyIsExactlyThat) {
+    OpenLine();
+    m_station.reload.ReloadAll();
+    m_devices->SetSilent(32, true);
+    std::vector<bool> busy;
+    ::QObject::connect(&m_station, &Station::BusyChanged, [&](bool isBusy) {
+        EXPECT_EQ(isBusy, m_station.IsBusy());
+        busy.push_back(isBusy);
+    });
+    const std::function<QCoro::Task<Outcome>()> operations[] = {
+        [this] { return m_station.SetServiceConfig(); }, [this] { return m_station.ConfigPrinters(); },
+        [this] { return m_station.SetHubs(); },          [this] { return m_station.InitHubs(); },
+        [this] { return m_station.SetHubClocks(); },     [this] { return m_station.SetPrinterClocks(); },
+        [this] { return m_station.InitAllObjects(); },   [this] { return m_station.ResetSystem(); },
+        [this] { return m_station.LoadVniFont(true); },  [this] { return m_station.SetHubCounter(u"3"_qs); }};
+    auto first = m_station.SetPrinterClocks();
+    for (const auto& operation : operations) {
+        EXPECT_EQ(Told(operation()),
+                  "refused Exclamation: Devices are being configured. Please try again when this is done.");
+    }
+    // The bench is no such operation.
+    EXPECT_EQ(Told(m_station.Console().TestHub(3)).substr(0, 15), "done Plain: Add");
+    EXPECT_EQ(Told(std::move(first)), "failed Plain: .Done");
+    EXPECT_EQ(busy, (std::vector<bool>{true, false}));
+}
+
+TEST_F(StationTest, TheEndCutsAnOperationOffWhereItStands) {
+    const std::function<QCoro::Task<Outcome>(Station&)> operations[] = {
+        [](Station& station) { return station.ResetSystem(); },
+        [](Station& station) { return station.InitAllObjects(); },
+        [](Station& station) { return station.SetServiceConfig(); },
+        [](Station& station) { return station.SetHubs(); }};
+    for (std::size_t which = 0; which < std::size(operations); ++which) {
+        // From every command on: nothing is sent, deleted, logged or said behind the cut.
+        int cuts = 0;
+        for (int commands = 1;; ++commands) {
+            TestClock clock;
+            TestDialogs dialogs;
+            OpenStation station({m_folder.path(), m_folder.path()}, clock, dialogs);
+            ASSERT_TRUE(station.OpenStore(m_store).IsDone());
+            ASSERT_FALSE(station.database.Run(
+                {QStringLiteral("INSERT INTO rData (ServiceId, TicketNo, Flags) VALUES (1, 1007, 0)")}));
+            Simulate(m_store);
+            station.UsePort(m_devices->SlavePath(), u"115200"_qs);
+            ASSERT_TRUE(Await(station.line.OpenPort()));
+            int sent = 0;
+            QStringList behind;
+            int sentBefore = 0;
+            const auto cut = [&] {
+                sentBefore = sent;
+                ::QObject::connect(&station.log, &EventLog::Written, [&](const QString& line) { behind += line; });
+                station.Close();
+            };
+            ::QObject::connect(&station.bus, &Bus::FrameSent, &station, [&] {
+                if (++sent == commands)
+                    QMetaObject::invokeMethod(&station, cut, Qt::QueuedConnection);
+            });
+            const Outcome outcome = Await(operations[which](station));
+            EXPECT_FALSE(station.IsBusy());
+            if (sent < commands || outcome.end != Outcome::End::Cancelled)
+                break;
+            ++cuts;
+            EXPECT_EQ(sent, sentBefore);
+            EXPECT_EQ(behind, QStringList());
+            EXPECT_EQ(station.tickets.GetMaxTicket(1), 1007) << which << " after " << commands;
+            EXPECT_FALSE(station.run.QueueRunning());
+        }
+        EXPECT_GE(cuts, 1) << which;
+    }
 }

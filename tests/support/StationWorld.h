@@ -2,7 +2,7 @@
 
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
-#include "station/Station.h"
+#include "tests/support/OpenStation.h"
 #include "tests/support/StoreFile.h"
 #include "tests/support/TestClock.h"
 #include "tests/support/TestDialogs.h"
@@ -49,5 +49,5 @@ protected:
     std::unique_ptr<SimulatedBus> m_devices;
     TestClock m_clock;
     TestDialogs m_dialogs;
-    Station m_station{m_folder.path(), m_clock, m_dialogs};
+    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/Ended.h"
 
 #include <vector>
 
@@ -23,11 +24,17 @@ public:
         co_return;
     }
 
-    void Close() override {}
+    void Close() override { m_closed = true; }
+    /// For a program that starts anew.
+    void Reopen() { m_closed = false; }
 
 private:
     void Pass(int milliseconds) {
+        if (m_closed)
+            throw Ended();
         Waits.push_back(milliseconds);
         Time = Time.addMSecs(milliseconds);
     }
+
+    bool m_closed = false;
 };

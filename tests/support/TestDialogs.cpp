@@ -1,5 +1,7 @@
 #include "tests/support/TestDialogs.h"
 
+#include "platform/Ended.h"
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -64,7 +66,7 @@ void TestDialogs::ExpectText(const QString& prompt, const QString& typed) {
 
 TestDialogs::Expected TestDialogs::Next(const QString& kind, const QString& text) {
     if (m_closed)
-        return {};
+        throw Ended();
     if (m_expected.empty()) {
         ADD_FAILURE() << "unexpected box: " << qPrintable(kind) << " \"" << qPrintable(text) << "\"";
         return {};

@@ -1,7 +1,7 @@
 #include "utilities/frmOptions.h"
 
-#include "station/Station.h"
 #include "tests/support/Files.h"
+#include "tests/support/OpenStation.h"
 #include "tests/support/TestClock.h"
 #include "tests/support/TestDialogs.h"
 #include "tests/support/WindowDriver.h"
@@ -30,7 +30,7 @@ protected:
     QString m_autostart = m_folder.filePath(QStringLiteral("autostart"));
     TestClock m_clock;
     TestDialogs m_dialogs;
-    Station m_station{m_folder.path(), m_clock, m_dialogs};
+    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
     RegistryStore m_registry{m_folder.filePath(QStringLiteral("Registry.json")), m_autostart};
     QPointer<frmOptions> m_window;
     std::optional<WindowDriver> m_hands;

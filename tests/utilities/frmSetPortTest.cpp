@@ -1,7 +1,6 @@
 #include "utilities/frmSetPort.h"
 
-#include "core/IniUtility.h"
-#include "link/CommLine.h"
+#include "tests/support/OpenStation.h"
 #include "tests/support/PseudoTerminal.h"
 #include "tests/support/TestClock.h"
 #include "tests/support/TestDialogs.h"
@@ -20,9 +19,9 @@ namespace {
 class frmSetPortTest : public ::testing::Test {
 protected:
     void Show(const QString& savedPort, const QString& savedBaud) {
-        m_line.Settings = {.CommDevice = savedPort, .CommName = savedPort, .CommBaud = savedBaud};
+        m_station.UsePort(savedPort, savedBaud);
         m_window = std::make_unique<frmSetPort>(
-            m_line, QList<SerialControl::Port>{{m_terminal.Path(), QStringLiteral("Adapter")}});
+            m_station, QList<SerialControl::Port>{{m_terminal.Path(), QStringLiteral("Adapter")}});
         m_window->show();
         ASSERT_TRUE(QTest::qWaitForWindowActive(m_window.get()));
     }
@@ -37,17 +36,15 @@ protected:
 
     QString Saved(const QString& key) const {
         QString value;
-        m_ini.ReadIni(QStringLiteral("Comm"), key, value);
+        m_station.ini.ReadIni(QStringLiteral("Comm"), key, value);
         return value;
     }
 
     QTemporaryDir m_folder;
     PseudoTerminal m_terminal;
-    IniUtility m_ini{m_folder.filePath(QStringLiteral("Tallora.ini"))};
     TestClock m_clock;
     TestDialogs m_dialogs;
-    SerialControl m_control;
-    CommLine m_line{m_control, m_ini, m_dialogs, m_clock};
+    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
     std::unique_ptr<frmSetPort> m_window;
 };
 
@@ -81,7 +78,7 @@ TEST_F(frmSetPortTest, AnIncompleteChoiceChangesNothing) {
     m_dialogs.ExpectMessage(BoxKind::Critical, QStringLiteral("Please select a Device and Baudrate!"));
     Set();
     EXPECT_TRUE(m_window->isVisible());
-    EXPECT_FALSE(m_control.IsOpen());
+    EXPECT_FALSE(m_station.control.IsOpen());
     EXPECT_TRUE(Saved(QStringLiteral("Device")).isEmpty());
 }
 
@@ -92,8 +89,8 @@ TEST_F(frmSetPortTest, AGoodChoiceIsSavedOpenedAndRemembered) {
     Box("cboBaud").setCurrentText(QStringLiteral("115200"));
     Set();
     EXPECT_TRUE(WaitUntil([this] { return !m_window->isVisible(); }));
-    EXPECT_TRUE(m_line.PortIsOpen());
-    EXPECT_EQ(m_control.BaudRate(), 115200);
+    EXPECT_TRUE(m_station.line.PortIsOpen());
+    EXPECT_EQ(m_station.control.BaudRate(), 115200);
     EXPECT_EQ(Saved(QStringLiteral("Device")), m_terminal.Path());
     EXPECT_EQ(Saved(QStringLiteral("Baud")), QStringLiteral("115200"));
 
@@ -104,6 +101,6 @@ TEST_F(frmSetPortTest, AGoodChoiceIsSavedOpenedAndRemembered) {
     m_dialogs.ExpectMessage(BoxKind::Critical, QStringLiteral("COM port used by another program!"));
     Set();
     EXPECT_TRUE(m_window->isVisible() && m_window->isEnabled());
-    EXPECT_FALSE(m_line.PortIsOpen());
+    EXPECT_FALSE(m_station.line.PortIsOpen());
     EXPECT_EQ(Saved(QStringLiteral("Device")), m_terminal.Path());
 }

@@ -15,7 +15,7 @@ class frmUtilsTest : public TicketStore {};
 } // namespace
 
 TEST_F(frmUtilsTest, TheWindowKeepsItsSettingsAtOnceAndLocksWhatIsNotChosen) {
-    auto* window = new frmUtils(m_station, m_maintenance);
+    auto* window = new frmUtils(m_station);
     window->show();
     const WindowDriver hands(*window);
     EXPECT_TRUE(hands.Find<QRadioButton>("optFromYear").isChecked());

@@ -8,6 +8,9 @@ struct ProgramFolders {
     QString user;    ///< settings, log, database, backups, forms
 };
 
+/// The folders of the running program, prepared.
+ProgramFolders FoldersOfProgram();
+
 /// The user's files lie beside the executable if that folder can be written to, otherwise in a folder of the user's own
 /// (~/.local/share/Orvex), which is made at the first start, with the letter files and the empty folder of forms.
 /// @param install the folder of the executable.

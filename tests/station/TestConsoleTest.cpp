@@ -1,8 +1,9 @@
-#include "tests/console/ConsoleWorld.h"
+#include "tests/support/ConsoleWorld.h"
 
 #include "link/Frames.h"
 #include "platform/AnsiText.h"
 #include "platform/Clock.h"
+#include "tests/support/Outcomes.h"
 #include "tests/support/PseudoTerminal.h"
 
 #include <QElapsedTimer>
@@ -38,7 +39,7 @@ TEST_F(TestConsoleTest, EachButtonSendsItsCommand) {
     m_station.options.InfoNumChars = 4;
     const QString fail = QStringLiteral("Fail");
     struct Case {
-        std::function<QCoro::Task<>()> start;
+        std::function<QCoro::Task<Outcome>()> start;
         QByteArray sent;
         std::optional<std::pair<BoxKind, QString>> box;
     };
@@ -76,13 +77,16 @@ TEST_F(TestConsoleTest, EachButtonSendsItsCommand) {
     // All at once: the line serves them in turn, and the time-outs are the only thing to wait for.
     for (const Case& one : cases) {
         m_sent.clear();
-        if (one.box)
-            m_dialogs.ExpectMessage(one.box->first, one.box->second);
-        const auto running = one.start();
+        auto running = one.start();
         EXPECT_EQ(m_sent, QByteArrayList{one.sent});
         // What is not answered by now never will be.
         control.Close();
-        EXPECT_TRUE(running.isReady());
+        ASSERT_TRUE(running.isReady());
+        const Outcome outcome = Await(std::move(running));
+        EXPECT_EQ(outcome.text, one.box ? one.box->second : QString()) << one.sent.toStdString();
+        if (one.box) {
+            EXPECT_EQ(outcome.kind, one.box->first) << one.sent.toStdString();
+        }
         ASSERT_TRUE(control.Open());
     }
 }
@@ -91,9 +95,8 @@ TEST_F(TestConsoleTest, WhatCannotBeSentIsToldAndNotSent) {
     OpenLine();
     const QString address = QStringLiteral("Invalid address.");
     const QString hub = QStringLiteral("No hub selected.");
-    const auto expect = [this](const QString& text, const std::function<QCoro::Task<>()>& start) {
-        m_dialogs.ExpectMessage(BoxKind::Exclamation, text);
-        Await(start());
+    const auto expect = [this](const QString& text, const std::function<QCoro::Task<Outcome>()>& start) {
+        EXPECT_EQ(Told(start()), "refused Exclamation: " + text.toStdString());
     };
     for (const QString& typed : {QStringLiteral("256"), QStringLiteral("-1"), QStringLiteral("99999999999")}) {
         expect(address, [&] { return m_console.TestConnection(typed); });
@@ -114,26 +117,21 @@ TEST_F(TestConsoleTest, WhatCannotBeSentIsToldAndNotSent) {
 
 TEST_F(TestConsoleTest, WhatTheDevicesAnswerIsShown) {
     OpenLine();
-    const auto shown = [](const char* start, const QByteArray& body) {
-        return QString::fromLatin1(start) + ansi::Decode(frames::BuildFrame(body));
+    const auto shown = [](const std::string& start, const QByteArray& body) {
+        return start + ansi::Decode(frames::BuildFrame(body)).toStdString();
     };
-    m_dialogs.ExpectMessage(BoxKind::Plain, shown("Addr #1 OK:", "1001P"));
-    Await(m_console.TestConnection(QStringLiteral("1")));
-    m_dialogs.ExpectMessage(BoxKind::Plain, shown("OK:", "1102Q0"));
-    Await(m_console.GetKey(QStringLiteral("1")));
-    m_dialogs.ExpectMessage(BoxKind::Information,
-                            QStringLiteral("Serive table : Error\r\nButton config table : Error\r\nPrinter Form : Error"
-                                           "\r\nVNI Table : Error\r\nScheduler : Error or not Use\r\nXON : 1\r\n"));
-    Await(m_console.PrinterStatus(QStringLiteral("32")));
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Command Ok."));
-    Await(m_console.SwitchPower(QStringLiteral("100"), true));
+    EXPECT_EQ(Told(m_console.TestConnection(u"1"_qs)), shown("done Plain: Addr #1 OK:", "1001P"));
+    EXPECT_EQ(Told(m_console.GetKey(u"1"_qs)), shown("done Plain: OK:", "1102Q0"));
+    EXPECT_EQ(Told(m_console.PrinterStatus(u"32"_qs)),
+              "done Information: Serive table : Error\r\nButton config table : Error\r\nPrinter Form : Error\r\n"
+              "VNI Table : Error\r\nScheduler : Error or not Use\r\nXON : 1\r\n");
+    EXPECT_EQ(Told(m_console.SwitchPower(u"100"_qs, true)), "done Information: Command Ok.");
     EXPECT_TRUE(m_devices->FindAs<PowerUnit>(100)->IsOn());
-    m_dialogs.ExpectMessage(BoxKind::Plain, QStringLiteral("Sub 0 OK"));
-    Await(m_console.TestSub(Hub, QStringLiteral("0")));
-    Await(m_console.SetInfo(QStringLiteral("40"), QStringLiteral("8")));
+    EXPECT_EQ(Told(m_console.TestSub(Hub, u"0"_qs)), "done Plain: Sub 0 OK");
+    EXPECT_EQ(Told(m_console.SetInfo(u"40"_qs, u"8"_qs)), "done Plain: ");
     EXPECT_EQ(m_devices->FindAs<InformationDisplay>(40)->Text(), QByteArray(21, '8'));
     m_dialogs.ExpectText(QStringLiteral("Password:"), QStringLiteral("anything"));
-    Await(m_console.AskPassword());
+    EXPECT_EQ(Told(m_console.AskPassword()), "done Plain: ");
 }
 
 TEST(PrinterStatusTest, MissingAndOddFlagsShowAsErrors) {
@@ -242,7 +240,7 @@ TEST_F(TestConsoleTest, PollAndPrinterLoadDoNotHoldEachOtherUp) {
     HastyClock clock;
     TestDialogs dialogs;
     QTemporaryDir folder;
-    Station station(folder.path(), clock, dialogs);
+    OpenStation station({folder.path(), folder.path()}, clock, dialogs);
     station.database.OpenDatabase(m_store);
     station.reload.ReloadAll();
     station.line.Settings = {
@@ -255,7 +253,7 @@ TEST_F(TestConsoleTest, PollAndPrinterLoadDoNotHoldEachOtherUp) {
         return timer.elapsed();
     };
     const qint64 alone = load();
-    TestConsole console(station);
+    TestConsole& console = station.Console();
     const auto polling = console.PoolTicket(QStringLiteral("32"));
     int polls = 0;
     ::QObject::connect(&station.bus, &Bus::ReplyTaken,

@@ -29,7 +29,7 @@ protected:
         });
     }
 
-    TestConsole m_console{m_station};
+    TestConsole& m_console = m_station.Console();
     QStringList m_tickets;
     QByteArrayList m_sent; ///< "5 P": address, letter and data
 };

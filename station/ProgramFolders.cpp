@@ -1,7 +1,15 @@
-#include "app/ProgramFolders.h"
+#include "station/ProgramFolders.h"
 
+#include <QCoreApplication>
 #include <QDir>
-#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+ProgramFolders FoldersOfProgram() {
+    const QString install = QCoreApplication::applicationDirPath();
+    const QString shared = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return PrepareFolders(install, shared + QStringLiteral("/Orvex"), QFileInfo(install).isWritable());
+}
 
 ProgramFolders PrepareFolders(const QString& install, const QString& ofUser, bool isWritable) {
     if (isWritable)
