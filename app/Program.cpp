@@ -121,9 +121,9 @@ void Program::ShowPortWindow(QWidget& parent) {
 }
 
 void Program::ShowTicketDesigner(QWidget& parent) {
-    auto* designer = new frmDesignTicket(m_station->Forms(), m_station->Model(), m_dialogs, &parent);
+    auto* designer = new frmDesignTicket(*m_station, &parent);
     connect(designer, &frmDesignTicket::LogoEditorWanted, this, [this, designer] {
-        auto* editor = new frmEditLogo(m_station->Forms(), m_dialogs, designer);
+        auto* editor = new frmEditLogo(*m_station, designer);
         // What it has saved can be used in the form.
         connect(editor, &QObject::destroyed, designer, &frmDesignTicket::ListLogos);
         editor->show();

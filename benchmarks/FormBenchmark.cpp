@@ -56,9 +56,10 @@ void BenchmarkForms() {
     for (const int baud : {9600, 115200}) {
         PacedPrinter printer(baud);
         WindowDialogs dialogs;
-        FormTransfer transfer(*printer.Installation, printer.Router, printer.Waits, dialogs, printer.Log);
+        FormTransfer transfer({*printer.Installation, printer.Router, printer.Waits, dialogs, printer.Log});
         const CompiledForm full{QByteArray(CompiledForm::LongestForm, 'x'), {}, 0};
-        printer.Measure("Transfer of a form of 65 frames",
-                        [&] { return QCoro::waitFor(transfer.SendFormAndLogo(0, full, false, true)); });
+        printer.Measure("Transfer of a form of 65 frames", [&] {
+            return QCoro::waitFor(transfer.SendFormAndLogo(0, full, Logos::Without, FormTransfer::Occasion::Designer));
+        });
     }
 }

@@ -2,6 +2,7 @@
 
 #include "benchmarks/PacedPrinter.h"
 #include "printers/PrinterConfig.h"
+#include "widgets/WindowDialogs.h"
 
 namespace {
 
@@ -22,10 +23,10 @@ void BenchmarkPrinterLoad() {
     for (const int baud : {9600, 115200}) {
         PacedPrinter printer(baud);
         DescribeServices(*printer.Installation);
-        PrinterConfig config(
-            printer.Folder.path(), *printer.Installation, printer.Router, printer.Waits,
-            [](qint32) { return QStringLiteral("1, 2, 3"); }, printer.Log);
+        WindowDialogs dialogs;
+        PrinterConfig config({*printer.Installation, printer.Router, printer.Waits, dialogs, printer.Log},
+                             printer.Folder.path(), [](qint32) { return QStringLiteral("1, 2, 3"); });
         printer.Measure("Load of a printer, 64 services",
-                        [&] { return QCoro::waitFor(config.SendPrinterConfig(0, true)); });
+                        [&] { return QCoro::waitFor(config.SendPrinterConfig(0, PrinterConfig::Load::Full)); });
     }
 }

@@ -1,12 +1,12 @@
 #include "designer/frmDesignTicket.h"
 
-#include "core/Installation.h"
 #include "designer/ui_frmDesignTicket.h"
 #include "platform/AnsiText.h"
 #include "platform/Dialogs.h"
-#include "printers/TicketForms.h"
+#include "station/Station.h"
 #include "tickets/RichText.h"
 #include "tickets/VniText.h"
+#include "widgets/OutcomeBox.h"
 #include "widgets/WindowFonts.h"
 
 #include <QApplication>
@@ -89,12 +89,11 @@ QString RefusedText(const QString& characters) {
 
 } // namespace
 
-frmDesignTicket::frmDesignTicket(TicketForms& forms, const model::Installation& installation, Dialogs& dialogs,
-                                 QWidget* parent)
+frmDesignTicket::frmDesignTicket(Station& station, QWidget* parent)
     : QMainWindow(parent)
-    , m_forms(forms)
-    , m_installation(installation)
-    , m_dialogs(dialogs)
+    , m_station(station)
+    , m_forms(station.Forms())
+    , m_dialogs(station.dialogs)
     , m_ui(std::make_unique<Ui::frmDesignTicket>()) {
     fonts::Register();
     QFont vniFont = font();
@@ -124,7 +123,7 @@ frmDesignTicket::frmDesignTicket(TicketForms& forms, const model::Installation& 
 }
 
 frmDesignTicket::~frmDesignTicket() {
-    ShowRunning(false);
+    ShowSending(false);
     m_forms.SetLastForm(m_formPath);
 }
 
@@ -187,9 +186,9 @@ void frmDesignTicket::SetUpCommands() {
     connect(m_ui->mnUndo, &QAction::triggered, m_ui->rtfPrintForm, &QTextEdit::undo);
     connect(m_ui->mnRedo, &QAction::triggered, m_ui->rtfPrintForm, &QTextEdit::redo);
     connect(m_ui->cmdSend, &QPushButton::clicked, this, &frmDesignTicket::Send);
-    connect(m_ui->mnSend, &QAction::triggered, this, [this] { SendToAll(false); });
-    connect(m_ui->mnSendFormnLogo, &QAction::triggered, this, [this] { SendToAll(true); });
-    connect(m_ui->cmdCancelSend, &QPushButton::clicked, this, [this] { m_forms.transfer.Cancel(); });
+    connect(m_ui->mnSend, &QAction::triggered, this, [this] { SendToAll(Logos::Without); });
+    connect(m_ui->mnSendFormnLogo, &QAction::triggered, this, [this] { SendToAll(Logos::With); });
+    connect(m_ui->cmdCancelSend, &QPushButton::clicked, this, [this] { m_station.CancelForm(); });
     connect(m_ui->txtNumcopy, &QSpinBox::valueChanged, this, [this](int copies) {
         m_forms.SetTicketCopies(static_cast<qint16>(copies));
         m_preview.start();
@@ -198,22 +197,22 @@ void frmDesignTicket::SetUpCommands() {
         m_forms.SetTicketDigits(static_cast<qint16>(digits));
         m_preview.start();
     });
-    connect(&m_forms, &TicketForms::RunningChanged, this, &frmDesignTicket::ShowRunning);
-    connect(&m_forms.transfer, &FormTransfer::Progress, this, &frmDesignTicket::ShowProgress);
+    connect(&m_station, &Station::BusyChanged, this, &frmDesignTicket::ShowBusy);
+    connect(&m_station, &Station::ProgressChanged, m_ui->statusBar,
+            [this](const QString& text) { m_ui->statusBar->showMessage(text); });
+    m_ui->cmdCancelSend->setEnabled(false);
+    ShowBusy(m_station.IsBusy());
 }
 
 void frmDesignTicket::LoadTicketOptions() {
-    m_ui->txtNumcopy->setValue(m_forms.TicketCopies);
-    m_ui->txtTicketdigits->setValue(m_forms.m_TicketDigits);
+    m_ui->txtNumcopy->setValue(m_forms.TicketCopies());
+    m_ui->txtTicketdigits->setValue(m_forms.TicketDigits());
 }
 
 void frmDesignTicket::FillPrinters() {
     m_ui->cboPrinters->addItem(QStringLiteral("All"), -1);
-    const auto objects = m_installation.LoadedObjects();
-    for (std::size_t i = 0; i < objects.size(); ++i) {
-        if (objects[i].Type == model::Printer)
-            m_ui->cboPrinters->addItem(objects[i].Name, static_cast<int>(i));
-    }
+    for (const qint16 printer : m_station.Model().ObjectsOf(model::Printer))
+        m_ui->cboPrinters->addItem(m_station.Model().Object(printer).Name, printer);
     m_ui->cboPrinters->setCurrentIndex(0);
 }
 
@@ -325,42 +324,46 @@ void frmDesignTicket::Warn(const QString& text) {
 void frmDesignTicket::Send() {
     if (m_ui->cboPrinters->currentIndex() < 0)
         return;
-    const int object = m_ui->cboPrinters->currentData().toInt();
-    const bool withLogo = m_ui->chkSendLogo->isChecked();
+    const auto object = m_ui->cboPrinters->currentData().value<qint16>();
+    const Logos logos = m_ui->chkSendLogo->isChecked() ? Logos::With : Logos::Without;
     if (object < 0)
-        SendToAll(withLogo);
+        SendToAll(logos);
     else
-        m_forms.SendToPrinter(static_cast<qint16>(object), m_ui->rtfPrintForm->Document(), m_formPath, withLogo);
+        Follow(m_station.SendForm(object, m_ui->rtfPrintForm->Document(), m_formPath, logos));
 }
 
-void frmDesignTicket::SendToAll(bool withLogo) {
-    m_forms.SendToAllPrinters(m_ui->rtfPrintForm->Document(), m_formPath, withLogo);
+void frmDesignTicket::SendToAll(Logos logos) {
+    Follow(m_station.SendFormToAll(m_ui->rtfPrintForm->Document(), m_formPath, logos));
 }
 
-void frmDesignTicket::ShowRunning(bool running) {
-    m_ui->cmdSend->setEnabled(!running);
-    m_ui->mnSend->setEnabled(!running);
-    m_ui->mnSendFormnLogo->setEnabled(!running);
-    m_ui->cmdCancelSend->setEnabled(running);
-    if (!running)
+void frmDesignTicket::Follow(QCoro::Task<Outcome> transfer) {
+    ShowSending(true);
+    ShowOutcome(m_dialogs, std::move(transfer)).then([window = QPointer(this)](const Outcome&) {
+        if (window)
+            window->ShowSending(false);
+    });
+}
+
+void frmDesignTicket::ShowSending(bool isSending) {
+    m_ui->cmdCancelSend->setEnabled(isSending);
+    if (!isSending)
         m_ui->statusBar->clearMessage();
-    if (running == m_isBusy)
+    if (std::exchange(m_isSending, isSending) == isSending)
         return;
-    m_isBusy = running;
-    if (running)
+    if (isSending)
         QApplication::setOverrideCursor(Qt::BusyCursor);
     else
         QApplication::restoreOverrideCursor();
 }
 
-void frmDesignTicket::ShowProgress(const QString& printer, const QString& phase, int done, int total) {
-    m_ui->statusBar->showMessage(total == 0
-                                     ? tr("Printer %1: %2").arg(printer, phase)
-                                     : tr("Printer %1: %2, frame %3 of %4").arg(printer, phase).arg(done).arg(total));
+void frmDesignTicket::ShowBusy(bool busy) {
+    m_ui->cmdSend->setEnabled(!busy);
+    m_ui->mnSend->setEnabled(!busy);
+    m_ui->mnSendFormnLogo->setEnabled(!busy);
 }
 
 void frmDesignTicket::closeEvent(QCloseEvent* event) {
-    if (m_forms.IsRunning()) {
+    if (m_isSending) {
         m_ui->statusBar->showMessage(tr("The form is being sent. Cancel the transfer first."));
         event->ignore();
         return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Outcome.h"
 #include "tickets/TicketDocument.h"
 #include "tickets/TicketPaper.h"
 
@@ -10,12 +11,11 @@
 #include <memory>
 
 class Dialogs;
+class Station;
 class TicketForms;
+enum class Logos;
 namespace Ui {
 class frmDesignTicket;
-}
-namespace model {
-struct Installation;
 }
 
 /// The ticket designer: writes a ticket form, shows how it will be printed, and sends it to printers.
@@ -23,9 +23,8 @@ class frmDesignTicket : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// The references must outlive the window.
-    frmDesignTicket(TicketForms& forms, const model::Installation& installation, Dialogs& dialogs,
-                    QWidget* parent = nullptr);
+    /// @param station must outlive the window.
+    explicit frmDesignTicket(Station& station, QWidget* parent = nullptr);
     ~frmDesignTicket() override;
 
     /// Lists the logos of the data folder anew.
@@ -57,12 +56,14 @@ private:
     void Warn(const QString& text);
 
     void Send();
-    void SendToAll(bool withLogo);
-    void ShowRunning(bool running);
-    void ShowProgress(const QString& printer, const QString& phase, int done, int total);
+    void SendToAll(Logos logos);
+    /// Follows a transfer to its end, and shows what came of it.
+    void Follow(QCoro::Task<Outcome> transfer);
+    void ShowSending(bool isSending);
+    void ShowBusy(bool busy);
 
+    Station& m_station;
     TicketForms& m_forms;
-    const model::Installation& m_installation;
     Dialogs& m_dialogs;
     std::unique_ptr<Ui::frmDesignTicket> m_ui;
     TicketPaper m_paper;
@@ -70,5 +71,5 @@ private:
     QString m_formPath; ///< of the loaded form, empty if it has none
     bool m_formChanged = false;
     bool m_mayClose = false; ///< the user has given up what is not saved
-    bool m_isBusy = false;
+    bool m_isSending = false;
 };

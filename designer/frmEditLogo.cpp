@@ -3,7 +3,7 @@
 #include "designer/frmImportLogo.h"
 #include "designer/ui_frmEditLogo.h"
 #include "platform/Dialogs.h"
-#include "printers/TicketForms.h"
+#include "station/Station.h"
 #include "tickets/LogoImport.h"
 
 #include <QCloseEvent>
@@ -24,10 +24,10 @@ QString Filter() {
 
 } // namespace
 
-frmEditLogo::frmEditLogo(TicketForms& forms, Dialogs& dialogs, QWidget* parent)
+frmEditLogo::frmEditLogo(Station& station, QWidget* parent)
     : QMainWindow(parent)
-    , m_forms(forms)
-    , m_dialogs(dialogs)
+    , m_forms(station.Forms())
+    , m_dialogs(station.dialogs)
     , m_ui(std::make_unique<Ui::frmEditLogo>()) {
     m_ui->setupUi(this);
     setWindowModality(Qt::ApplicationModal);

@@ -7,6 +7,7 @@
 
 class Dialogs;
 class LogoCells;
+class Station;
 class TicketForms;
 namespace Ui {
 class frmEditLogo;
@@ -17,8 +18,8 @@ class frmEditLogo : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// The references must outlive the window.
-    frmEditLogo(TicketForms& forms, Dialogs& dialogs, QWidget* parent = nullptr);
+    /// @param station must outlive the window.
+    explicit frmEditLogo(Station& station, QWidget* parent = nullptr);
     ~frmEditLogo() override;
 
     /// Shows a picture file, reduced to two levels in a window of its own, as a new logo.

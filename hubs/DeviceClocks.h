@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
+#include <QStringList>
 
 #include <qcoro/qcorotask.h>
 
@@ -19,7 +19,7 @@ struct Installation;
 /// the clock text), and the hubs' counter option (`K` with the number of tickets called as a small number).
 ///
 /// All go straight to the device's address; a printer behind a hub is not reached this way. A device that does not
-/// answer does not stop the run. Each result is true if all answered, also if there is no such device.
+/// answer does not stop the run. Each result names those that did not.
 class DeviceClocks {
 public:
     /// The references must outlive this object.
@@ -28,14 +28,14 @@ public:
     /// Called with the name of each device before something is sent to it.
     std::function<void(const QString&)> OnDevice = [](const QString&) {};
 
-    QCoro::Task<bool> SetHubTime();
-    QCoro::Task<bool> SetAllPrinterTimes();
+    QCoro::Task<QStringList> SetHubTime();
+    QCoro::Task<QStringList> SetAllPrinterTimes();
 
     /// @param ticketsCalled 1 to 10.
-    QCoro::Task<bool> SetHubOption(qint16 ticketsCalled);
+    QCoro::Task<QStringList> SetHubOption(qint16 ticketsCalled);
 
 private:
-    QCoro::Task<bool> SendToAll(model::ObjectType type, char letter, QByteArray data);
+    QCoro::Task<QStringList> SendToAll(model::ObjectType type, char letter, QByteArray data);
 
     Bus& m_bus;
     const model::Installation& m_installation;

@@ -24,29 +24,26 @@ DeviceStart::DeviceStart(Bus& bus, HubRouter& router, const model::Installation&
     , m_clock(clock) {}
 
 QCoro::Task<bool> DeviceStart::Send(qint16 object, char letter, QByteArray data) {
-    const quint8 address = m_installation.QObjects[static_cast<std::size_t>(object)].Address;
+    const quint8 address = m_installation.Object(object).Address;
     const Reply reply = co_await m_bus.SendCommand(address, letter, data, Bus::DirectTimeout, OneTry);
     co_return reply.ok;
 }
 
 QCoro::Task<bool> DeviceStart::CounterTime(qint16 object) {
-    const QByteArray time = encoding::TimeText(m_clock.Now());
-    const bool answered = co_await Send(object, 'S', time);
+    const bool answered = co_await Send(object, 'S', encoding::TimeText(m_clock.Now()));
     Q_EMIT UpdateObjectDisplay(object, model::Counter, 0, {});
     co_return answered;
 }
 
 QCoro::Task<bool> DeviceStart::PrinterTime(qint16 object) {
-    const QByteArray time = encoding::ClockText(m_clock.Now());
-    const bool answered = co_await Send(object, 'S', time);
+    const bool answered = co_await Send(object, 'S', encoding::ClockText(m_clock.Now()));
     if (m_options.MultiTicketSeries)
         Q_EMIT UpdateObjectDisplay(object, model::Printer, m_installation.LastTicketNumber, {});
     co_return answered;
 }
 
 QCoro::Task<bool> DeviceStart::DisplayQuery(qint16 object) {
-    const QByteArray none;
-    const bool answered = co_await Send(object, 'S', none);
+    const bool answered = co_await Send(object, 'S', {});
     Q_EMIT UpdateObjectDisplay(object, model::Display, 0, {});
     co_return answered;
 }
@@ -62,7 +59,7 @@ QCoro::Task<bool> DeviceStart::SetHubCounterNumber(qint16 object, QByteArray tex
     if (text.isEmpty())
         text = QByteArrayLiteral("----");
     bool answered = false;
-    if (const std::optional<HubRouter::Place> place = m_router.FindHubSlot(object)) {
+    if (const std::optional<model::HubPlace> place = m_installation.PlaceBehindHub(object)) {
         const QByteArray data = QByteArrayLiteral("1") + encoding::SmallNumber(place->slot) + text;
         answered = co_await Send(place->hub, 'H', data);
     }
@@ -95,7 +92,7 @@ QCoro::Task<bool> DeviceStart::BroadcastResetAndTime(std::function<bool()> isCan
     bool all = true;
     for (qint16 i = 0; i < m_installation.NumObjects; ++i) {
         bool answered = true;
-        switch (m_installation.QObjects[static_cast<std::size_t>(i)].Type) {
+        switch (m_installation.Object(i).Type) {
         case model::Counter:
             answered = co_await CounterTime(i);
             break;

@@ -132,7 +132,7 @@ QByteArray HubConfig::MemberList(qint16 object) const {
     const model::HubRow& row = m_installation.HubTable[static_cast<std::size_t>(object)];
     QByteArray list(1, SmallNumber(row.Count));
     for (const qint16 slot : std::span(row.Slots).first(static_cast<std::size_t>(row.Count))) {
-        const model::QObject& member = m_installation.QObjects[static_cast<std::size_t>(slot)];
+        const model::QObject& member = m_installation.Object(slot);
         list += SmallNumber(member.Type);
         list += SmallNumber(member.Address);
     }
@@ -140,9 +140,8 @@ QByteArray HubConfig::MemberList(qint16 object) const {
 }
 
 QCoro::Task<bool> HubConfig::SendHubMembers(qint16 object) {
-    const QByteArray list = MemberList(object);
-    const quint8 address = m_installation.QObjects[static_cast<std::size_t>(object)].Address;
-    const Reply reply = co_await m_bus.SendCommand(address, 'W', list, Bus::DirectTimeout, OneTry);
+    const quint8 address = m_installation.Object(object).Address;
+    const Reply reply = co_await m_bus.SendCommand(address, 'W', MemberList(object), Bus::DirectTimeout, OneTry);
     co_return reply.ok;
 }
 
@@ -151,16 +150,15 @@ QCoro::Task<bool> HubConfig::SendHubConfig(quint8 address, QByteArray block) {
     co_return reply.ok;
 }
 
-QCoro::Task<bool> HubConfig::SetHubConfig() {
+QCoro::Task<QStringList> HubConfig::SetHubConfig() {
     const QByteArray block = BuildHubConfig(m_installation);
-    bool all = true;
-    for (qint16 i = 0; i < m_installation.NumObjects; ++i) {
-        const model::QObject& object = m_installation.QObjects[static_cast<std::size_t>(i)];
-        if (object.Type != model::Hub)
-            continue;
+    QStringList silent;
+    for (const qint16 hub : m_installation.ObjectsOf(model::Hub)) {
+        const model::QObject& object = m_installation.Object(hub);
         OnDevice(object.Name);
         const bool answered = co_await SendHubConfig(object.Address, block);
-        all = all && answered;
+        if (!answered)
+            silent += object.Name;
     }
-    co_return all;
+    co_return silent;
 }

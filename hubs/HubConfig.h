@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QString>
+#include <QStringList>
 
 #include <qcoro/qcorotask.h>
 
@@ -64,8 +64,8 @@ public:
     QCoro::Task<bool> SendHubConfig(quint8 address, QByteArray block);
 
     /// Sends the block to every hub, in object order; one that does not answer does not stop the run.
-    /// @return true if all answered, also if there is no hub. Only for an installation without faults.
-    QCoro::Task<bool> SetHubConfig();
+    /// @return the names of those that did not answer. Only for an installation without faults.
+    QCoro::Task<QStringList> SetHubConfig();
 
 private:
     Bus& m_bus;

@@ -25,9 +25,9 @@ QCoro::Task<Outcome> HubOption::Apply(QString typed) {
         static_cast<qint16>(std::clamp<qint32>(number::TypedNumber(typed), Limits::min(), Limits::max()));
     if (m_options.FromToval < Fewest || m_options.FromToval > Most)
         co_return Outcome::Refused(QStringLiteral("Valid value is 1..10"));
-    const bool all = co_await m_devices.SetHubOption(m_options.FromToval);
-    if (!all)
-        co_return Outcome::Failed(QStringLiteral("Error on setting config to HUB(s)."));
+    const QStringList silent = co_await m_devices.SetHubOption(m_options.FromToval);
+    if (!silent.isEmpty())
+        co_return Outcome::Silent(silent, QStringLiteral("Error on setting config to HUB(s)."));
     m_ini.WriteIni(QStringLiteral("options"), QStringLiteral("FromToval"), QString::number(m_options.FromToval));
     co_return Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
 }

@@ -2,8 +2,6 @@
 
 #include "link/Bus.h"
 
-class EventLog;
-
 namespace model {
 struct Installation;
 }
@@ -16,15 +14,6 @@ class HubRouter {
 public:
     /// The references must outlive the router.
     HubRouter(Bus& bus, const model::Installation& installation);
-
-    /// Where a device stands in its hub's member list.
-    struct Place {
-        qint16 hub = 0;  ///< object index of the hub
-        qint16 slot = 0; ///< 0 to 15
-    };
-
-    /// The place of `object` in the member list of the hub at its `HubIndex`, none if it is not listed there.
-    std::optional<Place> FindHubSlot(qint16 object) const;
 
     /// Sends a command to an object, directly or through its hub. Through a hub the time-out is 1.2 s whatever is asked
     /// for, and the reply's sixth character is taken out, so that it reads like a direct one. A device that its hub

@@ -164,7 +164,9 @@ void frmMain::InitMenus() {
     start(m_ui->mnActiveQAlls, &Station::ActiveAll);
     connect(m_ui->mnInitObjects, &QAction::triggered, this, &frmMain::InitAllObjects);
     connect(m_ui->mnVNIFont, &QAction::triggered, this, [this] {
-        ShowOutcome(m_station.dialogs, m_station.LoadVniFont(m_station.Forms().family.PrinterZoneRich));
+        ShowOutcome(
+            m_station.dialogs,
+            m_station.LoadVniFont(m_station.Forms().Family().PrinterZoneRich ? LetterSet::FontFile : LetterSet::Table));
     });
     connect(m_ui->mnDataBase, &QAction::triggered, this, &frmMain::SetupWanted);
     connect(m_ui->mnSetpoty, &QAction::triggered, this, &frmMain::PortChoiceWanted);

@@ -35,8 +35,8 @@ public:
     /// @param onDue called from the event loop. @return a timer that does not run yet; the clock must outlive it.
     virtual std::unique_ptr<ClockTimer> MakeTimer(std::function<void()> onDue) = 0;
 
-    /// Waits `n` milliseconds while everything else goes on; not at all if `n` is 0 or less. Throws `Ended` once `Close`
-    /// was called.
+    /// Waits `n` milliseconds while everything else goes on; not at all if `n` is 0 or less. Throws `Ended` once
+    /// `Close` was called.
     virtual QCoro::Task<> DelayMilliseconds(qint16 n) = 0;
 
     /// Waits `n` seconds, otherwise like `DelayMilliseconds`.

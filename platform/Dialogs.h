@@ -56,7 +56,7 @@ public:
     /// Opens a progress box with a Cancel button.
     virtual std::unique_ptr<ProgressBox> ShowProgress(const QString& text) = 0;
 
-    /// Closes every open box. What waits for one then throws `Ended`, and so does every later call: the program is about
-    /// to end.
+    /// Closes every open box. What waits for one then throws `Ended`, and so does every later call: the program is
+    /// about to end.
     virtual void Close() = 0;
 };

@@ -25,5 +25,9 @@ struct [[nodiscard]] Outcome {
     static Outcome Failed(const QString& text, BoxKind kind = BoxKind::Exclamation) {
         return {End::Failed, kind, text, {}};
     }
+    /// Failed because of devices that did not answer.
+    static Outcome Silent(const QStringList& names, const QString& text, BoxKind kind = BoxKind::Exclamation) {
+        return {End::Failed, kind, text, names};
+    }
     static Outcome Cancelled() { return {End::Cancelled, BoxKind::Plain, {}, {}}; }
 };

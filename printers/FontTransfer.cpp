@@ -1,9 +1,7 @@
 #include "printers/FontTransfer.h"
 
 #include "core/Installation.h"
-#include "hubs/HubRouter.h"
 #include "link/Frames.h"
-#include "platform/Clock.h"
 #include "platform/Dialogs.h"
 #include "tickets/VniTable.h"
 
@@ -21,71 +19,33 @@ constexpr qint16 FontPause = 10;           ///< milliseconds behind each chunk o
 
 } // namespace
 
-FontTransfer::FontTransfer(QString programFolder, const model::Installation& installation, HubRouter& router,
-                           Clock& clock, Dialogs& dialogs, const VniTable& letters, ::QObject* parent)
-    : ::QObject(parent)
+FontTransfer::FontTransfer(const Parts& parts, QString programFolder, const VniTable& letters)
+    : PrinterTransfer(parts)
     , m_programFolder(std::move(programFolder))
-    , m_installation(installation)
-    , m_router(router)
-    , m_clock(clock)
-    , m_dialogs(dialogs)
     , m_letters(letters) {}
 
-QCoro::Task<bool> FontTransfer::Send(qint16 object, char letter, QByteArray data) {
-    const Reply reply = co_await m_router.SendToObject(object, letter, data, Bus::DirectTimeout, OneTry);
-    co_return reply.ok;
-}
-
-QCoro::Task<bool> FontTransfer::SendChunks(qint16 object, std::vector<QByteArray> chunks, qint16 pause) {
-    const QString name = m_installation.QObjects[static_cast<std::size_t>(object)].Name;
-    const auto total = static_cast<int>(chunks.size());
-    const QByteArray none;
-    const bool begun = co_await Send(object, 'G', none);
+QCoro::Task<bool> FontTransfer::SendLetters(qint16 object, std::vector<QByteArray> chunks, qint16 pause) {
+    const bool begun = co_await SendFrame(object, 'G', {}, OneTry);
     if (!begun)
         co_return false;
-    for (int i = 0; i < total; ++i) {
-        Q_EMIT Progress(name, i, total);
-        const QByteArray chunk = chunks[static_cast<std::size_t>(i)];
-        const bool sent = co_await Send(object, 'J', chunk);
-        if (!sent)
-            co_return false;
-        if (pause > 0)
-            co_await m_clock.DelayMilliseconds(pause);
-    }
-    Q_EMIT Progress(name, total, total);
-    const bool ended = co_await Send(object, 'T', none);
-    co_return ended;
+    const bool sent = co_await SendChunks(object, 'J', std::move(chunks), tr("letters"), OneTry, pause);
+    if (!sent)
+        co_return false;
+    co_return co_await SendFrame(object, 'T', {}, OneTry);
 }
 
-QCoro::Task<bool> FontTransfer::LoadVNIToAllPrinters(bool zoneRich) {
-    bool all = true;
-    for (qint16 i = 0; i < m_installation.NumObjects; ++i) {
-        const model::QObject& object = m_installation.QObjects[static_cast<std::size_t>(i)];
-        if (object.Type != model::Printer)
-            continue;
-        const QString question =
-            QStringLiteral("Set VNI table to printer #%1 error! Do you want to continue?").arg(object.Name);
-        const bool loaded = co_await SendVNIToPrinter(i, zoneRich);
-        if (loaded)
-            continue;
-        all = false;
-        const bool goOn = co_await m_dialogs.AskYesNo(BoxKind::Exclamation, question);
-        if (!goOn)
-            break;
-    }
-    co_return all;
+QCoro::Task<QStringList> FontTransfer::LoadVNIToAllPrinters(LetterSet letters) {
+    return SendToAll([this, letters](qint16 object) { return SendVNIToPrinter(object, letters); }, HubBracket::Without,
+                     QStringLiteral("Set VNI table to printer #%1 error! Do you want to continue?"));
 }
 
-QCoro::Task<bool> FontTransfer::SendVNIToPrinter(qint16 object, bool zoneRich) {
-    if (zoneRich) {
-        const bool sent = co_await SendFontFile(object);
-        co_return sent;
-    }
+QCoro::Task<bool> FontTransfer::SendVNIToPrinter(qint16 object, LetterSet letters) {
+    if (letters == LetterSet::FontFile)
+        co_return co_await SendFontFile(object);
     std::vector<QByteArray> chunks;
     for (int record = 0; record < VniTable::Records; record += RecordsPerFrame)
         chunks.push_back(frames::EscapeData(m_letters.RecordBytes(record, RecordsPerFrame)));
-    const bool sent = co_await SendChunks(object, chunks, 0);
-    co_return sent;
+    co_return co_await SendLetters(object, chunks, 0);
 }
 
 QCoro::Task<bool> FontTransfer::SendFontFile(qint16 object) {
@@ -99,12 +59,8 @@ QCoro::Task<bool> FontTransfer::SendFontFile(qint16 object) {
         co_await m_dialogs.ShowMessage(BoxKind::Exclamation, problem);
         co_return false;
     }
-    const QByteArray content = file.readAll();
-    const bool isRelayed = m_installation.QObjects[static_cast<std::size_t>(object)].HubId != 0;
-    const std::vector<QByteArray> chunks =
-        StuffedChunks(content, FontChunk, isRelayed ? LongestRelayed : LongestDirect);
-    const bool sent = co_await SendChunks(object, chunks, FontPause);
-    co_return sent;
+    const qsizetype longest = Printer(object).HubId != 0 ? LongestRelayed : LongestDirect;
+    co_return co_await SendLetters(object, StuffedChunks(file.readAll(), FontChunk, longest), FontPause);
 }
 
 std::vector<QByteArray> FontTransfer::StuffedChunks(QByteArrayView content, qsizetype chunkLength, qsizetype longest) {

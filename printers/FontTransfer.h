@@ -1,58 +1,42 @@
 #pragma once
 
-#include <QByteArray>
-#include <QObject>
+#include "printers/PrinterTransfer.h"
 
-#include <qcoro/qcorotask.h>
+#include <QByteArrayView>
 
-#include <vector>
-
-class Clock;
-class Dialogs;
-class HubRouter;
 class VniTable;
 
-namespace model {
-struct Installation;
-}
+/// What the letters of a printer come from.
+enum class LetterSet {
+    Table,    ///< the 134 records of the letter table
+    FontFile, ///< the font file VNI-ZR.bin, for ZONE RICH printers
+};
 
-/// Loads Vietnamese letters into ticket printers: a ZONE RICH printer takes the font file VNI-ZR.bin, any other the 134
-/// records of the letter table.
+/// Loads Vietnamese letters into ticket printers.
 ///
 /// `G`, then `J` with a stuffed chunk each, then `T`; each goes out once, with 0.8 s for the answer.
-class FontTransfer : public ::QObject {
+class FontTransfer : public PrinterTransfer {
     Q_OBJECT
 
 public:
-    /// The references must outlive this object; `programFolder` is where VNI-ZR.bin lies.
-    FontTransfer(QString programFolder, const model::Installation& installation, HubRouter& router, Clock& clock,
-                 Dialogs& dialogs, const VniTable& letters, ::QObject* parent = nullptr);
+    /// @param programFolder where VNI-ZR.bin lies. @param letters must outlive this.
+    FontTransfer(const Parts& parts, QString programFolder, const VniTable& letters);
 
     /// Loads every printer, in object order. After a failure the user is asked whether to go on.
-    /// @return true if all succeeded, also if there is none.
-    QCoro::Task<bool> LoadVNIToAllPrinters(bool zoneRich);
+    /// @return the names of the printers that failed.
+    QCoro::Task<QStringList> LoadVNIToAllPrinters(LetterSet letters);
 
-    /// Loads one printer. @param object index in `QObjects`, 0 to 63. @param zoneRich with the font file.
-    QCoro::Task<bool> SendVNIToPrinter(qint16 object, bool zoneRich);
-
-    /// Loads the font file into one printer. A file that is missing, or of 32,768 bytes and more, is told in a box.
-    QCoro::Task<bool> SendFontFile(qint16 object);
+    /// Loads one printer. A font file that is missing, or of 32,768 bytes and more, is shown to be so in a box.
+    /// @param object index in `QObjects`, 0 to 63.
+    QCoro::Task<bool> SendVNIToPrinter(qint16 object, LetterSet letters);
 
     /// `content` in stuffed chunks of at most `chunkLength` bytes before and `longest` characters after stuffing.
     static std::vector<QByteArray> StuffedChunks(QByteArrayView content, qsizetype chunkLength, qsizetype longest);
 
-Q_SIGNALS:
-    /// How far the load of one printer is: `done` of `total` chunks have gone out.
-    void Progress(const QString& printerName, int done, int total);
-
 private:
-    QCoro::Task<bool> Send(qint16 object, char letter, QByteArray data);
-    QCoro::Task<bool> SendChunks(qint16 object, std::vector<QByteArray> chunks, qint16 pause);
+    QCoro::Task<bool> SendFontFile(qint16 object);
+    QCoro::Task<bool> SendLetters(qint16 object, std::vector<QByteArray> chunks, qint16 pause);
 
     QString m_programFolder;
-    const model::Installation& m_installation;
-    HubRouter& m_router;
-    Clock& m_clock;
-    Dialogs& m_dialogs;
     const VniTable& m_letters;
 };

@@ -16,69 +16,55 @@ constexpr qint16 ClosingPause = 5;       ///< seconds
 
 } // namespace
 
-PrinterConfig::PrinterConfig(QString programFolder, const model::Installation& installation, HubRouter& router,
-                             Clock& clock, PrinterTables::CounterList counterListOfService, EventLog& log,
-                             ::QObject* parent)
-    : ::QObject(parent)
+PrinterConfig::PrinterConfig(const Parts& parts, QString programFolder, PrinterTables::CounterList counterListOfService)
+    : PrinterTransfer(parts)
     , m_programFolder(std::move(programFolder))
-    , m_installation(installation)
-    , m_router(router)
-    , m_clock(clock)
-    , m_counterListOfService(std::move(counterListOfService))
-    , m_log(log) {}
+    , m_counterListOfService(std::move(counterListOfService)) {}
 
-QCoro::Task<bool> PrinterConfig::SendPrinterConfig(qint16 object, bool fullLoad) {
+QCoro::Task<bool> PrinterConfig::SendPrinterConfig(qint16 object, Load load) {
+    const bool isFull = load == Load::Full;
     const PrinterTables tables(m_installation, m_counterListOfService, m_log);
-    const QString name = m_installation.QObjects[static_cast<std::size_t>(object)].Name;
-    const QByteArray buttonTable = tables.ButtonTable(fullLoad);
-    const QByteArray none;
-    const QString tableError = QStringLiteral("Error on set service table");
-    const int total = static_cast<int>(tables.ServiceTable().size()) + (fullLoad ? 3 : 2);
+    const QString name = Printer(object).Name;
+    const QString phase = tr("tables");
+    const int total = static_cast<int>(tables.ServiceTable().size()) + (isFull ? 3 : 2);
     int done = 0;
 
     WriteListing(tables);
-    Q_EMIT Progress(name, done, total);
+    Q_EMIT Progress(name, phase, done, total);
     co_await m_router.HubTransferBegin(object);
 
-    const Reply buttons = co_await m_router.SendToObject(object, 'K', buttonTable, Bus::DirectTimeout, OneTry);
-    if (!buttons)
+    const bool hasButtons = co_await SendFrame(object, 'K', tables.ButtonTable(isFull), OneTry);
+    if (!hasButtons)
         m_log.WriteLog(QStringLiteral("Error on set btn table"), EventLog::Error);
-    Q_EMIT Progress(name, ++done, total);
+    Q_EMIT Progress(name, phase, ++done, total);
     co_await m_clock.DelayMilliseconds(ButtonTablePause);
 
-    co_await m_router.SendToObject(object, 'P', none, Bus::DirectTimeout, OneTry);
-    Q_EMIT Progress(name, ++done, total);
+    co_await SendFrame(object, 'P', {}, OneTry);
+    Q_EMIT Progress(name, phase, ++done, total);
 
     for (const QByteArray& row : tables.ServiceTable()) {
-        const Reply service = co_await m_router.SendToObject(object, 'M', row, Bus::DirectTimeout, TwoTries);
-        if (!service)
-            m_log.WriteLog(tableError, EventLog::Error);
-        Q_EMIT Progress(name, ++done, total);
+        const bool hasRow = co_await SendFrame(object, 'M', row, TwoTries);
+        if (!hasRow)
+            m_log.WriteLog(QStringLiteral("Error on set service table"), EventLog::Error);
+        Q_EMIT Progress(name, phase, ++done, total);
     }
 
-    if (fullLoad) {
-        const Reply end = co_await m_router.SendToObject(object, 'N', none, Bus::DirectTimeout, TwoTries);
-        if (!end) {
-            m_log.WriteLog(tableError, EventLog::Error);
+    if (isFull) {
+        const bool ended = co_await SendFrame(object, 'N', {}, TwoTries);
+        if (!ended) {
+            m_log.WriteLog(QStringLiteral("Error on set service table"), EventLog::Error);
             co_await m_router.HubTransferEnd(object);
             co_return false;
         }
-        Q_EMIT Progress(name, ++done, total);
+        Q_EMIT Progress(name, phase, ++done, total);
     }
     co_await m_clock.DelaySeconds(ClosingPause);
     co_await m_router.HubTransferEnd(object);
     co_return true;
 }
 
-QCoro::Task<bool> PrinterConfig::ConfigAllPrinters() {
-    bool all = true;
-    for (qint16 i = 0; i < m_installation.NumObjects; ++i) {
-        if (m_installation.QObjects[static_cast<std::size_t>(i)].Type != model::Printer)
-            continue;
-        const bool loaded = co_await SendPrinterConfig(i, true);
-        all = all && loaded;
-    }
-    co_return all;
+QCoro::Task<QStringList> PrinterConfig::ConfigAllPrinters() {
+    return SendToAll([this](qint16 object) { return SendPrinterConfig(object, Load::Full); }, HubBracket::Without, {});
 }
 
 void PrinterConfig::WriteListing(const PrinterTables& tables) {

@@ -24,39 +24,17 @@ QString LastFormKey() {
 
 } // namespace
 
-/// Marks that a transfer runs, for as long as it lives.
-class TicketForms::Transfer {
-public:
-    explicit Transfer(TicketForms& forms)
-        : m_forms(forms) {
-        Set(true);
-    }
-    Transfer(const Transfer&) = delete;
-    Transfer& operator=(const Transfer&) = delete;
-    ~Transfer() { Set(false); }
-
-private:
-    void Set(bool running) {
-        m_forms.m_running = running;
-        Q_EMIT m_forms.RunningChanged(running);
-    }
-
-    TicketForms& m_forms;
-};
-
-TicketForms::TicketForms(QString programFolder, const model::Installation& installation, HubRouter& router,
-                         Clock& clock, Dialogs& dialogs, const IniUtility& ini,
-                         PrinterTables::CounterList counterListOfService, EventLog& log, ::QObject* parent)
-    : ::QObject(parent)
-    , transfer(installation, router, clock, dialogs, log)
-    , fonts(programFolder, installation, router, clock, dialogs, letters)
+TicketForms::TicketForms(const PrinterTransfer::Parts& parts, QString programFolder, const IniUtility& ini,
+                         PrinterTables::CounterList counterListOfService)
+    : transfer(parts)
+    , fonts(parts, programFolder, letters)
+    , m_installation(parts.installation)
+    , m_clock(parts.clock)
+    , m_dialogs(parts.dialogs)
+    , m_log(parts.log)
     , m_programFolder(std::move(programFolder))
-    , m_installation(installation)
-    , m_clock(clock)
-    , m_dialogs(dialogs)
     , m_ini(ini)
-    , m_counterListOfService(std::move(counterListOfService))
-    , m_log(log) {}
+    , m_counterListOfService(std::move(counterListOfService)) {}
 
 QCoro::Task<> TicketForms::LoadLetters() {
     const std::optional<QString> fault = letters.LoadVNITable(m_programFolder + QStringLiteral("/VNIl.dat"));
@@ -72,7 +50,7 @@ QCoro::Task<> TicketForms::LoadLetters() {
 }
 
 void TicketForms::SetTicketCopies(qint16 copies) {
-    TicketCopies = copies;
+    m_TicketCopies = copies;
     m_ini.WriteIni(OptionsSection(), QStringLiteral("TicketCopies"), QString::number(copies));
 }
 
@@ -107,7 +85,7 @@ QString TicketForms::FolderOf(const QString& formPath) const {
 }
 
 CompilerResult TicketForms::Compile(const TicketDocument& document, const QString& formPath) const {
-    return ::CompileForm(document, FolderOf(formPath), family, letters, TicketCopies, m_TicketDigits);
+    return ::CompileForm(document, FolderOf(formPath), m_family, letters, m_TicketCopies, m_TicketDigits);
 }
 
 TicketValues TicketForms::SampleValues() const {
@@ -131,7 +109,7 @@ TicketValues TicketForms::SampleValues() const {
 
 QCoro::Task<std::optional<CompiledForm>> TicketForms::CompileForm(TicketDocument document, QString formPath,
                                                                   QString printerNumber) {
-    if (!family.PrinterZoneRich && !letters.IsLoaded()) {
+    if (!m_family.PrinterZoneRich && !letters.IsLoaded()) {
         co_await m_dialogs.ShowMessage(BoxKind::Exclamation, m_letterFault);
         co_return std::nullopt;
     }
@@ -146,28 +124,19 @@ QCoro::Task<std::optional<CompiledForm>> TicketForms::CompileForm(TicketDocument
     co_return result.form;
 }
 
-QCoro::Task<> TicketForms::SendToPrinter(qint16 object, TicketDocument document, QString formPath, bool withLogo) {
-    const Transfer running(*this);
-    const QString number = QString::number(m_installation.QObjects[static_cast<std::size_t>(object)].Number);
+QCoro::Task<Outcome> TicketForms::SendToPrinter(qint16 object, TicketDocument document, QString formPath, Logos logos) {
+    const QString number = QString::number(m_installation.Object(object).Number);
     const std::optional<CompiledForm> form = co_await CompileForm(document, formPath, number);
-    if (form)
-        co_await transfer.SendToPrinter(object, *form, withLogo);
+    if (!form)
+        co_return Outcome::Failed({});
+    co_return co_await transfer.SendToPrinter(object, *form, logos);
 }
 
-QCoro::Task<> TicketForms::SendToAllPrinters(TicketDocument document, QString formPath, bool withLogo) {
-    const Transfer running(*this);
-    const QString everybody;
-    const std::optional<CompiledForm> form = co_await CompileForm(document, formPath, everybody);
+QCoro::Task<Outcome> TicketForms::SendToAllPrinters(TicketDocument document, QString formPath, Logos logos) {
+    const std::optional<CompiledForm> form = co_await CompileForm(document, formPath, {});
     if (!form)
-        co_return;
-    const bool refused = co_await transfer.RefuseLogos(*form, withLogo);
-    if (refused)
-        co_return;
-    const bool all = co_await transfer.SendFormToAllPrinters(*form, withLogo);
-    const BoxKind kind = all ? BoxKind::Information : BoxKind::Exclamation;
-    const QString outcome =
-        all ? QStringLiteral("Set done.") : QStringLiteral("There're errors on setting ticket form.");
-    co_await m_dialogs.ShowMessage(kind, outcome);
+        co_return Outcome::Failed({});
+    co_return co_await transfer.SendFormToAllPrinters(*form, logos);
 }
 
 QCoro::Task<> TicketForms::SendStoredForm(qint16 object) {
@@ -175,19 +144,17 @@ QCoro::Task<> TicketForms::SendStoredForm(qint16 object) {
     if (!stored || !VerifyFormChecksum(*stored))
         co_return;
     const CompiledForm form{*stored, {}, 0};
-    co_await transfer.SendFormAndLogo(object, form, false, false);
+    co_await transfer.SendFormAndLogo(object, form, Logos::Without, FormTransfer::Occasion::StartUp);
 }
 
-QCoro::Task<> TicketForms::LoadVniFont(bool zoneRich) {
-    family.PrinterZoneRich = zoneRich;
-    if (!zoneRich && !letters.IsLoaded()) {
-        co_await m_dialogs.ShowMessage(BoxKind::Exclamation, m_letterFault);
-        co_return;
-    }
-    {
-        const Transfer running(*this);
-        co_await fonts.LoadVNIToAllPrinters(zoneRich);
-    }
-    const QString done = QStringLiteral("Done.");
-    co_await m_dialogs.ShowMessage(BoxKind::Information, done);
+QCoro::Task<Outcome> TicketForms::LoadVniFont(LetterSet letterSet) {
+    m_family.PrinterZoneRich = letterSet == LetterSet::FontFile;
+    if (letterSet == LetterSet::Table && !letters.IsLoaded())
+        co_return Outcome::Refused(m_letterFault);
+    const QStringList failed = co_await fonts.LoadVNIToAllPrinters(letterSet);
+    Outcome outcome = failed.isEmpty() ? Outcome::Done() : Outcome::Failed({});
+    outcome.kind = BoxKind::Information;
+    outcome.text = QStringLiteral("Done.");
+    outcome.silent = failed;
+    co_return outcome;
 }

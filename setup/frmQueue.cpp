@@ -96,7 +96,7 @@ std::vector<SetupPage*> frmQueue::Pages() const {
 void frmQueue::SetUpTicketMenus() {
     // The port of the printers stays as it was chosen last where an entry does not speak of it.
     const auto choose = [this](bool zoneRich, bool t81, std::optional<bool> db25) {
-        const bool onDb25 = db25.value_or(m_station.Forms().family.PrinterDB25);
+        const bool onDb25 = db25.value_or(m_station.Forms().Family().PrinterDB25);
         m_station.ChooseFamily({.PrinterZoneRich = zoneRich, .PrinterT81 = t81, .PrinterDB25 = onDb25});
     };
     const auto design = [this, choose](QAction* action, bool zoneRich, bool t81, std::optional<bool> db25) {
@@ -112,9 +112,9 @@ void frmQueue::SetUpTicketMenus() {
     design(m_ui->mnPRPDB25, false, false, true);
     connect(m_ui->mnSetTicket, &QMenu::aboutToShow, this, [choose] { choose(false, false, std::nullopt); });
     connect(m_ui->mnVNIFontZR, &QAction::triggered, this,
-            [this] { ShowOutcome(m_station.dialogs, m_station.LoadVniFont(true)); });
+            [this] { ShowOutcome(m_station.dialogs, m_station.LoadVniFont(LetterSet::FontFile)); });
     connect(m_ui->mnVNIFont, &QAction::triggered, this,
-            [this] { ShowOutcome(m_station.dialogs, m_station.LoadVniFont(false)); });
+            [this] { ShowOutcome(m_station.dialogs, m_station.LoadVniFont(LetterSet::Table)); });
 }
 
 void frmQueue::SetUpGrids() {

@@ -44,7 +44,7 @@ QCoro::Task<bool> InitRun::InitPrinter(qint16 object) {
     const bool answered = co_await m_parts.starts.PrinterTime(object);
     co_await m_parts.clock.DelayMilliseconds(AfterPrinter);
     if (m_parts.options.SendConfigOnStart) {
-        co_await m_parts.printers.SendPrinterConfig(object, false);
+        co_await m_parts.printers.SendPrinterConfig(object, PrinterConfig::Load::StartUp);
         co_await m_parts.forms.SendStoredForm(object);
     }
     co_return answered;
@@ -69,16 +69,16 @@ QCoro::Task<bool> InitRun::InitObject(qint16 object) {
     co_return answered;
 }
 
-QCoro::Task<bool> InitRun::InitQObjects() {
+QCoro::Task<QStringList> InitRun::InitQObjects() {
     const model::Installation& installation = m_parts.installation;
     Q_EMIT presetGauge(0, std::max<int>(installation.NumObjects, 1));
     co_await m_parts.starts.BroadcastReset();
     co_await m_parts.clock.DelayMilliseconds(AfterReset);
-    m_silent.clear();
+    QStringList silent;
     for (qint16 i = 0; i < installation.NumObjects; ++i) {
         const bool answered = co_await InitObject(i);
         if (!answered)
-            m_silent += NameOf(installation.Object(i));
+            silent += NameOf(installation.Object(i));
         if (m_isCancelled)
             break;
         Q_EMIT UpdateGauge(i + 1);
@@ -86,5 +86,5 @@ QCoro::Task<bool> InitRun::InitQObjects() {
     }
     co_await m_parts.clock.DelaySeconds(AtTheEnd);
     Q_EMIT closeGauge();
-    co_return m_silent.isEmpty();
+    co_return silent;
 }

@@ -44,13 +44,9 @@ public:
     void Cancel() { m_isCancelled = true; }
     bool IsCancelled() const { return m_isCancelled; }
 
-    /// Names of the counters, printers and displays that did not answer in the last run, and which of them stand behind
-    /// a hub.
-    const QStringList& Silent() const { return m_silent; }
-
     /// Runs over all objects. Takes at least 2.25 s, 0.1 s an object, and 1.5 s more a printer.
-    /// @return true if every counter, printer and display answered.
-    QCoro::Task<bool> InitQObjects();
+    /// @return names of the counters, printers and displays that did not answer, and which of them stand behind a hub.
+    QCoro::Task<QStringList> InitQObjects();
 
 Q_SIGNALS:
     /// The gauge is to be shown. @param max at least 1.
@@ -65,5 +61,4 @@ private:
 
     Parts m_parts;
     bool m_isCancelled = false;
-    QStringList m_silent;
 };

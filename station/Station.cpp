@@ -34,8 +34,8 @@ Outcome Answered(bool answered) {
 }
 
 /// The outcome of an operation that says that it is done, whoever answered.
-Outcome Said(bool all, BoxKind kind, const QString& text) {
-    return all ? Outcome::Done(kind, text) : Outcome::Failed(text, kind);
+Outcome Said(const QStringList& silent, BoxKind kind, const QString& text) {
+    return silent.isEmpty() ? Outcome::Done(kind, text) : Outcome::Silent(silent, text, kind);
 }
 
 } // namespace
@@ -60,26 +60,30 @@ Station::Station(const ProgramFolders& folders, Clock& stationClock, Dialogs& st
     , loaders(database, tickets, *installation, options, log)
     , reload(database, loaders, tickets, *installation, log)
     , takeover(dialogs, log, folders.install + QStringLiteral("/JetImport"))
-    , printers(
-          ProgramFolder, *installation, router, clock,
-          [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log)
-    , forms(
-          ProgramFolder, *installation, router, clock, dialogs, ini,
-          [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); }, log)
+    , printers({*installation, router, clock, dialogs, log}, ProgramFolder, CounterList())
+    , forms({*installation, router, clock, dialogs, log}, ProgramFolder, ini, CounterList())
     , check(database, tickets, options, clock)
     , run(*installation, options, bus, line, clock)
     , init({*installation, options, tickets, starts, hubs, printers, forms, clock})
     , maintenance(database, clock, dialogs)
     , console(bus, *installation, options, clock, dialogs) {
     reload.OnRefreshed = [this] { Q_EMIT ModelChanged(); };
-    connect(&printers, &PrinterConfig::Progress, this, [this](const QString& printerName, int done, int total) {
-        Q_EMIT ProgressChanged(tr("Printer %1: %2 of %3").arg(printerName).arg(done).arg(total));
-    });
     hubs.OnDevice =
         clocks.OnDevice = [this](const QString& name) { Q_EMIT ProgressChanged(tr("Setting %1").arg(name)); };
-    connect(&forms.fonts, &FontTransfer::Progress, this, [this](const QString& printerName, int done, int total) {
-        Q_EMIT ProgressChanged(tr("Printer %1: letters, %2 of %3").arg(printerName).arg(done).arg(total));
-    });
+    const PrinterTransfer* const transfers[] = {&printers, &forms.transfer, &forms.fonts};
+    for (const PrinterTransfer* transfer : transfers)
+        connect(transfer, &PrinterTransfer::Progress, this, &Station::ShowTransfer);
+}
+
+PrinterTables::CounterList Station::CounterList() {
+    return [this](qint32 serviceId) { return loaders.CounterListOfService(serviceId); };
+}
+
+void Station::ShowTransfer(const QString& printer, const QString& phase, int done, int total) {
+    if (total == 0)
+        Q_EMIT ProgressChanged(tr("Printer %1: %2").arg(printer, phase));
+    else
+        Q_EMIT ProgressChanged(tr("Printer %1: %2, %3 of %4").arg(printer, phase).arg(done).arg(total));
 }
 
 Station::~Station() {
@@ -258,9 +262,10 @@ QCoro::Task<Outcome> Station::TestConnect(std::optional<qint32> number, std::opt
 }
 
 QCoro::Task<Outcome> Station::LoadPrinters() {
-    const bool all = co_await printers.ConfigAllPrinters();
-    co_return all ? Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all objects OK."))
-                  : Outcome::Failed(QStringLiteral("Error on setting config to all objects."));
+    const QStringList failed = co_await printers.ConfigAllPrinters();
+    if (!failed.isEmpty())
+        co_return Outcome::Silent(failed, QStringLiteral("Error on setting config to all objects."));
+    co_return Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
 }
 
 QCoro::Task<Outcome> Station::ConfigPrinters() {
@@ -283,9 +288,10 @@ QCoro::Task<Outcome> Station::SetHubs() {
             co_return reloaded;
         if (const std::vector<BlockFault> faults = BlockFaults(*installation); !faults.empty())
             co_return Outcome::Refused(faults.front().text);
-        const bool all = co_await hubs.SetHubConfig();
-        co_return all ? Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."))
-                      : Outcome::Failed(QStringLiteral("Error on setting config to HUB(s)."));
+        const QStringList silent = co_await hubs.SetHubConfig();
+        if (!silent.isEmpty())
+            co_return Outcome::Silent(silent, QStringLiteral("Error on setting config to HUB(s)."));
+        co_return Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
     });
 }
 
@@ -298,8 +304,7 @@ QCoro::Task<Outcome> Station::InitHubs() {
             const bool answered = co_await hubs.SendHubMembers(hub);
             if (answered)
                 continue;
-            outcome.end = Outcome::End::Failed;
-            outcome.silent += object.Name;
+            outcome = Outcome::Silent(outcome.silent + QStringList{object.Name}, outcome.text, outcome.kind);
             co_await dialogs.ShowMessage(BoxKind::Exclamation,
                                          QStringLiteral("Set config to Hub number: %1 fail.").arg(object.Number));
         }
@@ -309,15 +314,15 @@ QCoro::Task<Outcome> Station::InitHubs() {
 
 QCoro::Task<Outcome> Station::SetHubClocks() {
     return Alone([this]() -> QCoro::Task<Outcome> {
-        const bool all = co_await clocks.SetHubTime();
-        co_return Said(all, BoxKind::Information, QStringLiteral("done."));
+        const QStringList silent = co_await clocks.SetHubTime();
+        co_return Said(silent, BoxKind::Information, QStringLiteral("done."));
     });
 }
 
 QCoro::Task<Outcome> Station::SetPrinterClocks() {
     return Alone([this]() -> QCoro::Task<Outcome> {
-        const bool all = co_await clocks.SetAllPrinterTimes();
-        co_return Said(all, BoxKind::Plain, QStringLiteral(".Done"));
+        const QStringList silent = co_await clocks.SetAllPrinterTimes();
+        co_return Said(silent, BoxKind::Plain, QStringLiteral(".Done"));
     });
 }
 
@@ -327,12 +332,11 @@ QCoro::Task<Outcome> Station::SetHubCounter(QString typed) {
 
 QCoro::Task<Outcome> Station::InitAllObjects() {
     return Alone([this]() -> QCoro::Task<Outcome> {
-        const bool all = co_await init.InitQObjects();
-        if (!init.IsCancelled())
-            run.SetRunning(true);
-        Outcome outcome = init.IsCancelled() ? Outcome::Cancelled() : Said(all, BoxKind::Plain, {});
-        outcome.silent = init.Silent();
-        co_return outcome;
+        const QStringList silent = co_await init.InitQObjects();
+        if (init.IsCancelled())
+            co_return Outcome::Cancelled();
+        run.SetRunning(true);
+        co_return Said(silent, BoxKind::Plain, {});
     });
 }
 
@@ -352,11 +356,16 @@ QCoro::Task<Outcome> Station::ResetSystem() {
     });
 }
 
-QCoro::Task<Outcome> Station::LoadVniFont(bool zoneRich) {
-    return Alone([this, zoneRich]() -> QCoro::Task<Outcome> {
-        co_await forms.LoadVniFont(zoneRich);
-        co_return Outcome::Done();
-    });
+QCoro::Task<Outcome> Station::LoadVniFont(LetterSet letters) {
+    return Alone([this, letters] { return forms.LoadVniFont(letters); });
+}
+
+QCoro::Task<Outcome> Station::SendForm(qint16 object, TicketDocument document, QString formPath, Logos logos) {
+    return Alone([=, this] { return forms.SendToPrinter(object, document, formPath, logos); });
+}
+
+QCoro::Task<Outcome> Station::SendFormToAll(TicketDocument document, QString formPath, Logos logos) {
+    return Alone([=, this] { return forms.SendToAllPrinters(document, formPath, logos); });
 }
 
 // Settings.

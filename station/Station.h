@@ -59,6 +59,8 @@ public:
     const model::Installation& Model() const { return *installation; }
     const Options& Settings() const { return options; }
     const CommLine& Line() const { return line; }
+    /// The line is open at this moment; `Line` tells it once everybody else knows.
+    bool LineIsOpen() const { return control.IsOpen(); }
     const Bus& Master() const { return bus; }
     const DeviceStart& Starts() const { return starts; }
     const RunControl& Run() const { return run; }
@@ -90,8 +92,8 @@ public:
     /// missing. What goes wrong with that is logged.
     QString OfferedStore();
 
-    /// Opens the store and loads the model. @return failed if it cannot be opened, with the reason; the station then runs
-    /// without a store.
+    /// Opens the store and loads the model. @return failed if it cannot be opened, with the reason; the station then
+    /// runs without a store.
     Outcome OpenStore(const QString& store);
 
     /// Opens the store, loads the model and opens the line. Emits `Loaded` and `Ready` on the way. @return like
@@ -171,10 +173,16 @@ public:
 
     // Ticket forms.
 
-    void ChooseFamily(const PrinterFamily& family) { forms.family = family; }
+    void ChooseFamily(const PrinterFamily& family) { forms.ChooseFamily(family); }
 
-    /// Loads letters into every printer and says that it is done. @param zoneRich sets the family of printers.
-    QCoro::Task<Outcome> LoadVniFont(bool zoneRich);
+    /// Compiles a form for the chosen family and sends it to one printer, to every printer; see `TicketForms`.
+    QCoro::Task<Outcome> SendForm(qint16 object, TicketDocument document, QString formPath, Logos logos);
+    QCoro::Task<Outcome> SendFormToAll(TicketDocument document, QString formPath, Logos logos);
+    /// Lets the running transfer of a form end as if its next frame had failed.
+    void CancelForm() { forms.transfer.Cancel(); }
+
+    /// Loads letters into every printer and says that it is done. Sets the family of printers.
+    QCoro::Task<Outcome> LoadVniFont(LetterSet letters);
 
     // Settings.
 
@@ -249,6 +257,8 @@ private:
 
     Outcome Reloaded();
     QCoro::Task<Outcome> LoadPrinters();
+    PrinterTables::CounterList CounterList();
+    void ShowTransfer(const QString& printer, const QString& phase, int done, int total);
 
     bool m_isBusy = false;
     bool m_isEnding = false;

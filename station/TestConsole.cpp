@@ -250,7 +250,8 @@ QCoro::Task<Outcome> TestConsole::SwitchPower(QString address, bool on) {
     if (!number)
         co_return InvalidAddress();
     const QByteArray data = on ? "77" : "68";
-    const Reply reply = co_await m_bus.SendCommand(*number, on ? 'G' : 'T', data);
+    const char letter = on ? 'G' : 'T';
+    const Reply reply = co_await m_bus.SendCommand(*number, letter, data);
     const QString text = reply.ok ? QStringLiteral("Command Ok.") : QStringLiteral("Command Error.");
     co_return Told(reply.ok, text, BoxKind::Information, BoxKind::Exclamation);
 }

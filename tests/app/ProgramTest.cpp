@@ -104,7 +104,7 @@ TEST_F(ProgramTest, TheDesignerOpensForTheFamilyOfItsMenuEntry) {
     m_dialogs->ExpectChoice(Path(QStringLiteral("Harbinet.mdb")));
     ExpectNoPort();
     Start();
-    const PrinterFamily& family = m_program->TheStation().Forms().family;
+    const PrinterFamily& family = m_program->TheStation().Forms().Family();
     const struct {
         const char* entry;
         int family; ///< ZONE RICH, T81, DB25 as digits

@@ -61,7 +61,7 @@ TEST_F(ConsoleWindowsTest, TheBenchBeginsWithItsDefaultsAndTracesWhatGoesOut) {
 
 TEST_F(ConsoleWindowsTest, APollRunsUntilItIsCancelledOrTheWindowIsClosedAndNotByHiding) {
     OpenLine();
-    Await(m_station.printers.SendPrinterConfig(1, true));
+    Await(m_station.printers.SendPrinterConfig(1, PrinterConfig::Load::Full));
     m_devices->FindAs<TicketPrinter>(32)->PressButton(8);
     auto* window = Show<frmTest>(m_station);
     m_hands->ClickButton("cmdPoolTD");

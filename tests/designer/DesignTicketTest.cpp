@@ -1,13 +1,12 @@
 #include "designer/frmDesignTicket.h"
 
-#include "core/IniUtility.h"
 #include "designer/FormEdit.h"
 #include "designer/TokenList.h"
-#include "hubs/HubRouter.h"
-#include "printers/TicketForms.h"
+#include "link/Frames.h"
 #include "tests/support/AnsweringEnd.h"
-#include "tests/support/BusWorld.h"
 #include "tests/support/Files.h"
+#include "tests/support/OpenStation.h"
+#include "tests/support/TestClock.h"
 #include "tests/support/TestDialogs.h"
 #include "tests/support/WindowDriver.h"
 
@@ -17,18 +16,25 @@
 #include <QLabel>
 #include <QRadioButton>
 #include <QSpinBox>
+#include <QTemporaryDir>
 
 namespace {
 
 /// The designer with two printers, the fixtures as forms and logos, and the letter table that ships.
-class DesignTicketTest : public BusWorld {
+class DesignTicketTest : public ::testing::Test {
 protected:
     DesignTicketTest() {
-        Open(m_end.Terminal.Path());
-        Add(1, 1, model::Counter);
-        Add(2, 32, model::Printer);
-        Add(3, 33, model::Printer);
-        m_installation->QObjects[2].Number = 7;
+        EXPECT_FALSE(m_station.control.SetPort(m_end.Terminal.Path(), QStringLiteral("115200,n,8,1")));
+        EXPECT_TRUE(m_station.control.Open());
+        model::Installation& model = *m_station.installation;
+        for (const auto& [address, type] : {std::pair(1, model::Counter), {32, model::Printer}, {33, model::Printer}}) {
+            model::QObject& object = model.Object(model.NumObjects++);
+            object.Id = model.NumObjects;
+            object.Name = QStringLiteral("object %1").arg(object.Id);
+            object.Address = static_cast<quint8>(address);
+            object.Type = type;
+        }
+        model.Object(2).Number = 7;
         QDir(m_folder.path()).mkdir(QStringLiteral("Data"));
         for (const QString& name : QDir(QStringLiteral(TEST_DATA_FOLDER "/forms")).entryList(QDir::Files))
             QFile::copy(QStringLiteral(TEST_DATA_FOLDER "/forms/") + name, Data(name));
@@ -39,7 +45,7 @@ protected:
     QString Data(const QString& name) const { return m_folder.filePath(QStringLiteral("Data/") + name); }
 
     void Show() {
-        m_window = new frmDesignTicket(m_forms, *m_installation, m_dialogs);
+        m_window = new frmDesignTicket(m_station);
         m_guard.reset(m_window);
         m_window->setAttribute(Qt::WA_DeleteOnClose, false);
         m_window->show();
@@ -71,10 +77,11 @@ protected:
 
     AnsweringEnd m_end;
     TestDialogs m_dialogs;
-    IniUtility m_ini{m_folder.filePath(QStringLiteral("Tallora.ini"))};
-    HubRouter m_router{m_bus, *m_installation};
-    TicketForms m_forms{
-        m_folder.path(), *m_installation, m_router, m_clock, m_dialogs, m_ini, [](qint32) { return QString(); }, m_log};
+    QTemporaryDir m_folder;
+    TestClock m_clock;
+    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
+    TicketForms& m_forms = m_station.forms;
+    IniUtility& m_ini = m_station.ini;
     frmDesignTicket* m_window = nullptr;
     std::unique_ptr<frmDesignTicket> m_guard;
     std::optional<WindowDriver> m_hands;
@@ -223,7 +230,7 @@ TEST_F(DesignTicketTest, SendsTheFormOfThisMomentAndKeepsItInItsFile) {
     WindowDriver::Press(Qt::Key_Return);
     m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set done."));
     m_hands->ClickButton("cmdSend");
-    EXPECT_TRUE(WaitUntil([this] { return !m_forms.IsRunning(); }));
+    EXPECT_TRUE(WaitUntil([this] { return !m_station.IsBusy(); }));
     const QByteArray form = QByteArray::fromHex("03D91B401B74021B45301D21000000001B6130410D0A1B6D0D0A0D0A3134");
     EXPECT_EQ(SentForm(), form + form) << "to both printers";
     EXPECT_EQ(ReadFile(m_folder.filePath(QStringLiteral("Ticket.bin"))), QByteArray("\x1E\0", 2) + form);
@@ -234,7 +241,7 @@ TEST_F(DesignTicketTest, SendsTheFormOfThisMomentAndKeepsItInItsFile) {
     m_hands->Find<QComboBox>("cboPrinters").setCurrentIndex(2);
     m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set done."));
     m_hands->ClickButton("cmdSend");
-    EXPECT_TRUE(WaitUntil([this] { return !m_forms.IsRunning(); }));
+    EXPECT_TRUE(WaitUntil([this] { return !m_station.IsBusy(); }));
     EXPECT_TRUE(SentForm().endsWith("32"));
     EXPECT_EQ(ReadFile(m_folder.filePath(QStringLiteral("Ticket7.bin"))).sliced(2), SentForm());
     EXPECT_EQ(ReadFile(m_folder.filePath(QStringLiteral("Ticket.bin"))).sliced(2), form);
@@ -257,7 +264,7 @@ TEST_F(DesignTicketTest, ATransferIsShownCancelledAndHoldsTheWindow) {
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Set ticket form to printer #object 2 error!"));
     m_hands->ClickButton("cmdSend");
     EXPECT_FALSE(m_window->findChild<QPushButton*>(QStringLiteral("cmdSend"))->isEnabled());
-    EXPECT_TRUE(WaitUntil([this] { return !m_forms.IsRunning(); }));
+    EXPECT_TRUE(WaitUntil([this] { return !m_station.IsBusy(); }));
     EXPECT_TRUE(m_end.Commands.last().startsWith("P V"));
 }
 
@@ -273,8 +280,21 @@ TEST_F(DesignTicketTest, ATooLargeFormOrAMissingTableSendsNothing) {
     Trigger("mnNew");
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QString());
     m_hands->ClickButton("cmdSend");
-    m_dialogs.ExpectMessage(BoxKind::Exclamation, QString());
-    Await(m_forms.LoadVniFont(false));
+    EXPECT_EQ(Await(m_station.LoadVniFont(LetterSet::Table)).end, Outcome::End::Refused);
     EXPECT_TRUE(m_end.Commands.isEmpty());
     EXPECT_FALSE(QFile::exists(m_folder.filePath(QStringLiteral("Ticket.bin"))));
+}
+
+TEST_F(DesignTicketTest, AFormIsNotSentIntoWhatRunsAlready) {
+    Show();
+    WindowDriver::Keys(QStringLiteral("A"));
+    auto running = m_station.SetPrinterClocks();
+    ASSERT_TRUE(m_station.IsBusy());
+    EXPECT_FALSE(m_window->findChild<QPushButton*>(QStringLiteral("cmdSend"))->isEnabled());
+    m_dialogs.ExpectMessage(BoxKind::Exclamation,
+                            QStringLiteral("Devices are being configured. Please try again when this is done."));
+    Q_EMIT m_window->findChild<QAction*>(QStringLiteral("mnSend"))->triggered(false);
+    EXPECT_TRUE(WaitUntil([&] { return running.isReady(); }));
+    EXPECT_TRUE(m_hands->Find<QPushButton>("cmdSend").isEnabled());
+    EXPECT_TRUE(SentForm().isEmpty());
 }

@@ -1,12 +1,10 @@
 #include "designer/frmEditLogo.h"
 
-#include "core/IniUtility.h"
 #include "designer/LogoSurface.h"
 #include "designer/frmImportLogo.h"
-#include "hubs/HubRouter.h"
-#include "printers/TicketForms.h"
-#include "tests/support/BusWorld.h"
 #include "tests/support/Files.h"
+#include "tests/support/OpenStation.h"
+#include "tests/support/TestClock.h"
 #include "tests/support/TestDialogs.h"
 #include "tests/support/WindowDriver.h"
 #include "tickets/LogoImport.h"
@@ -14,12 +12,13 @@
 #include <QLabel>
 #include <QScrollBar>
 #include <QSlider>
+#include <QTemporaryDir>
 
 namespace {
 
 const QString Question = QStringLiteral("The file was changed, would you want to save?");
 
-class EditLogoTest : public BusWorld {
+class EditLogoTest : public ::testing::Test {
 protected:
     EditLogoTest() {
         m_window.setAttribute(Qt::WA_DeleteOnClose, false);
@@ -43,11 +42,11 @@ protected:
     }
 
     TestDialogs m_dialogs;
-    IniUtility m_ini{m_folder.filePath(QStringLiteral("Tallora.ini"))};
-    HubRouter m_router{m_bus, *m_installation};
-    TicketForms m_forms{
-        m_folder.path(), *m_installation, m_router, m_clock, m_dialogs, m_ini, [](qint32) { return QString(); }, m_log};
-    frmEditLogo m_window{m_forms, m_dialogs};
+    QTemporaryDir m_folder;
+    TestClock m_clock;
+    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
+    IniUtility& m_ini = m_station.ini;
+    frmEditLogo m_window{m_station};
 };
 
 } // namespace

@@ -36,13 +36,13 @@ TEST_F(HubRouterTest, MembersStandInObjectOrderWhereverTheirHubStands) {
     EXPECT_EQ(m_installation->HubTable[2].Count, 3);
     EXPECT_EQ(m_installation->HubTable[4].Count, 0);
     for (const auto& [object, slot] : {std::pair<qint16, qint16>{0, 0}, {3, 1}}) {
-        const auto place = m_router.FindHubSlot(object);
+        const auto place = m_installation->PlaceBehindHub(object);
         ASSERT_TRUE(place.has_value()) << object;
         EXPECT_EQ(place->hub, 2);
         EXPECT_EQ(place->slot, slot);
         EXPECT_EQ(m_installation->QObjects[static_cast<std::size_t>(object)].HubSlot, slot);
     }
-    EXPECT_FALSE(m_router.FindHubSlot(1).has_value());
+    EXPECT_FALSE(m_installation->PlaceBehindHub(1).has_value());
     EXPECT_TRUE(m_messages.isEmpty());
 }
 
@@ -52,8 +52,8 @@ TEST_F(HubRouterTest, TheSeventeenthMemberIsNamedAndUnreachable) {
         Add(id, static_cast<quint8>(id), model::Counter, 9);
     BuildHubTable(*m_installation, m_log);
     EXPECT_EQ(m_installation->HubTable[0].Count, 16);
-    EXPECT_TRUE(m_router.FindHubSlot(16).has_value());
-    EXPECT_FALSE(m_router.FindHubSlot(17).has_value());
+    EXPECT_TRUE(m_installation->PlaceBehindHub(16).has_value());
+    EXPECT_FALSE(m_installation->PlaceBehindHub(17).has_value());
     ASSERT_EQ(m_messages.size(), 2);
     EXPECT_TRUE(m_messages[0].contains(QStringLiteral("'object 36'")));
     EXPECT_FALSE(Await(m_router.SendToObject(18, 'P', QByteArray(), 1s, 1)).ok);
@@ -65,14 +65,14 @@ TEST_F(HubRouterTest, ARebuiltTableForgetsWhatIsNoHubAnyMore) {
     Add(9, 64, model::Hub);
     Add(1, 1, model::Counter, 9);
     BuildHubTable(*m_installation, m_log);
-    ASSERT_TRUE(m_router.FindHubSlot(1).has_value());
+    ASSERT_TRUE(m_installation->PlaceBehindHub(1).has_value());
     m_installation->QObjects[0].Type = model::Counter;
     BuildHubTable(*m_installation, m_log);
-    EXPECT_FALSE(m_router.FindHubSlot(1).has_value());
+    EXPECT_FALSE(m_installation->PlaceBehindHub(1).has_value());
     m_installation->QObjects[1].HubId = 77;
     m_installation->QObjects[0].Type = model::Hub;
     BuildHubTable(*m_installation, m_log);
-    EXPECT_FALSE(m_router.FindHubSlot(1).has_value());
+    EXPECT_FALSE(m_installation->PlaceBehindHub(1).has_value());
     EXPECT_FALSE(Await(m_router.SendToObject(1, 'P', QByteArray(), 1s, 1)).ok);
     EXPECT_EQ(m_terminal.Read(), "");
 }

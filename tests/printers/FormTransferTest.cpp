@@ -7,6 +7,7 @@
 #include "tests/support/AnsweringEnd.h"
 #include "tests/support/BusWorld.h"
 #include "tests/support/Files.h"
+#include "tests/support/Outcomes.h"
 #include "tests/support/TestDialogs.h"
 #include "tests/support/Waiting.h"
 #include "tickets/VniTable.h"
@@ -14,6 +15,9 @@
 #include <numeric>
 
 namespace {
+
+constexpr auto Designer = FormTransfer::Occasion::Designer;
+constexpr auto StartUp = FormTransfer::Occasion::StartUp;
 
 /// A printer on the bus and one behind a hub, both of which answer unless a test wants silence.
 class FormTransferTest : public BusWorld {
@@ -51,24 +55,25 @@ protected:
     AnsweringEnd m_end;
     TestDialogs m_dialogs;
     HubRouter m_router{m_bus, *m_installation};
-    FormTransfer m_transfer{*m_installation, m_router, m_clock, m_dialogs, m_log};
+    const PrinterTransfer::Parts m_parts{*m_installation, m_router, m_clock, m_dialogs, m_log};
+    FormTransfer m_transfer{m_parts};
     VniTable m_letters;
-    FontTransfer m_fonts{m_folder.path(), *m_installation, m_router, m_clock, m_dialogs, m_letters};
+    FontTransfer m_fonts{m_parts, m_folder.path(), m_letters};
 };
 
 } // namespace
 
 TEST_F(FormTransferTest, SendsTheFormAndTenSecondsLaterTheLogos) {
-    EXPECT_TRUE(Await(m_transfer.SendFormAndLogo(0, Form(65, 129), true, true)));
+    EXPECT_TRUE(Await(m_transfer.SendFormAndLogo(0, Form(65, 129), Logos::With, Designer)));
     EXPECT_EQ(m_end.Commands,
               (QByteArrayList{"P L0041", "P O" + QByteArray(64, 'f'), "P Of", "P V1", "P X",
                               "P Y" + QByteArray(64, 'l'), "P Y" + QByteArray(64, 'l'), "P Yl", "P Z"}));
     EXPECT_EQ(std::accumulate(m_clock.Waits.begin(), m_clock.Waits.end(), 0), 15'000);
     m_end.Commands.clear();
-    EXPECT_TRUE(Await(m_transfer.SendFormAndLogo(0, {QByteArray(64, '\x02'), "logos", 1}, true, false)));
+    EXPECT_TRUE(Await(m_transfer.SendFormAndLogo(0, {QByteArray(64, '\x02'), "logos", 1}, Logos::With, StartUp)));
     EXPECT_EQ(m_end.Commands, (QByteArrayList{"P L0040", "P O" + QByteArray("\xC0\x22").repeated(64), "P V!"}));
     m_end.Commands.clear();
-    EXPECT_TRUE(Await(m_transfer.SendFormAndLogo(1, Form(1), true, true)));
+    EXPECT_TRUE(Await(m_transfer.SendFormAndLogo(1, Form(1), Logos::With, Designer)));
     EXPECT_EQ(m_end.Commands, (QByteArrayList{"p NQL0001", "p NQOf", "p NQV1"})) << "without logos nothing more";
 }
 
@@ -93,11 +98,12 @@ TEST_F(FormTransferTest, AFailedStepEndsTheTransferAsItsTextTells) {
         Silence(silent);
         const bool hasLogos = !QByteArray("O").contains(silent);
         ExpectWarnings(warnings);
-        EXPECT_EQ(Await(m_transfer.SendFormAndLogo(0, Form(10, hasLogos ? 10 : 0), true, true)), result) << silent;
+        EXPECT_EQ(Await(m_transfer.SendFormAndLogo(0, Form(10, hasLogos ? 10 : 0), Logos::With, Designer)), result)
+            << silent;
         EXPECT_EQ(Letters(), letters);
     }
     Silence("O");
-    EXPECT_TRUE(Await(m_transfer.SendFormAndLogo(0, Form(10), false, false)));
+    EXPECT_TRUE(Await(m_transfer.SendFormAndLogo(0, Form(10), Logos::Without, StartUp)));
     EXPECT_EQ(m_messages.last(), QStringLiteral("Send Prn Form to MEM error! Addr=32"));
 }
 
@@ -108,17 +114,17 @@ TEST_F(FormTransferTest, CancellingEndsTheFormAndSaysSo) {
                                m_transfer.Cancel();
                        });
     ExpectWarnings({QStringLiteral("Send ticket form data error!")});
-    EXPECT_FALSE(Await(m_transfer.SendFormAndLogo(0, Form(150, 10), true, true)));
+    EXPECT_FALSE(Await(m_transfer.SendFormAndLogo(0, Form(150, 10), Logos::With, Designer)));
     EXPECT_EQ(Letters(), "LOV");
     m_end.Commands.clear();
     ExpectWarnings({QStringLiteral("Send Logo data error!")});
-    EXPECT_FALSE(Await(m_transfer.SendFormAndLogo(0, Form(10, 150), true, true)));
+    EXPECT_FALSE(Await(m_transfer.SendFormAndLogo(0, Form(10, 150), Logos::With, Designer)));
     EXPECT_EQ(Letters(), "LOVXY");
 }
 
 TEST_F(FormTransferTest, EveryPrinterIsTriedUntilTheUserHasEnough) {
     const QString question = QStringLiteral("Set ticket form to printer #object 2 error! Do you want to continue?");
-    EXPECT_TRUE(Await(m_transfer.SendFormToAllPrinters(Form(1), false)));
+    EXPECT_EQ(Told(m_transfer.SendFormToAllPrinters(Form(1), Logos::Without)), "done Information: Set done.");
     EXPECT_EQ(m_end.Commands,
               (QByteArrayList{"P L0001", "P Of", "P V1", "p J0", "p NQL0001", "p NQOf", "p NQV1", "p J1"}));
     for (const bool goOn : {true, false}) {
@@ -126,22 +132,24 @@ TEST_F(FormTransferTest, EveryPrinterIsTriedUntilTheUserHasEnough) {
         m_end.IsSilent = [](const QByteArray& command) { return command.startsWith("P L"); };
         ExpectWarnings({QStringLiteral("Could'n start send ticket form!")});
         m_dialogs.ExpectQuestion(BoxKind::Exclamation, question, goOn);
-        EXPECT_FALSE(Await(m_transfer.SendFormToAllPrinters(Form(1), false)));
+        EXPECT_EQ(Told(m_transfer.SendFormToAllPrinters(Form(1), Logos::Without)),
+                  "failed Exclamation: There're errors on setting ticket form.");
         EXPECT_EQ(Letters(), goOn ? "LLJLOVJ" : "LL");
     }
 }
 
 TEST_F(FormTransferTest, OnePrinterIsToldItsOutcome) {
     m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set done."));
-    EXPECT_TRUE(Await(m_transfer.SendToPrinter(1, Form(1), false)));
+    EXPECT_EQ(Told(m_transfer.SendToPrinter(1, Form(1), Logos::Without)), "done Plain: ");
     EXPECT_EQ(m_end.Commands.first() + m_end.Commands.last(), "p J0p J1");
     ExpectWarnings({QStringLiteral("Could'n start send ticket form!"),
                     QStringLiteral("Set ticket form to printer #object 2 error!")});
     Silence("L");
-    EXPECT_FALSE(Await(m_transfer.SendToPrinter(0, Form(1), false)));
+    EXPECT_EQ(Await(m_transfer.SendToPrinter(0, Form(1), Logos::Without)).silent, QStringList{u"object 2"_qs});
     m_end.Commands.clear();
-    ExpectWarnings({QStringLiteral("Logo data too large: 32768 bytes, at most 32767.")});
-    EXPECT_FALSE(Await(m_transfer.SendToPrinter(0, Form(1, 32'768), true)));
+    const char* tooLarge = "refused Exclamation: Logo data too large: 32768 bytes, at most 32767.";
+    EXPECT_EQ(Told(m_transfer.SendToPrinter(0, Form(1, 32'768), Logos::With)), tooLarge);
+    EXPECT_EQ(Told(m_transfer.SendFormToAllPrinters(Form(1, 32'768), Logos::With)), tooLarge);
     EXPECT_TRUE(m_end.Commands.isEmpty());
 }
 
@@ -151,7 +159,7 @@ TEST_F(FormTransferTest, TheLetterTableGoesInSeventeenFrames) {
         table[i * 11 + 2] = 3;
     WriteFile(m_folder.filePath(QStringLiteral("VNIl.dat")), table);
     ASSERT_EQ(m_letters.LoadVNITable(m_folder.filePath(QStringLiteral("VNIl.dat"))), std::nullopt);
-    EXPECT_TRUE(Await(m_fonts.SendVNIToPrinter(0, false)));
+    EXPECT_TRUE(Await(m_fonts.SendVNIToPrinter(0, LetterSet::Table)));
     ASSERT_EQ(m_end.Commands.size(), 19);
     QByteArray sent;
     for (const QByteArray& command : m_end.Commands.sliced(1, 17))
@@ -164,17 +172,17 @@ TEST_F(FormTransferTest, TheLetterTableGoesInSeventeenFrames) {
     m_dialogs.ExpectQuestion(BoxKind::Exclamation,
                              QStringLiteral("Set VNI table to printer #object 2 error! Do you want to continue?"),
                              false);
-    EXPECT_FALSE(Await(m_fonts.LoadVNIToAllPrinters(false)));
+    EXPECT_EQ(Await(m_fonts.LoadVNIToAllPrinters(LetterSet::Table)), QStringList{u"object 2"_qs});
     EXPECT_EQ(Letters(), "GJ") << "one try, no end, no bracket of the hub";
 }
 
 TEST_F(FormTransferTest, AFontFileIsSplitWhereStuffingWouldPassTheFrame) {
     const QString path = m_folder.filePath(QStringLiteral("VNI-ZR.bin"));
     ExpectWarnings({QStringLiteral("Font file not found (VNI-ZR.bin)")});
-    EXPECT_FALSE(Await(m_fonts.SendFontFile(0)));
+    EXPECT_FALSE(Await(m_fonts.SendVNIToPrinter(0, LetterSet::FontFile)));
     WriteFile(path, QByteArray(32'768, 'x'));
     ExpectWarnings({QStringLiteral("Font file too large (VNI-ZR.bin)")});
-    EXPECT_FALSE(Await(m_fonts.SendFontFile(0)));
+    EXPECT_FALSE(Await(m_fonts.SendVNIToPrinter(0, LetterSet::FontFile)));
     EXPECT_TRUE(m_end.Commands.isEmpty());
 
     WriteFile(path, QByteArray(128, '\xC0') + QByteArray(129, 'y'));
@@ -182,7 +190,7 @@ TEST_F(FormTransferTest, AFontFileIsSplitWhereStuffingWouldPassTheFrame) {
                                         std::pair(qint16(1), std::vector<qsizetype>{252, 4, 128, 1})}) {
         m_end.Commands.clear();
         m_clock.Waits.clear();
-        EXPECT_TRUE(Await(m_fonts.SendVNIToPrinter(object, true)));
+        EXPECT_TRUE(Await(m_fonts.SendVNIToPrinter(object, LetterSet::FontFile)));
         const qsizetype head = object == 0 ? 3 : 5;
         std::vector<qsizetype> sent;
         QByteArray content;

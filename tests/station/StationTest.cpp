@@ -54,7 +54,7 @@ TEST_F(StationTest, EveryPrinterEndsUpHoldingWhatTheStoreDescribes) {
         EXPECT_TRUE(printer->Flags().startsWith("11")) << address;
     }
     EXPECT_EQ(busy, (std::vector<bool>{true, false}));
-    EXPECT_TRUE(progress.contains(QStringLiteral("Printer Second: 5 of 5")));
+    EXPECT_TRUE(progress.contains(QStringLiteral("Printer Second: tables, 5 of 5")));
     EXPECT_TRUE(progress.last().isEmpty());
 }
 
@@ -223,8 +223,7 @@ TEST_F(StationTest, AFormWithItsLogosReachesEveryPrinterWhole) {
     QString problem;
     const auto form = richtext::Read(ReadFile(path), problem);
     ASSERT_TRUE(form.has_value()) << qPrintable(problem);
-    m_dialogs.ExpectMessage(BoxKind::Information, QStringLiteral("Set done."));
-    Await(m_station.forms.SendToAllPrinters(form->document, path, true));
+    EXPECT_EQ(Told(m_station.SendFormToAll(form->document, path, Logos::With)), "done Information: Set done.");
     EXPECT_GT(m_devices->Counts().Retries, 0U) << "the faults have struck";
     const CompiledForm compiled = *m_station.forms.Compile(form->document, path).form;
     for (const int address : {32, 33}) {
@@ -396,11 +395,18 @@ TEST_F(StationTest, NothingThatConfiguresDevicesRunsBesideAnotherAndBusyIsExactl
         busy.push_back(isBusy);
     });
     const std::function<QCoro::Task<Outcome>()> operations[] = {
-        [this] { return m_station.SetServiceConfig(); }, [this] { return m_station.ConfigPrinters(); },
-        [this] { return m_station.SetHubs(); },          [this] { return m_station.InitHubs(); },
-        [this] { return m_station.SetHubClocks(); },     [this] { return m_station.SetPrinterClocks(); },
-        [this] { return m_station.InitAllObjects(); },   [this] { return m_station.ResetSystem(); },
-        [this] { return m_station.LoadVniFont(true); },  [this] { return m_station.SetHubCounter(u"3"_qs); }};
+        [this] { return m_station.SetServiceConfig(); },
+        [this] { return m_station.ConfigPrinters(); },
+        [this] { return m_station.SetHubs(); },
+        [this] { return m_station.InitHubs(); },
+        [this] { return m_station.SetHubClocks(); },
+        [this] { return m_station.SetPrinterClocks(); },
+        [this] { return m_station.InitAllObjects(); },
+        [this] { return m_station.ResetSystem(); },
+        [this] { return m_station.LoadVniFont(LetterSet::Table); },
+        [this] { return m_station.SetHubCounter(u"3"_qs); },
+        [this] { return m_station.SendForm(1, {}, {}, Logos::With); },
+        [this] { return m_station.SendFormToAll({}, {}, Logos::Without); }};
     auto first = m_station.SetPrinterClocks();
     for (const auto& operation : operations) {
         EXPECT_EQ(Told(operation()),

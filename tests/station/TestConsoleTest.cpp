@@ -204,7 +204,7 @@ TEST_F(TestConsoleTest, ATicketThatThePrinterTookIsCounted) {
 
 TEST_F(TestConsoleTest, PollingOffersTheNextNumberUntilItIsCancelledAndCanBeginAgain) {
     OpenLine();
-    Await(m_station.printers.SendPrinterConfig(1, true));
+    Await(m_station.printers.SendPrinterConfig(1, PrinterConfig::Load::Full));
     TicketPrinter& printer = *m_devices->FindAs<TicketPrinter>(32);
     ASSERT_TRUE(printer.PressButton(8));
     ASSERT_TRUE(printer.PressButton(7));
@@ -249,7 +249,7 @@ TEST_F(TestConsoleTest, PollAndPrinterLoadDoNotHoldEachOtherUp) {
     const auto load = [&] {
         QElapsedTimer timer;
         timer.start();
-        EXPECT_TRUE(Await(station.printers.SendPrinterConfig(1, true)));
+        EXPECT_TRUE(Await(station.printers.SendPrinterConfig(1, PrinterConfig::Load::Full)));
         return timer.elapsed();
     };
     const qint64 alone = load();

@@ -1,0 +1,61 @@
+#include "printers/PrinterTransfer.h"
+
+#include "core/Installation.h"
+#include "hubs/HubRouter.h"
+#include "platform/Clock.h"
+#include "platform/Dialogs.h"
+
+PrinterTransfer::PrinterTransfer(const Parts& parts)
+    : m_installation(parts.installation)
+    , m_router(parts.router)
+    , m_clock(parts.clock)
+    , m_dialogs(parts.dialogs)
+    , m_log(parts.log) {}
+
+const model::QObject& PrinterTransfer::Printer(qint16 object) const {
+    return m_installation.Object(object);
+}
+
+QCoro::Task<QStringList> PrinterTransfer::SendToAll(Send send, HubBracket bracket, QString question) {
+    QStringList failed;
+    for (const qint16 object : m_installation.ObjectsOf(model::Printer)) {
+        if (bracket == HubBracket::With)
+            co_await m_router.HubTransferBegin(object);
+        const bool sent = co_await send(object);
+        bool goOn = true;
+        if (!sent) {
+            failed += Printer(object).Name;
+            if (!question.isEmpty())
+                goOn = co_await m_dialogs.AskYesNo(BoxKind::Exclamation, question.arg(Printer(object).Name));
+        }
+        if (bracket == HubBracket::With)
+            co_await m_router.HubTransferEnd(object);
+        if (!goOn)
+            break;
+    }
+    co_return failed;
+}
+
+QCoro::Task<bool> PrinterTransfer::SendFrame(qint16 object, char letter, QByteArray data, int tries) {
+    if (IsCancelled())
+        co_return false;
+    const Reply reply = co_await m_router.SendToObject(object, letter, data, Bus::DirectTimeout, tries);
+    co_return reply.ok;
+}
+
+QCoro::Task<bool> PrinterTransfer::SendChunks(qint16 object, char letter, std::vector<QByteArray> chunks, QString phase,
+                                              int tries, qint16 pause) {
+    const QString name = Printer(object).Name;
+    const auto total = static_cast<int>(chunks.size());
+    int done = 0;
+    for (const QByteArray& chunk : chunks) {
+        Q_EMIT Progress(name, phase, done++, total);
+        const bool sent = co_await SendFrame(object, letter, chunk, tries);
+        if (!sent)
+            co_return false;
+        if (pause > 0)
+            co_await m_clock.DelayMilliseconds(pause);
+    }
+    Q_EMIT Progress(name, phase, total, total);
+    co_return true;
+}
