@@ -3,7 +3,7 @@ set(program .)
 # Beside /opt/orvex, where desktops look.
 set(shared ../../usr/share)
 
-install(TARGETS Orvex OrvexBus JetImport DESTINATION ${program} COMPONENT program)
+install(TARGETS Orvex OrvexBus JetImport orvexctl DESTINATION ${program} COMPONENT program)
 install(FILES data/VNIl.dat data/VCODE.dat DESTINATION ${program} COMPONENT program)
 install(DIRECTORY help DESTINATION ${program} COMPONENT program)
 install(DIRECTORY docs/tour/ DESTINATION ${program}/help/images COMPONENT program)

@@ -9,17 +9,18 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 FLOORS = {
     "platform": 0, "core": 1, "widgets": 1, "link": 2, "tickets": 2, "hubs": 3, "database": 4, "printers": 5, "station": 6,
-    "console": 7, "designer": 7, "utilities": 7, "setup": 8, "operator": 8, "app": 9,
+    "console": 7, "designer": 7, "utilities": 7, "setup": 8, "operator": 8, "app": 9, "ctl": 9,
 }
 # Folders that need less of the house than all that lies below them; those beside the house may include only these.
 NEEDS = {
     "widgets": {"platform"},
     "tickets": {"platform"},
     "database": {"platform", "core"},
+    "ctl": {"platform", "core", "tickets", "station"},
     "simulator": {"platform", "core", "link", "tickets"},
     "jetimport": {"platform", "core", "database"},
     "tools": {"platform", "core", "database", "tickets"},
-    "benchmarks": {*FLOORS, "simulator", "jetimport"},
+    "benchmarks": {*FLOORS, "simulator", "jetimport", "tests"},
     "fuzz": {*FLOORS, "simulator", "jetimport"},
 }
 BESIDE = [folder for folder in NEEDS if folder not in FLOORS]
