@@ -24,15 +24,15 @@ enum class Watching { Nobody, Trace, Monitor };
 /// Microseconds that the signals of one transaction take, with what listens to them.
 double SignalTime(Watching watching) {
     const QTemporaryDir folder;
-    const SystemClock clock;
+    SystemClock clock;
     EventLog log(folder.path(), clock);
     SerialControl control;
-    Bus bus(control, log);
+    Bus bus(control, clock, log);
     const auto installation = std::make_unique<model::Installation>();
     std::unique_ptr<BusTrace> trace;
     std::unique_ptr<TraceModel> model;
     if (watching != Watching::Nobody)
-        trace = std::make_unique<BusTrace>(bus);
+        trace = std::make_unique<BusTrace>(bus, clock);
     if (watching == Watching::Monitor)
         model = std::make_unique<TraceModel>(*trace, *installation);
     const QByteArray command = frames::BuildFrame("P001P");
@@ -53,7 +53,8 @@ double SignalTime(Watching watching) {
 void BenchmarkMonitor() {
     const double plain = TransactionRate([](Bus&, const std::function<void()>& work) { work(); });
     const double traced = TransactionRate([](Bus& bus, const std::function<void()>& work) {
-        const BusTrace trace(bus);
+        const SystemClock clock;
+        const BusTrace trace(bus, clock);
         work();
     });
     Report("Transactions while their frames are kept", traced, "1/s", "not kept", plain);

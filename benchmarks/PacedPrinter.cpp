@@ -28,7 +28,8 @@ PacedPrinter::PacedPrinter(int baud)
     Installation->NumObjects = 1;
     Installation->QObjects[0].Type = model::Printer;
     Installation->QObjects[0].Address = 32;
-    Control.SetPort(line, QStringLiteral("%1,n,8,1").arg(baud));
+    if (const Result<> taken = Control.SetPort(line, QStringLiteral("%1,n,8,1").arg(baud)); !taken)
+        qFatal("%s", qPrintable(taken.Error()));
     if (!Control.Open())
         qFatal("the line does not open");
 }

@@ -33,7 +33,7 @@ public:
     EventLog Log{Folder.path(), Waits};
     const std::unique_ptr<model::Installation> Installation = std::make_unique<model::Installation>();
     SerialControl Control;
-    Bus Master{Control, Log};
+    Bus Master{Control, Waits, Log};
     HubRouter Router{Master, *Installation};
 
 private:

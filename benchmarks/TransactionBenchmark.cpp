@@ -36,11 +36,12 @@ double TransactionRate(const std::function<void(Bus&, const std::function<void()
     const Responder device(frames::BuildFrame("P007PP11111"),
                            [](const QByteArray& request) { return request.endsWith(frames::Etx); });
     const QTemporaryDir folder;
-    const SystemClock clock;
+    SystemClock clock;
     EventLog log(folder.path(), clock);
     SerialControl control;
-    Bus bus(control, log);
-    control.SetPort(device.Path(), QStringLiteral("115200,n,8,1"));
+    Bus bus(control, clock, log);
+    if (const Result<> taken = control.SetPort(device.Path(), QStringLiteral("115200,n,8,1")); !taken)
+        qFatal("%s", qPrintable(taken.Error()));
     if (!control.Open())
         qFatal("the line does not open");
     double rate = 0;

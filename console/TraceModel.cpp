@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr int FollowingTime = 100; ///< milliseconds
-
 QByteArray CsvField(const QString& text) {
     const bool isPlain = !text.contains(u',') && !text.contains(u'"') && !text.contains(u'\n');
     if (isPlain)
@@ -23,8 +21,6 @@ TraceModel::TraceModel(BusTrace& trace, const model::Installation& installation,
     , m_trace(trace)
     , m_text(trace, installation)
     , m_next(trace.First()) {
-    connect(&m_following, &QTimer::timeout, this, &TraceModel::Follow);
-    m_following.start(FollowingTime);
     Follow();
 }
 

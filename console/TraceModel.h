@@ -3,7 +3,6 @@
 #include "console/TraceText.h"
 
 #include <QAbstractTableModel>
-#include <QTimer>
 
 #include <deque>
 #include <functional>
@@ -37,7 +36,7 @@ public:
     /// Forgets all rows, those of the trace too.
     void Clear();
 
-    /// Takes up what has come since. Does nothing while paused.
+    /// Takes up what has come since. Does nothing while paused. To be called while the rows are looked at.
     void Follow();
 
     /// The given rows with tabs between the columns, a line each, under the titles.
@@ -64,5 +63,4 @@ private:
     std::optional<quint8> m_address;
     std::optional<char> m_letter;
     bool m_paused = false;
-    QTimer m_following;
 };

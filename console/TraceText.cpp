@@ -11,17 +11,8 @@
 
 namespace {
 
-constexpr int LetterAt = 5;      ///< STX, address, sequence and length stand before it
-constexpr int BehindContent = 3; ///< check sum and ETX
-
 QString Translated(const char* text) {
     return QCoreApplication::translate("TraceText", text);
-}
-
-/// What stands in a frame behind its letter and before its check sum.
-QByteArray DataOf(const QByteArray& frame) {
-    return frame.mid(LetterAt + 1)
-        .chopped(std::min<qsizetype>(BehindContent, std::max<qsizetype>(0, frame.size() - LetterAt - 1)));
 }
 
 const model::QObject* FindByAddress(const model::Installation& installation, quint8 address) {
@@ -60,13 +51,20 @@ QString TraceText::Title(int column) {
     return column >= 0 && column < Columns ? Translated(titles[column]) : QString();
 }
 
-TraceText::Reading TraceText::ReadRequest(const QByteArray& frame) const {
+TraceText::Reading TraceText::ReadFrame(const QByteArray& frame) {
     Reading reading;
-    reading.address = static_cast<quint8>(frame.at(1) - '0');
-    reading.letter = frame.at(LetterAt);
-    reading.data = DataOf(frame);
-    reading.device = reading.address;
-    reading.deviceLetter = reading.letter;
+    if (const std::optional<frames::Parts> parts = frames::Split(frame)) {
+        reading.address = reading.device = parts->address;
+        reading.letter = reading.deviceLetter = parts->letter;
+        reading.data = parts->data.toByteArray();
+    } else {
+        reading.data = frame;
+    }
+    return reading;
+}
+
+TraceText::Reading TraceText::ReadRequest(const QByteArray& frame) const {
+    Reading reading = ReadFrame(frame);
     const model::QObject* object = FindByAddress(m_installation, reading.address);
     if (reading.letter != 'N' || !object || object->Type != model::Hub)
         return reading;
@@ -84,15 +82,13 @@ TraceText::Reading TraceText::Read(quint64 serial) const {
     if (row.IsOut())
         return ReadRequest(row.frame);
     // A reply says little about itself: it belongs to the command that waited for it.
-    Reading reading;
+    Reading reading = ReadFrame(row.frame);
     if (row.HasRequest() && row.request >= m_trace.First() && row.request < serial &&
         m_trace.Row(row.request).IsOut()) {
+        const QByteArray content = std::exchange(reading.data, {});
         reading = ReadRequest(m_trace.Row(row.request).frame);
-    } else if (row.frame.size() > LetterAt) {
-        reading.address = reading.device = static_cast<quint8>(row.frame.at(1) - '0');
-        reading.letter = reading.deviceLetter = row.frame.at(LetterAt);
+        reading.data = content;
     }
-    reading.data = row.frame.size() > LetterAt + BehindContent ? DataOf(row.frame) : row.frame;
     return reading;
 }
 

@@ -43,6 +43,8 @@ private:
     };
 
     Reading Read(quint64 serial) const;
+    /// What stands in a frame itself; a frame that is too short is all data.
+    static Reading ReadFrame(const QByteArray& frame);
     Reading ReadRequest(const QByteArray& frame) const;
     QString ObjectName(const Reading& reading) const;
     QString MeaningOf(const Reading& reading) const;

@@ -13,10 +13,12 @@
 #include <QSaveFile>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
+#include <QTimer>
 
 namespace {
 
-constexpr int RowPadding = 4; ///< pixels beside the height of a line
+constexpr int FollowingTime = 100; ///< milliseconds
+constexpr int RowPadding = 4;      ///< pixels beside the height of a line
 
 /// Shows what went wrong in red, on white as on the colour of a selection.
 class MarkingDelegate : public QStyledItemDelegate {
@@ -55,6 +57,9 @@ frmBusMonitor::frmBusMonitor(Station& station)
     connect(m_ui->cmdSaveText, &QPushButton::clicked, this, [this] { Save(false); });
     connect(m_ui->cmdSaveCsv, &QPushButton::clicked, this, [this] { Save(true); });
     connect(m_model, &TraceModel::RowsChanged, this, &frmBusMonitor::Count);
+    auto* following = new QTimer(this);
+    connect(following, &QTimer::timeout, m_model, &TraceModel::Follow);
+    following->start(FollowingTime);
     Count();
 }
 

@@ -14,8 +14,10 @@ constexpr qint64 LongestLine = 64 * 1024;
 
 } // namespace
 
-ImporterRun::ImporterRun(ProgressBox& box, std::chrono::milliseconds patience)
+ImporterRun::ImporterRun(ProgressBox& box, Clock& clock, std::chrono::milliseconds patience)
     : m_box(box)
+    , m_clock(clock)
+    , m_watch(clock.MakeTimer([this] { Watch(); }))
     , m_patience(patience) {
     m_process.setStandardErrorFile(QProcess::nullDevice());
     m_process.setStandardInputFile(QProcess::nullDevice());
@@ -30,18 +32,17 @@ ImporterRun::ImporterRun(ProgressBox& box, std::chrono::milliseconds patience)
             QStringLiteral("The program %1 cannot be started: %2.").arg(m_process.program(), m_process.errorString());
         FinishLater();
     });
-    connect(&m_watch, &QTimer::timeout, this, &ImporterRun::Watch);
 }
 
 void ImporterRun::Start(const QString& program, const QString& source, const QString& target) {
-    m_silence.start();
-    m_watch.start(WatchInterval);
+    m_lastLine = m_clock.Monotonic();
+    m_watch->Start(WatchInterval);
     m_process.start(program, {source, target});
 }
 
 void ImporterRun::Stop() {
     m_outcome.stopped = true;
-    m_watch.stop();
+    m_watch->Stop();
     m_process.disconnect(this);
     m_process.kill();
     m_done.Finish(m_outcome);
@@ -56,7 +57,7 @@ void ImporterRun::Retire() {
 
 void ImporterRun::ReadLines() {
     while (m_process.canReadLine()) {
-        m_silence.restart();
+        m_lastLine = m_clock.Monotonic();
         Understand(QString::fromUtf8(m_process.readLine(LongestLine)).trimmed());
     }
     if (m_process.bytesAvailable() > LongestLine)
@@ -91,10 +92,11 @@ void ImporterRun::Kill(const QString& reason) {
 }
 
 void ImporterRun::Watch() {
+    m_watch->Start(WatchInterval);
     if (m_box.IsCancelled()) {
         m_outcome.stopped = true;
         m_process.kill();
-    } else if (m_silence.hasExpired(m_patience.count())) {
+    } else if (m_clock.Monotonic() - m_lastLine > m_patience) {
         Kill(QStringLiteral("The import program made no progress for %1 seconds and was stopped.")
                  .arg(std::max<qint64>(1, std::chrono::duration_cast<std::chrono::seconds>(m_patience).count())));
     }
@@ -113,7 +115,7 @@ void ImporterRun::OnFinished(int code, QProcess::ExitStatus status) {
 
 // The coroutine goes on outside of the process's own signals.
 void ImporterRun::FinishLater() {
-    m_watch.stop();
+    m_watch->Stop();
     QMetaObject::invokeMethod(
         this, [this] { m_done.Finish(m_outcome); }, Qt::QueuedConnection);
 }

@@ -1,14 +1,13 @@
 #pragma once
 
+#include "platform/Clock.h"
 #include "platform/Completion.h"
 
-#include <QElapsedTimer>
 #include <QObject>
 #include <QProcess>
 #include <QStringList>
-#include <QTimer>
 
-#include <chrono>
+#include <memory>
 
 class ProgressBox;
 
@@ -25,8 +24,8 @@ public:
 
     static constexpr int MostNotes = 100;
 
-    /// @param box must outlive the run. @param patience the longest time without a line of the program.
-    ImporterRun(ProgressBox& box, std::chrono::milliseconds patience);
+    /// @param box, clock must outlive the run. @param patience the longest time without a line of the program.
+    ImporterRun(ProgressBox& box, Clock& clock, std::chrono::milliseconds patience);
 
     void Start(const QString& program, const QString& source, const QString& target);
 
@@ -48,8 +47,9 @@ private:
 
     ProgressBox& m_box;
     QProcess m_process;
-    QTimer m_watch;
-    QElapsedTimer m_silence;
+    const Clock& m_clock;
+    const std::unique_ptr<ClockTimer> m_watch;
+    Clock::Instant m_lastLine;
     std::chrono::milliseconds m_patience;
     bool m_complete = false;
     Outcome m_outcome;

@@ -139,8 +139,10 @@ QString Native(const QString& path) {
 
 } // namespace
 
-JetTakeover::JetTakeover(Dialogs& dialogs, EventLog& log, QString importer, std::chrono::milliseconds patience)
+JetTakeover::JetTakeover(Dialogs& dialogs, Clock& clock, EventLog& log, QString importer,
+                         std::chrono::milliseconds patience)
     : m_dialogs(dialogs)
+    , m_clock(clock)
     , m_log(log)
     , m_importer(std::move(importer))
     , m_patience(patience) {}
@@ -259,7 +261,7 @@ QCoro::Task<JetTakeover::Result> JetTakeover::TakeOverLocked(QString file) {
     {
         const std::unique_ptr<ProgressBox> box =
             m_dialogs.ShowProgress(QStringLiteral("Taking over %1").arg(before.fileName()));
-        auto run = std::make_unique<ImporterRun>(*box, m_patience);
+        auto run = std::make_unique<ImporterRun>(*box, m_clock, m_patience);
         m_run = run.get();
         run->Start(m_importer, file, temporary);
         outcome = co_await run->Done().Wait();

@@ -6,6 +6,7 @@
 
 #include <chrono>
 
+class Clock;
 class Dialogs;
 class EventLog;
 class ImporterRun;
@@ -24,8 +25,9 @@ public:
     /// An importer that tells nothing for so long is taken for hung.
     static constexpr std::chrono::milliseconds Patience{60'000};
 
-    /// @param dialogs, log must outlive this. @param importer path of the program `JetImport`.
-    JetTakeover(Dialogs& dialogs, EventLog& log, QString importer, std::chrono::milliseconds patience = Patience);
+    /// The references must outlive this. @param importer path of the program `JetImport`.
+    JetTakeover(Dialogs& dialogs, Clock& clock, EventLog& log, QString importer,
+                std::chrono::milliseconds patience = Patience);
     JetTakeover(const JetTakeover&) = delete;
     JetTakeover& operator=(const JetTakeover&) = delete;
     ~JetTakeover();
@@ -52,6 +54,7 @@ private:
     QCoro::Task<Result> Fail(QString file, QString reason);
 
     Dialogs& m_dialogs;
+    Clock& m_clock;
     EventLog& m_log;
     QString m_importer;
     std::chrono::milliseconds m_patience;

@@ -3,6 +3,7 @@
 #include "core/EventLog.h"
 #include "core/Installation.h"
 #include "link/Encodings.h"
+#include "link/Frames.h"
 
 using model::Installation;
 
@@ -29,8 +30,7 @@ QCoro::Task<Reply> HubRouter::SendToObject(qint16 object, char letter, QByteArra
     relayed += data;
     const quint8 hubAddress = m_installation.Object(place->hub).Address;
     Reply reply = co_await m_bus.SendCommand(hubAddress, 'N', relayed, Bus::RelayTimeout, tries);
-    // The hub's own letter goes out, so that the content stands where a direct reply has it.
-    reply.frame.remove(5, 1);
+    frames::RemoveRelayLetter(reply.frame);
     co_return reply;
 }
 

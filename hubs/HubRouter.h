@@ -16,7 +16,7 @@ public:
     HubRouter(Bus& bus, const model::Installation& installation);
 
     /// Sends a command to an object, directly or through its hub. Through a hub the time-out is 1.2 s whatever is asked
-    /// for, and the reply's sixth character is taken out, so that it reads like a direct one. A device that its hub
+    /// for, and the hub's letter is taken out of the reply, so that it reads like a direct one. A device that its hub
     /// does not list gets nothing; the reply has failed then.
     QCoro::Task<Reply> SendToObject(qint16 object, char letter, QByteArray data, Bus::Milliseconds timeout, int tries);
 

@@ -4,7 +4,7 @@
 #include "link/Encodings.h"
 #include "link/Frames.h"
 #include "platform/Ended.h"
-#include "platform/SerialControl.h"
+#include "platform/Line.h"
 
 #include <algorithm>
 
@@ -37,19 +37,18 @@ private:
     Bus& m_bus;
 };
 
-Bus::Bus(SerialControl& control, EventLog& log, QObject* parent)
+Bus::Bus(Line& line, Clock& clock, EventLog& log, QObject* parent)
     : QObject(parent)
-    , m_control(control)
-    , m_log(log) {
-    m_deadline.setSingleShot(true);
-    m_deadline.setTimerType(Qt::PreciseTimer);
+    , m_line(line)
+    , m_clock(clock)
+    , m_log(log)
+    , m_deadline(clock.MakeTimer([this] { OnDeadline(); })) {
     m_reader.OnFrame = [this](const QByteArray& frame, bool isGood) {
         Q_EMIT FrameReceived(frame, isGood, m_wait != nullptr);
     };
-    connect(&m_deadline, &QTimer::timeout, this, &Bus::OnDeadline);
-    connect(&m_control, &SerialControl::CharactersArrived, this, &Bus::OnCharacters);
-    connect(&m_control, &SerialControl::Closed, this, &Bus::OnLineClosed);
-    connect(&m_control, &SerialControl::WriteFailed, this, &Bus::OnWriteFailed);
+    connect(&m_line, &Line::CharactersArrived, this, &Bus::OnCharacters);
+    connect(&m_line, &Line::Closed, this, &Bus::OnLineClosed);
+    connect(&m_line, &Line::WriteFailed, this, &Bus::OnWriteFailed);
 }
 
 Bus::~Bus() {
@@ -60,7 +59,7 @@ QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data
     Reply reply;
     if (m_closed)
         throw Ended();
-    if (!m_control.IsOpen())
+    if (!m_line.IsOpen())
         co_return reply;
     if (address > encoding::LargestSmallNumber) {
         m_log.WriteLog(QStringLiteral("Command %1 to address %2: one character carries addresses 0 to %3 only.")
@@ -90,7 +89,7 @@ QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data
             EventLog::Warning);
     }
     for (int attempt = 0; attempt < tries && !reply.ok; ++attempt) {
-        if (!m_control.IsOpen())
+        if (!m_line.IsOpen())
             break;
         const bool broadcast = address == frames::Broadcast;
         const char sequence = broadcast ? '*' : static_cast<char>('0' + m_sequenceNumber[address]);
@@ -127,7 +126,7 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
     reply.ok = outcome == Outcome::Answered;
     if (reply.ok) {
         // The device has heard the frame, so it has left, whatever the reckoning says.
-        m_lineFree = std::min(m_lineFree, std::chrono::steady_clock::now());
+        m_lineFree = std::min(m_lineFree, m_clock.Monotonic());
         Write(QByteArrayView(&frames::Ack, 1));
         reply.frame = m_reader.TakeReply();
         Q_EMIT ReplyTaken(address, reply.frame);
@@ -151,15 +150,15 @@ void Bus::WriteFrame(const QByteArray& frame) {
 }
 
 void Bus::Write(QByteArrayView characters) {
-    if (!m_control.IsOpen())
+    if (!m_line.IsOpen())
         return;
-    if (const SerialControl::Error error = m_control.Write(characters))
-        OnWriteFailed(*error);
+    if (const Result<> written = m_line.Write(characters); !written)
+        OnWriteFailed(written.Error());
     Occupy(characters.size());
 }
 
 void Bus::Occupy(qsizetype characters) {
-    m_lineFree = std::max(m_lineFree, std::chrono::steady_clock::now()) + WireTime(characters, m_control.BaudRate());
+    m_lineFree = std::max(m_lineFree, m_clock.Monotonic()) + WireTime(characters, m_line.BaudRate());
 }
 
 void Bus::StartDeadline(Milliseconds timeout) {
@@ -169,38 +168,40 @@ void Bus::StartDeadline(Milliseconds timeout) {
     ArmDeadline(m_lineFree);
 }
 
-void Bus::ArmDeadline(std::chrono::steady_clock::time_point due) {
+void Bus::ArmDeadline(Clock::Instant due) {
     m_due = due;
     // A timer that runs already is left alone if it comes before: most commands are answered long before it.
-    if (m_deadline.isActive() && m_expiry <= due)
+    if (m_deadlineRuns && m_expiry <= due)
         return;
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = m_clock.Monotonic();
     m_expiry = std::max(due, now);
-    m_deadline.start(std::chrono::ceil<Milliseconds>(m_expiry - now));
+    m_deadlineRuns = true;
+    m_deadline->Start(m_expiry - now);
 }
 
 void Bus::OnDeadline() {
+    m_deadlineRuns = false;
     if (!m_wait)
         return;
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = m_clock.Monotonic();
     if (now < m_due) {
         ArmDeadline(m_due);
     } else if (m_frameLeft) {
         EndWait(Outcome::TimedOut);
-    } else if (m_control.IsOutputSent()) {
+    } else if (m_line.IsOutputSent()) {
         m_frameLeft = true;
         ArmDeadline(now + m_timeout);
     } else if (++m_outputChecks <= MostOutputChecks) {
         ArmDeadline(now + OutputCheck);
     } else {
         m_log.WriteLog(QStringLiteral("Write Comm Err,the line takes no characters"), EventLog::Error);
-        m_control.DropOutput();
+        m_line.DropOutput();
         EndWait(Outcome::TimedOut);
     }
 }
 
 void Bus::OnCharacters() {
-    const QByteArray characters = m_control.TakeAll();
+    const QByteArray characters = m_line.TakeAll();
     Q_EMIT CharactersReceived(characters);
     m_reader.Feed(characters);
     if (m_wait && m_reader.ReplyComplete())
@@ -224,7 +225,6 @@ void Bus::EndWait(Outcome outcome) {
 void Bus::LeaveLine() {
     if (m_queue.empty()) {
         m_sending = false;
-        Q_EMIT Idle();
         return;
     }
     // The line stays taken; the next command gets it from the event loop, not from within this one's last step.

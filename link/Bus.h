@@ -1,19 +1,19 @@
 #pragma once
 
 #include "link/FrameReader.h"
+#include "platform/Clock.h"
 #include "platform/Completion.h"
 
 #include <QObject>
-#include <QTimer>
 
 #include <qcoro/qcorotask.h>
 
 #include <array>
-#include <chrono>
 #include <deque>
+#include <memory>
 
 class EventLog;
-class SerialControl;
+class Line;
 
 /// What a command brought back.
 struct Reply {
@@ -21,10 +21,6 @@ struct Reply {
     QByteArray frame; ///< from STX to ETX; without an answer whatever had been collected
 
     explicit operator bool() const { return ok; }
-
-    /// `count` characters from position `first`, counted from 1 with the STX; shorter or empty where the reply is
-    /// short. The content of a reply begins at position 7.
-    QByteArray At(int first, int count = 1) const { return frame.mid(first - 1, count); }
 };
 
 /// The master of the line: every command of the system goes through `SendCommand`.
@@ -41,7 +37,7 @@ public:
     static constexpr Milliseconds RelayTimeout{1200};
 
     /// The references must outlive the bus.
-    Bus(SerialControl& control, EventLog& log, QObject* parent = nullptr);
+    Bus(Line& line, Clock& clock, EventLog& log, QObject* parent = nullptr);
     ~Bus() override;
 
     /// Sends a command and waits for the reply.
@@ -82,8 +78,6 @@ Q_SIGNALS:
     /// Nobody answered the frame that was sent last. @param collected what had come of an answer. @param isLineOpen the
     /// time is over; otherwise the line went away or is being closed.
     void ReplyMissed(quint8 address, const QByteArray& collected, bool isLineOpen);
-    /// No command is on the line any more and none waits.
-    void Idle();
 
 private:
     class Turn;
@@ -99,11 +93,12 @@ private:
     void OnDeadline();
     void Occupy(qsizetype characters);
     void StartDeadline(Milliseconds timeout);
-    void ArmDeadline(std::chrono::steady_clock::time_point due);
+    void ArmDeadline(Clock::Instant due);
     void EndWait(Outcome outcome);
     void LeaveLine();
 
-    SerialControl& m_control;
+    Line& m_line;
+    Clock& m_clock;
     EventLog& m_log;
     FrameReader m_reader;
     std::array<quint8, 256> m_sequenceNumber{};
@@ -111,11 +106,12 @@ private:
     bool m_closed = false;
     std::deque<Completion<bool>*> m_queue;
     Completion<Outcome>* m_wait = nullptr;
-    QTimer m_deadline;
+    const std::unique_ptr<ClockTimer> m_deadline;
+    bool m_deadlineRuns = false;
     Milliseconds m_timeout{0};
     bool m_frameLeft = false;
     int m_outputChecks = 0;
-    std::chrono::steady_clock::time_point m_due;      ///< when the running wait is to be looked at
-    std::chrono::steady_clock::time_point m_expiry;   ///< when the timer comes, if it runs
-    std::chrono::steady_clock::time_point m_lineFree; ///< when all that was written will have left at the line's speed
+    Clock::Instant m_due;      ///< when the running wait is to be looked at
+    Clock::Instant m_expiry;   ///< when the timer comes, if it runs
+    Clock::Instant m_lineFree; ///< when all that was written will have left at the line's speed
 };

@@ -6,17 +6,9 @@
 #include <algorithm>
 #include <limits>
 
-namespace {
-
-qint64 WallClock() {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch())
-        .count();
-}
-
-} // namespace
-
-BusTrace::BusTrace(const Bus& bus, QObject* parent)
-    : QObject(parent) {
+BusTrace::BusTrace(const Bus& bus, const Clock& clock, QObject* parent)
+    : QObject(parent)
+    , m_clock(clock) {
     connect(&bus, &Bus::FrameSent, this, &BusTrace::OnSent);
     connect(&bus, &Bus::FrameReceived, this, &BusTrace::OnReceived);
     connect(&bus, &Bus::ReplyMissed, this,
@@ -36,7 +28,7 @@ TraceRow& BusTrace::Append(TraceRow::Outcome outcome, const QByteArray& frame) {
     TraceRow& row = m_rows[m_end % Capacity];
     ++m_end;
     row.frame = frame;
-    row.time = WallClock();
+    row.time = m_clock.EpochMilliseconds();
     row.request = 0;
     row.roundTrip = -1;
     row.collected = 0;
@@ -56,7 +48,7 @@ void BusTrace::OnSent(quint8 address, const QByteArray& frame, int attempt) {
     m_request = m_end;
     TraceRow& row = Append(address == frames::Broadcast ? TraceRow::ToAll : TraceRow::Waiting, frame);
     row.attempt = static_cast<qint16>(attempt);
-    m_sent = std::chrono::steady_clock::now();
+    m_sent = m_clock.Monotonic();
 }
 
 void BusTrace::OnReceived(const QByteArray& frame, bool isGood, bool isAwaited) {
@@ -67,7 +59,7 @@ void BusTrace::OnReceived(const QByteArray& frame, bool isGood, bool isAwaited) 
     TraceRow& row = Append(!isGood ? TraceRow::BadSum : isAwaited ? TraceRow::Good : TraceRow::Unasked, frame);
     row.request = isAwaited ? m_request : m_end - 1;
     if (isAwaited) {
-        const auto passed = std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - m_sent).count();
+        const auto passed = std::chrono::duration_cast<microseconds>(m_clock.Monotonic() - m_sent).count();
         row.roundTrip = static_cast<qint32>(std::min<microseconds::rep>(passed, std::numeric_limits<qint32>::max()));
     }
 }

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "platform/Clock.h"
+
 #include <QByteArray>
 #include <QObject>
 
-#include <chrono>
 #include <vector>
 
 class Bus;
@@ -43,8 +44,8 @@ class BusTrace : public QObject {
 public:
     static constexpr quint64 Capacity = 100'000;
 
-    /// Records from now on. @param bus must outlive the trace.
-    explicit BusTrace(const Bus& bus, QObject* parent = nullptr);
+    /// Records from now on. The references must outlive the trace.
+    BusTrace(const Bus& bus, const Clock& clock, QObject* parent = nullptr);
 
     quint64 First() const { return m_end > m_cleared + Capacity ? m_end - Capacity : m_cleared; }
     quint64 End() const { return m_end; }
@@ -63,9 +64,10 @@ private:
     /// The frame that was sent last, if it is still there and waits.
     TraceRow* Open();
 
+    const Clock& m_clock;
     std::vector<TraceRow> m_rows; ///< a row stands at its serial modulo `Capacity`
     quint64 m_cleared = 0;
     quint64 m_end = 0;
     quint64 m_request = 0;
-    std::chrono::steady_clock::time_point m_sent;
+    Clock::Instant m_sent;
 };

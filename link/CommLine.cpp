@@ -3,6 +3,7 @@
 #include "core/IniUtility.h"
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
+#include "platform/Line.h"
 
 namespace {
 constexpr qint32 StateOpen = 0;
@@ -14,13 +15,13 @@ const QString& Section() {
 }
 } // namespace
 
-CommLine::CommLine(SerialControl& control, IniUtility& ini, Dialogs& dialogs, const Clock& clock, QObject* parent)
+CommLine::CommLine(Line& control, IniUtility& ini, Dialogs& dialogs, const Clock& clock, QObject* parent)
     : QObject(parent)
     , m_control(control)
     , m_ini(ini)
     , m_dialogs(dialogs)
     , m_clock(clock) {
-    connect(&m_control, &SerialControl::LineLost, this, &CommLine::CloseComm);
+    connect(&m_control, &Line::LineLost, this, &CommLine::CloseComm);
 }
 
 bool CommLine::LoadCommSettings() {
@@ -42,10 +43,9 @@ QCoro::Task<bool> CommLine::OpenPort() {
     if (!Settings.CommDevice.isEmpty()) {
         m_control.Close();
         const QString lineSettings = Settings.CommBaud.trimmed() + QStringLiteral(",n,8,1");
-        const SerialControl::Error error = m_control.SetPort(Settings.CommName, lineSettings);
-        if (error) {
-            const QString description = *error;
-            co_await m_dialogs.ShowMessage(BoxKind::Critical, description);
+        const Result<> taken = m_control.SetPort(Settings.CommName, lineSettings);
+        if (!taken) {
+            co_await m_dialogs.ShowMessage(BoxKind::Critical, taken.Error());
             co_return false;
         }
         m_control.Open();
@@ -57,15 +57,13 @@ QCoro::Task<bool> CommLine::OpenPort() {
     }
     Settings.CommState = StateNotOpen;
     m_portIsOpen = false;
-    const QString message = QStringLiteral("COM port used by another program!");
-    co_await m_dialogs.ShowMessage(BoxKind::Critical, message);
+    co_await m_dialogs.ShowMessage(BoxKind::Critical, QStringLiteral("COM port used by another program!"));
     co_return false;
 }
 
 QCoro::Task<bool> CommLine::ChoosePort(QString name, QString baud) {
     if (name.isEmpty() || baud.isEmpty()) {
-        const QString missing = QStringLiteral("Please select a Device and Baudrate!");
-        co_await m_dialogs.ShowMessage(BoxKind::Critical, missing);
+        co_await m_dialogs.ShowMessage(BoxKind::Critical, QStringLiteral("Please select a Device and Baudrate!"));
         co_return false;
     }
     Settings.CommDevice = name;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/SerialControl.h"
-
 #include <QDateTime>
 #include <QObject>
 #include <QString>
@@ -11,6 +9,7 @@
 class Clock;
 class Dialogs;
 class IniUtility;
+class Line;
 
 /// The serial settings, as they stand in section Comm of the settings file.
 struct CommSettings {
@@ -26,7 +25,7 @@ class CommLine : public QObject {
 
 public:
     /// The references must outlive the line.
-    CommLine(SerialControl& control, IniUtility& ini, Dialogs& dialogs, const Clock& clock, QObject* parent = nullptr);
+    CommLine(Line& control, IniUtility& ini, Dialogs& dialogs, const Clock& clock, QObject* parent = nullptr);
 
     CommSettings Settings;
 
@@ -61,7 +60,7 @@ Q_SIGNALS:
     void StatusChanged(const QString& device, const QString& baud, bool opened);
 
 private:
-    SerialControl& m_control;
+    Line& m_control;
     IniUtility& m_ini;
     Dialogs& m_dialogs;
     const Clock& m_clock;

@@ -6,6 +6,9 @@ namespace frames {
 namespace {
 
 constexpr char EscapeOffset = 0x20;
+constexpr qsizetype LetterPlace = 5;
+constexpr qsizetype BehindData = 3; ///< check sum and ETX
+constexpr qsizetype ShortestFrame = LetterPlace + 1 + BehindData;
 
 bool NeedsEscape(char byte) {
     return byte == Stx || byte == Etx || byte == Ack || byte == Escape;
@@ -63,6 +66,20 @@ bool chkCS(QByteArrayView received) {
         told = told * 16 + digit;
     }
     return CheckSum(received.chopped(2)) == told;
+}
+
+std::optional<Parts> Split(QByteArrayView frame) {
+    if (frame.size() < ShortestFrame)
+        return std::nullopt;
+    return Parts{.address = static_cast<quint8>(encoding::FromSmallNumber(frame[1])),
+                 .sequence = frame[2],
+                 .length = frame.sliced(3, 2),
+                 .letter = frame[LetterPlace],
+                 .data = frame.sliced(LetterPlace + 1).chopped(BehindData)};
+}
+
+void RemoveRelayLetter(QByteArray& reply) {
+    reply.remove(LetterPlace, 1);
 }
 
 QByteArray EscapeData(QByteArrayView data) {

@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+#include <optional>
+
 /// The frames of the bus, as pure functions.
 ///
 /// Master to device:
@@ -13,9 +15,8 @@
 /// - length: characters of letter and data, two upper-case hexadecimal digits; above 255 the two low digits.
 /// - check sum: low 8 bits of the sum of all bytes from STX to the last data byte, two upper-case hexadecimal digits.
 ///
-/// Device to master: STX, at least two characters, check sum, ETX. A reply carries four head characters and one more
-/// before its content. Between STX and ETX no bare STX, ETX, ACK or 0xC0 may stand: binary data goes through
-/// `EscapeData`.
+/// Device to master: STX, at least two characters, check sum, ETX. Between STX and ETX no bare STX, ETX, ACK or 0xC0
+/// may stand: binary data goes through `EscapeData`.
 namespace frames {
 
 constexpr char Stx = 0x02;
@@ -43,6 +44,28 @@ quint8 CheckSum(QByteArrayView bytes);
 /// the check sum of all before them. A character that is no digit ends the number; no digit at all is 0. False for
 /// fewer than five characters.
 bool chkCS(QByteArrayView received);
+
+/// A frame taken apart. Commands and replies have the same shape:
+///
+///     0    1        2         3 4     5       6 to n - 4  n - 3 n - 2  n - 1
+///     STX  address  sequence  length  letter  data        check sum    ETX
+///
+/// What a reply has for data is its content; its length field says nothing.
+struct Parts {
+    quint8 address = 0;
+    char sequence = 0;
+    QByteArrayView length; ///< two characters
+    char letter = 0;
+    QByteArrayView data; ///< as it went over the line; empty where there is none
+};
+
+/// Takes a frame from STX to ETX apart. The check sum is not looked at. The parts point into `frame`.
+/// @return nothing for a frame of fewer than nine characters.
+std::optional<Parts> Split(QByteArrayView frame);
+
+/// Takes the letter of the hub out of a relayed reply, so that the letter and the content of the device stand where a
+/// direct reply has them.
+void RemoveRelayLetter(QByteArray& reply);
 
 /// Replaces 0x02, 0x03, 0x06 and 0xC0 by 0xC0 and the byte plus 0x20.
 QByteArray EscapeData(QByteArrayView data);

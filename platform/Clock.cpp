@@ -75,6 +75,11 @@ QDateTime SystemClock::Now() const {
     return QDateTime::currentDateTime();
 }
 
+qint64 SystemClock::EpochMilliseconds() const {
+    // Without the cost of a time zone.
+    return QDateTime::currentMSecsSinceEpoch();
+}
+
 std::unique_ptr<ClockTimer> SystemClock::MakeTimer(std::function<void()> onDue) {
     return std::make_unique<SystemTimer>(std::move(onDue));
 }

@@ -29,6 +29,9 @@ public:
     /// Local date and time.
     virtual QDateTime Now() const = 0;
 
+    /// The same as milliseconds since 1970, UTC.
+    virtual qint64 EpochMilliseconds() const { return Now().toMSecsSinceEpoch(); }
+
     /// A time that only goes forward, for measuring and for deadlines.
     virtual Instant Monotonic() const = 0;
 
@@ -53,6 +56,7 @@ public:
     ~SystemClock() override;
 
     QDateTime Now() const override;
+    qint64 EpochMilliseconds() const override;
     Instant Monotonic() const override { return std::chrono::steady_clock::now(); }
     std::unique_ptr<ClockTimer> MakeTimer(std::function<void()> onDue) override;
     QCoro::Task<> DelayMilliseconds(qint16 n) override;

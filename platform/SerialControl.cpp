@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 SerialControl::SerialControl(QObject* parent)
-    : QObject(parent)
+    : Line(parent)
     , m_port(new QSerialPort(this)) {
     connect(m_port, &QSerialPort::readyRead, this, &SerialControl::CharactersArrived);
     // The port must not be closed from within its own notification, and a later error must not hide this one.
@@ -55,20 +55,20 @@ QList<SerialControl::Port> SerialControl::AvailablePorts() {
     return ports;
 }
 
-SerialControl::Error SerialControl::SetPort(const QString& portName, const QString& settings) {
+Result<> SerialControl::SetPort(const QString& portName, const QString& settings) {
     const QString device = DeviceOf(portName);
     if (device.isEmpty())
-        return QStringLiteral("\"%1\" is no port name (COM1, ttyUSB0, /dev/...).").arg(portName);
+        return Failure{QStringLiteral("\"%1\" is no port name (COM1, ttyUSB0, /dev/...).").arg(portName)};
     const QStringList fields = settings.split(u',');
     bool isNumber = false;
     const qint32 baud = fields.first().toInt(&isNumber);
     if (!isNumber || baud <= 0)
-        return QStringLiteral("\"%1\" is no speed in bit/s.").arg(fields.first());
+        return Failure{QStringLiteral("\"%1\" is no speed in bit/s.").arg(fields.first())};
     if (fields.mid(1) != QStringList{QStringLiteral("n"), QStringLiteral("8"), QStringLiteral("1")})
-        return QStringLiteral("Line settings \"%1\" are not supported.").arg(settings);
+        return Failure{QStringLiteral("Line settings \"%1\" are not supported.").arg(settings)};
     m_device = device;
     m_baud = baud;
-    return std::nullopt;
+    return {};
 }
 
 bool SerialControl::Open() {
@@ -105,19 +105,19 @@ QByteArray SerialControl::TakeAll() {
     return m_port->readAll();
 }
 
-SerialControl::Error SerialControl::Write(QByteArrayView characters) {
+Result<> SerialControl::Write(QByteArrayView characters) {
     if (!m_port->isOpen())
-        return QStringLiteral("The line is closed.");
+        return Failure{QStringLiteral("The line is closed.")};
     // Straight to the system: the port's own buffer costs several turns of the event loop.
     if (m_port->bytesToWrite() == 0 && !characters.isEmpty()) {
         const ssize_t written = ::write(m_port->handle(), characters.data(), static_cast<size_t>(characters.size()));
         if (written < 0 && errno != EAGAIN && errno != EINTR)
-            return qt_error_string(errno);
+            return Failure{qt_error_string(errno)};
         characters = characters.sliced(std::max<qsizetype>(written, 0));
     }
     if (characters.isEmpty() || m_port->write(characters.data(), characters.size()) == characters.size())
-        return std::nullopt;
-    return m_port->errorString();
+        return {};
+    return Failure{m_port->errorString()};
 }
 
 bool SerialControl::IsOutputSent() const {

@@ -3,13 +3,6 @@
 #include "link/Encodings.h"
 #include "link/Frames.h"
 
-namespace {
-/// STX, address, sequence, length, letter, check sum, ETX.
-constexpr qsizetype ShortestFrame = 9;
-constexpr qsizetype LetterPlace = 5;
-constexpr qsizetype TailLength = 3;
-} // namespace
-
 void FrameDecoder::Reset() {
     m_buffer.clear();
 }
@@ -37,17 +30,18 @@ void FrameDecoder::Feed(QByteArrayView bytes) {
 FrameDecoder::Command FrameDecoder::Decode(const QByteArray& raw) {
     Command command;
     command.Raw = raw;
-    if (raw.size() < ShortestFrame) {
+    const std::optional<frames::Parts> parts = frames::Split(raw);
+    if (!parts) {
         command.Fault = QStringLiteral("too short");
         return command;
     }
-    command.Address = static_cast<quint8>(encoding::FromSmallNumber(raw[1]));
-    command.Sequence = raw[2];
-    command.Letter = raw[LetterPlace];
-    command.Data = raw.sliced(LetterPlace + 1, raw.size() - LetterPlace - 1 - TailLength);
+    command.Address = parts->address;
+    command.Sequence = parts->sequence;
+    command.Letter = parts->letter;
+    command.Data = parts->data.toByteArray();
     if (!frames::chkCS(QByteArrayView(raw).chopped(1)))
         command.Fault = QStringLiteral("bad check sum");
-    else if (raw.sliced(3, 2) != encoding::Hexadecimal(quint32(command.Data.size() + 1), 2))
+    else if (parts->length != encoding::Hexadecimal(static_cast<quint32>(command.Data.size() + 1), 2))
         command.Fault = QStringLiteral("wrong length");
     return command;
 }

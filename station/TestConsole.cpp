@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr int ContentStart = 6;  ///< characters before the content of a reply
-constexpr int BehindContent = 3; ///< check sum and ETX
 constexpr quint8 SubAddress = 0; ///< to which `X` goes
 constexpr quint8 MembersAddress = 64;
 constexpr qint16 PollPause = 2; ///< seconds
@@ -29,10 +27,10 @@ struct TicketReply {
     uint number = 0;
 };
 
-/// The content of a reply, without check sum and ETX; empty if it is too short to have one.
-QByteArray Content(const Reply& reply) {
-    return reply.frame.size() < ContentStart + BehindContent ? QByteArray()
-                                                             : reply.frame.sliced(ContentStart).chopped(BehindContent);
+/// What a reply holds; empty if it is too short to hold anything.
+QByteArrayView Content(const Reply& reply) {
+    const std::optional<frames::Parts> parts = frames::Split(reply.frame);
+    return parts ? parts->data : QByteArrayView();
 }
 
 /// The number of hexadecimal digits that `text` begins with.
@@ -49,12 +47,12 @@ uint LeadingHexadecimal(QByteArrayView text) {
 }
 
 TicketReply ReadTicket(const Reply& reply) {
-    // Positions 10, 11 and 12 to 15 of the reply.
-    const QByteArray content = Content(reply);
+    const QByteArrayView content = Content(reply);
     TicketReply ticket;
     ticket.kind = content.size() > 3 ? content[3] : '\0';
     ticket.serviceIndex = content.size() > 4 ? static_cast<qint16>(encoding::FromSmallNumber(content[4])) : qint16(-1);
-    ticket.number = LeadingHexadecimal(content.mid(5, 4));
+    ticket.number = LeadingHexadecimal(
+        content.size() > 5 ? content.sliced(5).first(std::min<qsizetype>(4, content.size() - 5)) : QByteArrayView());
     return ticket;
 }
 
@@ -143,7 +141,7 @@ QString TestConsole::StatusText(const Reply& reply) {
     } flags[] = {{u"Serive table : ", u"Ok", u"Error"},         {u"Button config table : ", u"Ok", u"Error"},
                  {u"Printer Form : ", u"Ok", u"Error"},         {u"VNI Table : ", u"Ok", u"Error"},
                  {u"Scheduler : ", u"Ok", u"Error or not Use"}, {u"XON : ", u"1", u"0"}};
-    const QByteArray content = Content(reply);
+    const QByteArrayView content = Content(reply);
     QString text;
     for (qsizetype i = 0; i < std::ssize(flags); ++i) {
         const auto& [label, good, bad] = flags[i];

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks from the #include lines that a folder includes only from folders below it, and QtWidgets only in windows."""
+"""Checks that a folder includes only from folders below it, QtWidgets only in windows, and that time comes from the clock."""
 
 import pathlib
 import re
@@ -33,6 +33,12 @@ INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 WIDGETS = re.compile(r"^(QtWidgets($|/)|Q(Application|Widget|Dialog|MainWindow|TableView|MessageBox|FileDialog|StyledItemDelegate)$)")
 
 
+# What the logic takes from `Clock` instead. Windows may have timers of their own.
+TIME = re.compile(r"\b(steady_clock|system_clock|high_resolution_clock|QTimer|QElapsedTimer|QDeadlineTimer|currentDateTime\w*|"
+                  r"currentMSecsSinceEpoch|QTime::currentTime|QDate::currentDate)\b")
+HAS_TIME = {"platform", "simulator", "jetimport", "benchmarks", "fuzz", "tools", "ctl"}
+
+
 def window_sources(folder: pathlib.Path) -> set[str]:
     """Names of the files that stand in a WINDOWS target of the folder's CMakeLists.txt."""
     lists = folder / "CMakeLists.txt"
@@ -48,7 +54,10 @@ def check(path: pathlib.Path, problems: list[str]) -> None:
     relative = path.relative_to(ROOT)
     folder = relative.parts[0]
     windows = window_sources(ROOT / folder)
+    is_logic = folder not in HAS_TIME and str(pathlib.Path(*relative.parts[1:])) not in windows
     for number, line in enumerate(path.read_text(errors="replace").splitlines(), 1):
+        if is_logic and TIME.search(line.split("//")[0]):
+            problems.append(f"{relative}:{number}: time and timers come from Clock")
         found = INCLUDE.match(line)
         if not found:
             continue

@@ -42,7 +42,7 @@ protected:
         return texts.join(u'|').toStdString();
     }
 
-    BusTrace m_trace{m_bus};
+    BusTrace m_trace{m_bus, m_clock};
     TraceModel m_model{m_trace, *m_installation};
 };
 
@@ -77,7 +77,8 @@ TEST_F(TraceModelTest, FramesAreToldInWords) {
     };
     ASSERT_EQ(m_model.rowCount(), std::ssize(rows));
     for (int row = 0; row < m_model.rowCount(); ++row) {
-        EXPECT_EQ(Row(row, {Direction, Address, Object, Sequence, Command, Meaning, Data, Result}), rows[row].text);
+        EXPECT_EQ(Row(row, {Direction, Address, Object, Sequence, Command, Meaning, Data, TraceText::Result}),
+                  rows[row].text);
         EXPECT_EQ(m_model.index(row, 0).data(TraceModel::IsMarkedRole).toBool(), rows[row].isMarked) << row;
     }
 }
@@ -100,7 +101,7 @@ TEST_F(TraceModelTest, ARowThatWaitedIsShownAnewHoweverMuchCameMeanwhile) {
     ::QObject::connect(&m_model, &TraceModel::dataChanged, [&](const QModelIndex& first) { changed = first.row(); });
     m_model.Follow();
     EXPECT_EQ(changed, 0);
-    EXPECT_EQ(Row(0, {Result}), "no answer");
+    EXPECT_EQ(Row(0, {TraceText::Result}), "no answer");
 }
 
 TEST_F(TraceModelTest, AFilterTakesDevicesBehindHubsByTheirOwnAddressAndLetter) {
@@ -125,7 +126,7 @@ TEST_F(TraceModelTest, AFilterTakesDevicesBehindHubsByTheirOwnAddressAndLetter) 
 TEST_F(TraceModelTest, ItFollowsTheLineStandsStillInAPauseAndForgetsWhatGaveWay) {
     Send(5, "P");
     m_model.Follow();
-    EXPECT_EQ(Column(Result), "waiting");
+    EXPECT_EQ(Column(TraceText::Result), "waiting");
     Receive("5001P");
     m_model.SetPaused(true);
     EXPECT_EQ(Column(Direction), "out|in") << "a pause begins with what has come";
@@ -140,13 +141,13 @@ TEST_F(TraceModelTest, ItFollowsTheLineStandsStillInAPauseAndForgetsWhatGaveWay)
     EXPECT_EQ(m_model.rowCount(), 3);
     Receive("5001P");
     m_model.Follow();
-    EXPECT_EQ(Row(2, {Result}), "answered");
+    EXPECT_EQ(Row(2, {TraceText::Result}), "answered");
     EXPECT_EQ(changes, 1) << "the row that waited is shown anew";
 
     m_model.SetPaused(true);
     for (quint64 i = 0; i < BusTrace::Capacity; ++i)
         Send(64, "P");
-    EXPECT_FALSE(m_model.index(0, Result).data().isValid()) << "it has given way";
+    EXPECT_FALSE(m_model.index(0, TraceText::Result).data().isValid()) << "it has given way";
     QBuffer file;
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     m_model.WriteCsv(file);

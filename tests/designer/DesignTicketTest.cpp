@@ -24,7 +24,7 @@ namespace {
 class DesignTicketTest : public ::testing::Test {
 protected:
     DesignTicketTest() {
-        EXPECT_FALSE(m_station.control.SetPort(m_end.Terminal.Path(), QStringLiteral("115200,n,8,1")));
+        EXPECT_TRUE(m_station.control.SetPort(m_end.Terminal.Path(), QStringLiteral("115200,n,8,1")));
         EXPECT_TRUE(m_station.control.Open());
         model::Installation& model = *m_station.installation;
         for (const auto& [address, type] : {std::pair(1, model::Counter), {32, model::Printer}, {33, model::Printer}}) {

@@ -47,7 +47,7 @@ protected:
 
     bool Prepare(const QString& importer = QStringLiteral(JETIMPORT_PROGRAM),
                  std::chrono::milliseconds patience = JetTakeover::Patience) {
-        JetTakeover takeover(m_dialogs, m_log, importer, patience);
+        JetTakeover takeover(m_dialogs, m_clock, m_log, importer, patience);
         return Prepare(takeover);
     }
 
@@ -147,7 +147,8 @@ TEST_F(Takeover, NoAndCancelChangeNothing) {
 TEST_F(Takeover, EndsAtOnceWhenTheProgramCloses) {
     WriteFile(m_file, Bytes());
     ExpectQuestion(true);
-    JetTakeover takeover(m_dialogs, m_log, Program("echo half > \"$2\"; echo progress rData $$ 9; exec sleep 1000"));
+    JetTakeover takeover(m_dialogs, m_clock, m_log,
+                         Program("echo half > \"$2\"; echo progress rData $$ 9; exec sleep 1000"));
     const QCoro::Task<bool> running = takeover.Prepare(m_file);
     ASSERT_TRUE(WaitUntil([&] { return m_dialogs.ProgressTexts.size() == 2; }));
     EXPECT_FALSE(running.isReady());

@@ -30,7 +30,7 @@ protected:
     }
 
     PseudoTerminal m_terminal;
-    BusTrace m_trace{m_bus};
+    BusTrace m_trace{m_bus, m_clock};
 };
 
 const QByteArray& Answer() {

@@ -75,3 +75,30 @@ TEST(Frames, EscapesJustTheFourBytes) {
     EXPECT_EQ(UnescapeData(escaped), all);
     EXPECT_EQ(UnescapeData("a\xC0"), QByteArray("a\xC0"));
 }
+
+TEST(Frames, WhatWasBuiltComesApartAgain) {
+    std::mt19937 random(20261123);
+    const auto upTo = [&random](int most) { return std::uniform_int_distribution<int>(0, most)(random); };
+    for (int world = 0; world < 2000; ++world) {
+        QByteArray content(upTo(253), '\0');
+        for (char& byte : content)
+            byte = static_cast<char>(upTo(255));
+        const auto address = static_cast<quint8>(upTo(207));
+        const auto sequence = static_cast<char>('0' + upTo(9));
+        const auto letter = static_cast<char>('A' + upTo(25));
+        QByteArray frame = BuildFrame(Body(address, sequence, letter, EscapeData(content)));
+        const std::optional<Parts> parts = Split(frame);
+        ASSERT_TRUE(parts.has_value());
+        EXPECT_EQ(parts->address, address);
+        EXPECT_EQ(parts->sequence, sequence);
+        EXPECT_EQ(parts->letter, letter);
+        EXPECT_EQ(UnescapeData(parts->data), content);
+        // A reply that a hub relays has one letter more, and reads like a direct one without it.
+        QByteArray relayed = BuildFrame(Body(address, sequence, 'N', letter + EscapeData(content)));
+        RemoveRelayLetter(relayed);
+        EXPECT_EQ(Split(relayed)->letter, letter);
+        EXPECT_EQ(UnescapeData(Split(relayed)->data), content);
+        frame.truncate(upTo(8));
+        EXPECT_FALSE(Split(frame).has_value());
+    }
+}

@@ -35,10 +35,11 @@ private:
             m_frame += byte;
             if (byte != frames::Etx)
                 continue;
-            const QByteArray command = m_frame.sliced(1, 1) + ' ' + m_frame.sliced(5).chopped(3);
+            const std::optional<frames::Parts> parts = frames::Split(m_frame);
+            const QByteArray command = m_frame.sliced(1, 1) + ' ' + parts->letter + parts->data.toByteArray();
             Commands += command;
             if (!IsSilent(command))
-                Terminal.Write(frames::BuildFrame(m_frame.sliced(1, 2) + "02" + m_frame.sliced(5, 1) + '1'));
+                Terminal.Write(frames::BuildFrame(frames::Body(parts->address, parts->sequence, parts->letter, "1")));
             m_frame.clear();
         }
     }

@@ -19,7 +19,7 @@ protected:
     }
 
     void Open(const QString& device, const QString& baud = QStringLiteral("115200")) {
-        ASSERT_FALSE(m_control.SetPort(device, baud + QStringLiteral(",n,8,1")).has_value());
+        ASSERT_TRUE(m_control.SetPort(device, baud + QStringLiteral(",n,8,1")));
         ASSERT_TRUE(m_control.Open());
     }
 
@@ -36,7 +36,7 @@ protected:
     TestClock m_clock;
     EventLog m_log{m_folder.path(), m_clock};
     SerialControl m_control;
-    Bus m_bus{m_control, m_log};
+    Bus m_bus{m_control, m_clock, m_log};
     std::unique_ptr<model::Installation> m_installation = std::make_unique<model::Installation>();
     QStringList m_messages;
 };

@@ -13,6 +13,7 @@ public:
     std::vector<int> Waits; ///< milliseconds, in order
 
     QDateTime Now() const override { return Time; }
+    qint64 EpochMilliseconds() const override { return Time.toMSecsSinceEpoch(); }
 
     QCoro::Task<> DelayMilliseconds(qint16 n) override {
         Pass(n);
