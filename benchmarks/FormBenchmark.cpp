@@ -26,8 +26,8 @@ TicketDocument MakeDocument(qsizetype characters) {
 
 void BenchmarkForms() {
     VniTable letters;
-    if (const auto fault = letters.LoadVNITable(QStringLiteral(DATA_FOLDER "/VNIl.dat")))
-        qFatal("%s", qPrintable(*fault));
+    if (const Result<> loaded = letters.LoadVNITable(QStringLiteral(DATA_FOLDER "/VNIl.dat")); !loaded)
+        qFatal("%s", qPrintable(loaded.Error()));
 
     const TicketDocument form = MakeDocument(1'850);
     CompilerResult compiled;

@@ -3,14 +3,15 @@
 #include "console/TraceModel.h"
 #include "console/ui_frmBusMonitor.h"
 #include "platform/Dialogs.h"
+#include "platform/WholeFile.h"
 #include "station/Station.h"
 #include "tickets/VniText.h"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QClipboard>
 #include <QFontDatabase>
 #include <QPointer>
-#include <QSaveFile>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <QTimer>
@@ -34,10 +35,6 @@ protected:
         option->backgroundBrush = QColor(0xFF, 0xEC, 0xE8);
     }
 };
-
-QCoro::Task<> Tell(Dialogs& dialogs, QString text) {
-    co_await dialogs.ShowMessage(BoxKind::Exclamation, text);
-}
 
 } // namespace
 
@@ -125,17 +122,15 @@ void frmBusMonitor::Save(bool asCsv) {
         .then([window = QPointer(this), asCsv](const QString& path) {
             if (!window || path.isEmpty())
                 return;
-            QSaveFile file(path);
-            bool written = file.open(QIODevice::WriteOnly);
-            if (written) {
-                if (asCsv)
-                    window->m_model->WriteCsv(file);
-                else
-                    window->m_model->WriteText(file);
-                written = file.commit();
-            }
+            QBuffer content;
+            content.open(QIODevice::WriteOnly);
+            if (asCsv)
+                window->m_model->WriteCsv(content);
+            else
+                window->m_model->WriteText(content);
+            const Result<> written = WriteWhole(path, content.data());
             if (!written)
-                Tell(window->m_station.dialogs, tr("%1 could not be written: %2").arg(path, file.errorString()));
+                window->m_station.dialogs.ShowMessage(BoxKind::Exclamation, written.Error());
         });
 }
 

@@ -1,9 +1,9 @@
 #include "core/IniUtility.h"
 
 #include "platform/AnsiText.h"
+#include "platform/WholeFile.h"
 
-#include <QFile>
-#include <QSaveFile>
+#include <QFileInfo>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -96,16 +96,14 @@ Place Find(const QByteArrayList& lines, const QString& section, const QString& k
     return place;
 }
 
-std::optional<QByteArray> ReadWhole(const QString& path) {
-    QFile file(path);
-    if (!file.exists())
+constexpr qint64 LargestFile = 1'000'000; ///< bytes
+
+/// The settings; empty if there is no file. Nothing if there is one that cannot be read.
+std::optional<QByteArray> ReadSettings(const QString& path) {
+    if (!QFileInfo::exists(path))
         return QByteArray();
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    QByteArray content = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return std::nullopt;
-    return content;
+    Result<QByteArray> content = ReadWhole(path, LargestFile);
+    return content ? std::optional(*std::move(content)) : std::nullopt;
 }
 
 QByteArray LineEndOf(const QByteArrayList& lines) {
@@ -115,7 +113,7 @@ QByteArray LineEndOf(const QByteArrayList& lines) {
 } // namespace
 
 bool IniUtility::ReadIni(const QString& section, const QString& key, QString& value) const {
-    const std::optional<QByteArray> content = ReadWhole(IniPath);
+    const std::optional<QByteArray> content = ReadSettings(IniPath);
     if (!content)
         return false;
     const QByteArrayList lines = LinesOf(*content);
@@ -131,7 +129,7 @@ bool IniUtility::ReadIni(const QString& section, const QString& key, QString& va
 
 bool IniUtility::WriteIni(const QString& section, const QString& key, const QString& value) const {
     // A file that is there but cannot be read must not be replaced by one that holds this key alone.
-    const std::optional<QByteArray> content = ReadWhole(IniPath);
+    const std::optional<QByteArray> content = ReadSettings(IniPath);
     if (!content)
         return false;
     QByteArrayList lines = LinesOf(*content);
@@ -156,11 +154,7 @@ bool IniUtility::WriteIni(const QString& section, const QString& key, const QStr
         }
     }
 
-    QSaveFile file(IniPath);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(lines.join());
-    return file.commit();
+    return static_cast<bool>(WriteWhole(IniPath, lines.join()));
 }
 
 QString IniUtility::DecodePassword(const QString& text) {

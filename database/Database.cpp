@@ -5,17 +5,14 @@
 #include "database/Schema.h"
 #include "database/StoreKind.h"
 #include "platform/Clock.h"
+#include "platform/WholeFile.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QSqlError>
 #include <QUrl>
 #include <QUuid>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace {
 
@@ -91,16 +88,6 @@ private:
     QSqlDatabase m_connection;
     bool m_isHeld = true;
 };
-
-/// Makes the renaming of a file last through a power cut.
-void FlushFolderOf(const QString& path) {
-    const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
-    const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0)
-        return;
-    ::fsync(descriptor);
-    ::close(descriptor);
-}
 
 struct AddedColumn {
     QString name;
@@ -221,20 +208,22 @@ void Database::BackupDatabase() {
     constexpr qint64 ChunkSize = 1 << 20;
     QFile original(m_programFolder + QStringLiteral("/Harbinet.mdb"));
     const QString path = QStringLiteral("%1/bak%2.mdb").arg(m_programFolder).arg(weekday);
-    QSaveFile copy(path);
+    WholeFile copy(path);
     // The original is closed last: closing it would end the hold.
     const HeldStore held(original.fileName());
-    if (!held.IsHeld() || !original.open(QIODevice::ReadOnly) || !copy.open(QIODevice::WriteOnly))
+    if (!held.IsHeld() || !original.open(QIODevice::ReadOnly) || !copy.Begin())
         return;
     qint64 copied = 0;
     while (copied < original.size()) {
         const QByteArray chunk = original.read(ChunkSize);
-        if (chunk.isEmpty() || copy.write(chunk) != chunk.size())
+        if (chunk.isEmpty())
             return;
+        if (!copy.Write(chunk))
+            break;
         copied += chunk.size();
     }
-    if (copy.commit())
-        FlushFolderOf(path);
+    if (const Result<> written = copy.Finish(); !written)
+        m_log.WriteLog(written.Error(), EventLog::Error);
 }
 
 Database::Error Database::Run(const Statement& statement) {

@@ -3,6 +3,7 @@
 #include "designer/ui_frmDesignTicket.h"
 #include "platform/AnsiText.h"
 #include "platform/Dialogs.h"
+#include "platform/WholeFile.h"
 #include "station/Station.h"
 #include "tickets/RichText.h"
 #include "tickets/VniText.h"
@@ -14,7 +15,6 @@
 #include <QCloseEvent>
 #include <QDir>
 #include <QPointer>
-#include <QSaveFile>
 
 #include <array>
 
@@ -281,13 +281,13 @@ void frmDesignTicket::Save() {
 }
 
 void frmDesignTicket::LoadForm(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        Warn(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    const Result<QByteArray> content = ReadWhole(path, LargestForm);
+    if (!content) {
+        Warn(content.Error());
         return;
     }
     QString problem;
-    std::optional<richtext::Document> read = richtext::Read(file.read(LargestForm + 1), problem);
+    std::optional<richtext::Document> read = richtext::Read(*content, problem);
     if (!read) {
         Warn(QStringLiteral("%1: %2").arg(path, problem));
         return;
@@ -305,10 +305,9 @@ void frmDesignTicket::LoadForm(const QString& path) {
 }
 
 void frmDesignTicket::SaveForm(const QString& path) {
-    const QByteArray content = richtext::Write(m_ui->rtfPrintForm->Document());
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit()) {
-        Warn(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    const Result<> written = WriteWhole(path, richtext::Write(m_ui->rtfPrintForm->Document()));
+    if (!written) {
+        Warn(written.Error());
         return;
     }
     m_formPath = path;

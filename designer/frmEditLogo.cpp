@@ -3,13 +3,13 @@
 #include "designer/frmImportLogo.h"
 #include "designer/ui_frmEditLogo.h"
 #include "platform/Dialogs.h"
+#include "platform/WholeFile.h"
 #include "station/Station.h"
 #include "tickets/LogoImport.h"
 
 #include <QCloseEvent>
 #include <QImageReader>
 #include <QPointer>
-#include <QSaveFile>
 #include <QScrollBar>
 
 namespace {
@@ -125,12 +125,10 @@ void frmEditLogo::SaveLogo(const std::function<void()>& done) {
 }
 
 bool frmEditLogo::WriteLogo(const QString& path) {
-    const QByteArray content = BitmapFile(m_ui->picEdit->Cells().ToBitmap());
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
-        return true;
-    Warn(QStringLiteral("%1: %2").arg(path, file.errorString()));
-    return false;
+    const Result<> written = WriteWhole(path, BitmapFile(m_ui->picEdit->Cells().ToBitmap()));
+    if (!written)
+        Warn(written.Error());
+    return static_cast<bool>(written);
 }
 
 void frmEditLogo::Import() {

@@ -1,10 +1,11 @@
 #include "platform/RegistryStore.h"
 
+#include "platform/WholeFile.h"
+
 #include <QDir>
-#include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 #include <QStandardPaths>
 
 namespace {
@@ -19,20 +20,13 @@ QString KeyName(qint32 root, const QString& section) {
 /// The keys of a file, each with its values; none if the file is missing. Nothing at all if it is damaged, which must
 /// not be written over.
 std::optional<QJsonObject> ReadKeys(const QString& path) {
-    QFile file(path);
-    if (!file.exists())
+    constexpr qint64 LargestFile = 1'000'000; // bytes
+    if (!QFileInfo::exists(path))
         return QJsonObject();
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    const QJsonDocument document = QJsonDocument::fromJson(ReadWhole(path, LargestFile).ValueOr({}));
     if (!document.isObject())
         return std::nullopt;
     return document.object();
-}
-
-bool WriteWhole(const QString& path, const QByteArray& content) {
-    QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit();
 }
 
 /// The Exec line of a desktop entry: program and arguments, quoted by the rules of desktop entries. The program is all
@@ -100,7 +94,7 @@ bool RegistryStore::Write(qint32 root, const QString& section, const QString& va
     values[value.toLower()] =
         QJsonObject{{TypeKey, entry.type}, {BytesKey, QString::fromLatin1(entry.bytes.toBase64())}};
     (*keys)[KeyName(root, section)] = values;
-    return WriteWhole(m_path, QJsonDocument(*keys).toJson());
+    return static_cast<bool>(WriteWhole(m_path, QJsonDocument(*keys).toJson()));
 }
 
 bool RegistryStore::Delete(qint32 root, const QString& section, const QString& value) const {
@@ -114,5 +108,5 @@ bool RegistryStore::Delete(qint32 root, const QString& section, const QString& v
         return false;
     values.remove(value.toLower());
     (*keys)[KeyName(root, section)] = values;
-    return WriteWhole(m_path, QJsonDocument(*keys).toJson());
+    return static_cast<bool>(WriteWhole(m_path, QJsonDocument(*keys).toJson()));
 }

@@ -4,8 +4,7 @@
 #include "core/Installation.h"
 #include "hubs/HubRouter.h"
 #include "platform/Clock.h"
-
-#include <QSaveFile>
+#include "platform/WholeFile.h"
 
 namespace {
 
@@ -68,8 +67,7 @@ QCoro::Task<QStringList> PrinterConfig::ConfigAllPrinters() {
 }
 
 void PrinterConfig::WriteListing(const PrinterTables& tables) {
-    QSaveFile file(m_programFolder + QStringLiteral("/TDSVCfg.log"));
-    if (file.open(QIODevice::WriteOnly) && file.write(tables.Listing()) >= 0 && file.commit())
-        return;
-    m_log.WriteLog(QStringLiteral("TDSVCfg.log could not be written: ") + file.errorString(), EventLog::Error);
+    const Result<> written = WriteWhole(m_programFolder + QStringLiteral("/TDSVCfg.log"), tables.Listing());
+    if (!written)
+        m_log.WriteLog(written.Error(), EventLog::Error);
 }

@@ -37,16 +37,14 @@ TicketForms::TicketForms(const PrinterTransfer::Parts& parts, QString programFol
     , m_counterListOfService(std::move(counterListOfService)) {}
 
 QCoro::Task<> TicketForms::LoadLetters() {
-    const std::optional<QString> fault = letters.LoadVNITable(m_programFolder + QStringLiteral("/VNIl.dat"));
-    m_letterFault = fault.value_or(QString());
-    if (fault) {
-        m_log.WriteLog(*fault, EventLog::Error);
+    const Result<> loaded = letters.LoadVNITable(m_programFolder + QStringLiteral("/VNIl.dat"));
+    m_letterFault = loaded.Error();
+    if (!loaded) {
+        m_log.WriteLog(m_letterFault, EventLog::Error);
         co_await m_dialogs.ShowMessage(BoxKind::Exclamation, m_letterFault);
     }
-    if (!LoadVCode(m_programFolder + QStringLiteral("/VCODE.dat"))) {
-        const QString text = QStringLiteral("Error load VNI table");
-        co_await m_dialogs.ShowMessage(BoxKind::Plain, text);
-    }
+    if (!LoadVCode(m_programFolder + QStringLiteral("/VCODE.dat")))
+        co_await m_dialogs.ShowMessage(BoxKind::Plain, QStringLiteral("Error load VNI table"));
 }
 
 void TicketForms::SetTicketCopies(qint16 copies) {
@@ -119,8 +117,8 @@ QCoro::Task<std::optional<CompiledForm>> TicketForms::CompileForm(TicketDocument
     if (!result.form)
         co_return std::nullopt;
     const QString path = QStringLiteral("%1/Ticket%2.bin").arg(m_programFolder, printerNumber);
-    if (const std::optional<QString> fault = WriteFormFile(path, result.form->PrnForm))
-        m_log.WriteLog(*fault, EventLog::Error);
+    if (const Result<> written = WriteFormFile(path, result.form->PrnForm); !written)
+        m_log.WriteLog(written.Error(), EventLog::Error);
     co_return result.form;
 }
 

@@ -33,7 +33,8 @@ QString TicketPictures::Save(const TicketPrinter& printer) {
     if (printer.PrintedTickets().empty())
         return {};
     VniTable letters;
-    letters.TakeRecords(printer.Letters());
+    // A printer that was loaded with none prints in its own font.
+    [[maybe_unused]] const Result<> taken = letters.TakeRecords(printer.Letters());
     const QImage paper =
         m_paper.Print(printer.Form().isEmpty() ? BareForm : printer.Form(), printer.Logos(),
                       ValuesOf(printer, printer.PrintedTickets().back()), letters.IsLoaded() ? &letters : nullptr);

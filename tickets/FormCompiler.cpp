@@ -1,12 +1,12 @@
 #include "tickets/FormCompiler.h"
 
 #include "platform/AnsiText.h"
+#include "platform/WholeFile.h"
 #include "tickets/Bitmap24.h"
 #include "tickets/VniTable.h"
 
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 #include <QtEndian>
 
 #include <array>
@@ -324,21 +324,15 @@ bool VerifyFormChecksum(const QByteArray& prnForm) {
     return qFromBigEndian<quint16>(prnForm.constData()) == Checksum(prnForm);
 }
 
-std::optional<QString> WriteFormFile(const QString& path, const QByteArray& prnForm) {
-    const quint16 length = qToLittleEndian(static_cast<quint16>(prnForm.size()));
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(reinterpret_cast<const char*>(&length), sizeof length) > 0 &&
-        file.write(prnForm) == prnForm.size() && file.commit())
-        return std::nullopt;
-    return QStringLiteral("%1 could not be written: %2").arg(path, file.errorString());
+Result<> WriteFormFile(const QString& path, const QByteArray& prnForm) {
+    QByteArray length(2, '\0');
+    qToLittleEndian(static_cast<quint16>(prnForm.size()), length.data());
+    return WriteWhole(path, length + prnForm);
 }
 
 std::optional<QByteArray> ReadFormFile(const QString& path) {
     constexpr qint64 LengthBytes = 2;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QByteArray content = file.read(LengthBytes + CompiledForm::LongestForm + 1);
+    const QByteArray content = ReadWhole(path, LengthBytes + CompiledForm::LongestForm).ValueOr({});
     if (content.size() < LengthBytes || qFromLittleEndian<quint16>(content.constData()) != content.size() - LengthBytes)
         return std::nullopt;
     return content.sliced(LengthBytes);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Dialogs.h"
+#include "platform/Result.h"
 #include "tickets/TicketDocument.h"
 
 #include <QByteArray>
@@ -83,8 +84,8 @@ int SizeClass(double points);
 /// True if the first two bytes are the sum of all behind them.
 bool VerifyFormChecksum(const QByteArray& prnForm);
 
-/// Writes a form file: length (two bytes, low byte first) and form, atomically. @return what failed.
-std::optional<QString> WriteFormFile(const QString& path, const QByteArray& prnForm);
+/// Writes a form file: length (two bytes, low byte first) and form, whole or not at all.
+Result<> WriteFormFile(const QString& path, const QByteArray& prnForm);
 
 /// The form of such a file; nothing if there is none or it is shorter or longer than it says.
 std::optional<QByteArray> ReadFormFile(const QString& path);

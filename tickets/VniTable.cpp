@@ -1,6 +1,8 @@
 #include "tickets/VniTable.h"
 
-#include <QFile>
+#include "platform/WholeFile.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -18,29 +20,33 @@ constexpr int CapitalABreve = 72;
 constexpr int CapitalACircumflex = 78;
 constexpr int CapitalDStroke = 133;
 
+constexpr qint64 LargestFile = 1'000'000; ///< bytes
+
 constexpr char SmallPage = 30;
 constexpr char CapitalPage = 31;
 
 } // namespace
 
-std::optional<QString> VniTable::LoadVNITable(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        TakeRecords({});
-        return QStringLiteral("%1 cannot be read: %2").arg(path, file.errorString());
-    }
-    const std::optional<QString> fault = TakeRecords(file.read(Records * RecordLength));
-    return fault ? std::optional(QStringLiteral("%1 is damaged: %2").arg(path, *fault)) : std::nullopt;
+Result<> VniTable::LoadVNITable(const QString& path) {
+    m_records.clear();
+    m_indexes.clear();
+    const Result<QByteArray> content = ReadWhole(path, LargestFile);
+    if (!content)
+        return Failure{content.Error()};
+    const Result<> taken = TakeRecords(content->first(std::min<qsizetype>(content->size(), Records * RecordLength)));
+    if (!taken)
+        return Failure{QStringLiteral("%1 is damaged: %2").arg(path, taken.Error())};
+    return {};
 }
 
-std::optional<QString> VniTable::TakeRecords(const QByteArray& records) {
+Result<> VniTable::TakeRecords(const QByteArray& records) {
     m_records.clear();
     m_indexes.clear();
     if (records.size() != Records * RecordLength)
-        return QStringLiteral("it has %1 of %2 bytes.").arg(records.size()).arg(Records * RecordLength);
+        return Failure{QStringLiteral("it has %1 of %2 bytes.").arg(records.size()).arg(Records * RecordLength)};
     for (int i = 0; i < Records; ++i) {
         if (static_cast<quint8>(records[i * RecordLength + 2]) > MostColumns)
-            return QStringLiteral("letter %1 has more than %2 dot columns.").arg(i + 1).arg(MostColumns);
+            return Failure{QStringLiteral("letter %1 has more than %2 dot columns.").arg(i + 1).arg(MostColumns)};
     }
     m_records = records;
     // From the end on, so that the first record of a key is the one that stays.
@@ -48,7 +54,7 @@ std::optional<QString> VniTable::TakeRecords(const QByteArray& records) {
         const QByteArray record = records.mid(i * RecordLength, 2);
         m_indexes.insert(record[0] == 0 ? record.sliced(1) : record, i);
     }
-    return std::nullopt;
+    return {};
 }
 
 QByteArray VniTable::Image(int index) const {
@@ -84,14 +90,9 @@ QByteArray VniTable::RecordBytes(int first, int count) const {
 }
 
 bool LoadVCode(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    const Result<QByteArray> content = ReadWhole(path, LargestFile);
+    if (!content)
         return false;
-    int lines = 0;
-    while (!file.atEnd()) {
-        file.readLine();
-        if (++lines > MostCodeLines)
-            return false;
-    }
-    return true;
+    const bool isEnded = content->isEmpty() || content->endsWith('\n');
+    return content->count('\n') + (isEnded ? 0 : 1) <= MostCodeLines;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "platform/Result.h"
+
 #include <QByteArray>
 #include <QHash>
 #include <QString>
 #include <QStringList>
-
-#include <optional>
 
 /// The letters that the form compiler puts in place of VNI bytes, read from the file VNIl.dat.
 ///
@@ -22,10 +22,10 @@ public:
     static constexpr int RecordLength = 11;
 
     /// Reads the table. @return what is wrong with the file, nothing if it is good; the table is empty then.
-    std::optional<QString> LoadVNITable(const QString& path);
+    Result<> LoadVNITable(const QString& path);
 
     /// Takes the records as they stand in the file. @return what is wrong with them.
-    std::optional<QString> TakeRecords(const QByteArray& records);
+    Result<> TakeRecords(const QByteArray& records);
 
     bool IsLoaded() const { return !m_records.isEmpty(); }
 
