@@ -45,10 +45,9 @@ void BenchmarkForms() {
     const TicketDocument large = MakeDocument(700'000);
     QByteArray file;
     const double write = BestSeconds(3, [&] { file = richtext::Write(large); });
-    QString problem;
     const double read = BestSeconds(3, [&] {
-        if (!richtext::Read(file, problem))
-            qFatal("%s", qPrintable(problem));
+        if (const auto document = richtext::Read(file); !document)
+            qFatal("%s", qPrintable(document.Error()));
     });
     const double megabytes = static_cast<double>(file.size()) / 1e6;
     Report("Writing a rich text, a megabyte", write * 1000 / megabytes, "ms", "reading it", read * 1000 / megabytes);

@@ -286,10 +286,9 @@ void frmDesignTicket::LoadForm(const QString& path) {
         Warn(content.Error());
         return;
     }
-    QString problem;
-    std::optional<richtext::Document> read = richtext::Read(*content, problem);
+    Result<richtext::Document> read = richtext::Read(*content);
     if (!read) {
-        Warn(QStringLiteral("%1: %2").arg(path, problem));
+        Warn(QStringLiteral("%1: %2").arg(path, read.Error()));
         return;
     }
     const QString refused = MakeVni(read->document);

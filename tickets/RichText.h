@@ -1,11 +1,10 @@
 #pragma once
 
+#include "platform/Result.h"
 #include "tickets/TicketDocument.h"
 
 #include <QByteArrayView>
 #include <QStringList>
-
-#include <optional>
 
 /// Reads and writes ticket forms as rich text (*.rtf), the format in which word processors exchange texts.
 namespace richtext {
@@ -32,9 +31,8 @@ struct Document {
 /// in the code page of their font: Windows-1250, 1251, 1252, 1253, 1254, 1257 or 1258, any other single-byte one as
 /// Windows-1252, and a character of an East Asian one as "?"; neither of the last two without a loss. A broken file
 /// gives what can be read of it.
-/// @return nothing, with a sentence in `problem`, if the file does not begin as rich text does or exceeds a limit
-///         above. `problem` is left alone otherwise.
-std::optional<Document> Read(QByteArrayView file, QString& problem);
+/// @return a failure if the file does not begin as rich text does or exceeds a limit above.
+Result<Document> Read(QByteArrayView file);
 
 /// The file of a ticket form, 7-bit characters only.
 ///

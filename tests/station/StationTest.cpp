@@ -220,9 +220,8 @@ TEST_F(StationTest, AFormWithItsLogosReachesEveryPrinterWhole) {
     faults.Slice = 0.2;
     m_devices->SetFaults(faults);
     const QString path = QStringLiteral(TEST_DATA_FOLDER "/forms/ticket.rtf");
-    QString problem;
-    const auto form = richtext::Read(ReadFile(path), problem);
-    ASSERT_TRUE(form.has_value()) << qPrintable(problem);
+    const auto form = richtext::Read(ReadFile(path));
+    ASSERT_TRUE(form) << qPrintable(form.Error());
     EXPECT_EQ(Told(m_station.SendFormToAll(form->document, path, Logos::With)), "done Information: Set done.");
     EXPECT_GT(m_devices->Counts().Retries, 0U) << "the faults have struck";
     const CompiledForm compiled = *m_station.forms.Compile(form->document, path).form;
