@@ -23,7 +23,6 @@ frmTest::frmTest(Station& station)
     : m_station(station)
     , m_console(station.Console())
     , m_ui(std::make_unique<Ui::frmTest>()) {
-    fonts::Register();
     m_ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     m_console.RestartPollTickets();
@@ -33,7 +32,7 @@ frmTest::frmTest(Station& station)
     for (int sub = 0; sub < SubDevices; ++sub)
         m_ui->cboSub->addItem(QString::number(sub));
     m_ui->cboSub->setEditText(QStringLiteral("Combo1"));
-    m_ui->cboHub->setFont(QFont(QStringLiteral("VNI-Avo"), font().pointSize()));
+    m_ui->cboHub->setFont(fonts::ForStoredText(font()));
     m_ui->picQObj->setPixmap(artwork::Object(0, devicePixelRatioF()));
     for (QWidget* watched : {static_cast<QWidget*>(m_ui->Picture1), static_cast<QWidget*>(m_ui->picQObj)})
         watched->installEventFilter(this);

@@ -28,14 +28,10 @@ void BuildHubTable(model::Installation& installation, EventLog& log) {
             }
         }
     }
-    for (std::size_t i = 0; i < count; ++i) {
-        model::QObject& object = objects[i];
-        if (object.HubId <= 0)
+    for (qint16 i = 0; i < installation.NumObjects; ++i) {
+        if (installation.Object(i).HubId <= 0)
             continue;
-        const model::HubRow& row = installation.HubTable[static_cast<std::size_t>(object.HubIndex)];
-        for (qint16 slot = 0; slot < row.Count; ++slot) {
-            if (row.Slots[static_cast<std::size_t>(slot)] == static_cast<qint16>(i))
-                object.HubSlot = slot;
-        }
+        if (const std::optional<model::HubPlace> place = installation.PlaceBehindHub(i))
+            installation.Object(i).HubSlot = place->slot;
     }
 }

@@ -50,14 +50,18 @@ qint16 Installation::Target(qint16 service) const {
     return route == 0 ? service : FindServiceByNumber(route);
 }
 
+std::span<const qint16> Installation::MembersOf(qint16 hub) const {
+    const HubRow& row = HubTable[Slot(hub)];
+    return std::span(row.Slots).first(static_cast<std::size_t>(row.Count));
+}
+
 std::optional<HubPlace> Installation::PlaceBehindHub(qint16 object) const {
     const qint16 hub = Object(object).HubIndex;
-    const HubRow& row = HubTable[Slot(hub)];
-    for (qint16 slot = 0; slot < row.Count; ++slot) {
-        if (row.Slots[Slot(slot)] == object)
-            return HubPlace{hub, slot};
-    }
-    return std::nullopt;
+    const std::span<const qint16> members = MembersOf(hub);
+    const auto found = std::find(members.begin(), members.end(), object);
+    if (found == members.end())
+        return std::nullopt;
+    return HubPlace{hub, static_cast<qint16>(found - members.begin())};
 }
 
 qint16 Installation::FindServiceById(qint32 id) const {

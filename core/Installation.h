@@ -144,6 +144,9 @@ struct Installation {
     /// Indexes of the loaded objects of a type, in object order.
     std::vector<qint16> ObjectsOf(ObjectType type) const;
 
+    /// Object indexes of the members of a hub. @param hub its object index.
+    std::span<const qint16> MembersOf(qint16 hub) const;
+
     /// Index of the service whose series a service shares: the one that its `Route` names (the first one if none has
     /// that number), itself without a route.
     qint16 Target(qint16 service) const;

@@ -95,10 +95,7 @@ frmDesignTicket::frmDesignTicket(Station& station, QWidget* parent)
     , m_forms(station.Forms())
     , m_dialogs(station.dialogs)
     , m_ui(std::make_unique<Ui::frmDesignTicket>()) {
-    fonts::Register();
-    QFont vniFont = font();
-    vniFont.setFamily(QStringLiteral("VNI-Avo"));
-    setFont(vniFont);
+    setFont(fonts::ForStoredText(font()));
     m_ui->setupUi(this);
     setWindowModality(Qt::ApplicationModal);
     setAttribute(Qt::WA_DeleteOnClose);

@@ -129,10 +129,10 @@ HubConfig::HubConfig(Bus& bus, const model::Installation& installation)
     , m_installation(installation) {}
 
 QByteArray HubConfig::MemberList(qint16 object) const {
-    const model::HubRow& row = m_installation.HubTable[static_cast<std::size_t>(object)];
-    QByteArray list(1, SmallNumber(row.Count));
-    for (const qint16 slot : std::span(row.Slots).first(static_cast<std::size_t>(row.Count))) {
-        const model::QObject& member = m_installation.Object(slot);
+    const std::span<const qint16> members = m_installation.MembersOf(object);
+    QByteArray list(1, SmallNumber(static_cast<int>(members.size())));
+    for (const qint16 index : members) {
+        const model::QObject& member = m_installation.Object(index);
         list += SmallNumber(member.Type);
         list += SmallNumber(member.Address);
     }

@@ -11,7 +11,6 @@ public:
 
     /// The lamp is green for as long as something has come in lately.
     void SetLamp(bool isLit);
-    bool IsLit() const { return m_isLit; }
 
 Q_SIGNALS:
     void Pressed(Qt::MouseButton button, Qt::KeyboardModifiers modifiers);

@@ -4,6 +4,7 @@
 #include "operator/ObjectPicture.h"
 #include "station/Station.h"
 #include "widgets/Artwork.h"
+#include "widgets/WindowFonts.h"
 
 #include <QEvent>
 #include <QLabel>
@@ -99,7 +100,7 @@ int ObjectMap::ShownObjects() const {
 
 void ObjectMap::ShowObjects() {
     const int shown = ShownObjects();
-    QFont nameFont(QStringLiteral("VNI-Avo"));
+    QFont nameFont = fonts::ForStoredText(font());
     nameFont.setPixelSize(11);
     const QFontMetrics metrics(nameFont);
     for (int i = 0; i < Pictures; ++i) {

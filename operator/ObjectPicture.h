@@ -29,7 +29,6 @@ public:
 
     /// What is written now, in the order in which it was.
     QStringList Written() const;
-    QColor Lamp() const { return m_lamp.value_or(QColor()); }
 
     /// The lamp of a device in the picture, pixels at scale 1.
     static QRect LampPlace(int type);

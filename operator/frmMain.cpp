@@ -51,7 +51,6 @@ frmMain::frmMain(Station& station, std::unique_ptr<ShellIcon> shell, const QStri
     , m_timer2(new QTimer(this)) {
     EventLog& log = station.Log();
     log.WriteLog(QStringLiteral("---Start load frMain"));
-    fonts::Register();
     m_ui->setupUi(this);
     InitTimers();
     ShowRunning(station.Run().QueueRunning());
@@ -95,8 +94,7 @@ void frmMain::InitTimers() {
 }
 
 void frmMain::InitPictures() {
-    QFont vniFont = font();
-    vniFont.setFamily(QStringLiteral("VNI-Avo"));
+    const QFont vniFont = fonts::ForStoredText(font());
     for (int i = 0; i < InfoLabels; ++i)
         findChild<QLabel*>(QStringLiteral("lblInfo_%1").arg(i))->setFont(vniFont);
     QSizePolicy kept = m_ui->Frame1->sizePolicy();

@@ -29,8 +29,6 @@ public:
     Completion(const Completion&) = delete;
     Completion& operator=(const Completion&) = delete;
 
-    bool IsFinished() const { return m_value.has_value(); }
-
     void Finish(T value) {
         if (m_value)
             return;

@@ -42,7 +42,7 @@ QByteArray DecimalNumbers(QByteArrayView bytes) {
 PrinterTables::PrinterTables(const model::Installation& installation, const CounterList& counterListOfService,
                              EventLog& log) {
     for (qint16 i = 0; i < installation.NumServices; ++i) {
-        const model::QService& service = installation.QServices[static_cast<std::size_t>(i)];
+        const model::QService& service = installation.Service(i);
         m_buttons += static_cast<char>(service.Button);
         const QString description = ExpandServiceText(service.Description, i, installation, counterListOfService);
         m_rows.push_back(encoding::Hexadecimal(static_cast<quint32>(i), 2) +
@@ -77,17 +77,14 @@ QByteArray PrinterTables::Listing() const {
 
 QString ExpandServiceText(const QString& text, qint16 serviceIndex, const model::Installation& installation,
                           const PrinterTables::CounterList& counterListOfService) {
-    const model::QService* service = &installation.QServices[static_cast<std::size_t>(serviceIndex)];
-    if (service->Route != 0)
-        service = &installation.QServices[static_cast<std::size_t>(installation.FindServiceByNumber(service->Route))];
+    const model::QService& service = installation.Service(installation.Target(serviceIndex));
     QString expanded;
     for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text[i] != u'$') {
-            expanded += text[i];
-        } else if (i + 1 < text.size() && text[i + 1] == u'1') {
-            expanded += counterListOfService(service->Id);
+        const bool isLast = i + 1 == text.size();
+        if (text[i] == u'$' && !isLast && text[i + 1] == u'1') {
+            expanded += counterListOfService(service.Id);
             ++i;
-        } else if (i + 1 < text.size()) {
+        } else if (text[i] != u'$' || !isLast) {
             expanded += text[i];
         }
     }

@@ -48,10 +48,7 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     , m_station(station)
     , m_records(std::make_unique<SetupRecords>(station))
     , m_ui(std::make_unique<Ui::frmQueue>()) {
-    fonts::Register();
-    QFont vniFont = font();
-    vniFont.setFamily(QStringLiteral("VNI-Avo"));
-    setFont(vniFont);
+    setFont(fonts::ForStoredText(font()));
     m_ui->setupUi(this);
     SetUpStatusBar();
     for (SetupPage* page : Pages())

@@ -102,6 +102,7 @@ SimulatedDevice::Answer DeviceHub::TakeMembers(const QByteArray& data) {
     if (count > MostMembers)
         return Refused(QStringLiteral("more than %1 members").arg(MostMembers));
     std::vector<Member> members;
+    members.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         members.push_back({encoding::FromSmallNumber(data[1 + 2 * i]), encoding::FromSmallNumber(data[2 + 2 * i])});
     m_members = std::move(members);

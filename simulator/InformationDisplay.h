@@ -7,8 +7,6 @@ class InformationDisplay final : public SimulatedDevice {
 public:
     using SimulatedDevice::SimulatedDevice;
 
-    /// The four hexadecimal digits of the last `H`, empty before.
-    const QByteArray& NumberText() const { return m_number; }
     /// The text behind them.
     const QByteArray& Text() const { return m_text; }
 

@@ -45,8 +45,6 @@ public:
     const QByteArray& Logos() const { return m_logos; }
     /// Letters or font last taken.
     const QByteArray& Letters() const { return m_letters; }
-    /// Pressed keys that no `Q` has asked for yet.
-    const std::vector<quint8>& PressedButtons() const { return m_pressed; }
     const std::vector<Ticket>& PrintedTickets() const { return m_tickets; }
     /// How many loads were closed by `N`.
     int LoadsFinished() const { return m_loads; }

@@ -69,7 +69,7 @@ bool InstallationCheck::LoadScratch() {
     m_scratch->NumObjects = m_loaders.TakeCounters(*counters);
     m_scratch->NumDirections = m_loaders.TakeDirections(*directions);
     for (qint16 i = 0; i < m_scratch->NumObjects; ++i)
-        m_scratch->QObjects[static_cast<std::size_t>(i)].FirstServiceIndex = m_scratch->FirstServiceOf(i);
+        m_scratch->Object(i).FirstServiceIndex = m_scratch->FirstServiceOf(i);
     return true;
 }
 
@@ -127,7 +127,7 @@ QString InstallationCheck::WhyLost(const ActiveRow& row) const {
 void InstallationCheck::CheckServices() {
     std::map<qint16, QString> numbers;
     for (qint16 i = 0; i < m_scratch->NumServices; ++i) {
-        const model::QService& service = m_scratch->QServices[static_cast<std::size_t>(i)];
+        const model::QService& service = m_scratch->Service(i);
         const auto [first, isFirst] = numbers.try_emplace(service.Number, service.Name);
         if (!isFirst) {
             Add("Queue", service.Id, "q_Number",
@@ -137,7 +137,7 @@ void InstallationCheck::CheckServices() {
         if (service.Route != 0) {
             // 0 is also the answer for a number that nobody has.
             const qint16 found = m_scratch->FindServiceByNumber(service.Route);
-            const model::QService& target = m_scratch->QServices[static_cast<std::size_t>(found)];
+            const model::QService& target = m_scratch->Service(found);
             if (target.Number != service.Route) {
                 Add("Queue", service.Id, "q_route",
                     ServiceText(service.Name) +
@@ -153,7 +153,7 @@ void InstallationCheck::CheckServices() {
 }
 
 void InstallationCheck::CheckTexts(qint16 index) {
-    const model::QService& service = m_scratch->QServices[static_cast<std::size_t>(index)];
+    const model::QService& service = m_scratch->Service(index);
     const auto counters = [this](qint32 id) { return m_loaders.CounterListOfService(id); };
     const QString description = ExpandServiceText(service.Description, index, *m_scratch, counters);
     if (service.Name.size() > PrinterTables::TextPlaces) {
@@ -203,7 +203,7 @@ void InstallationCheck::CheckHubs() {
         if (object.HubId == 0)
             continue;
         const qint16 index = m_scratch->FindObjectById(object.HubId);
-        const model::QObject* hub = index < 0 ? nullptr : &m_scratch->QObjects[static_cast<std::size_t>(index)];
+        const model::QObject* hub = index < 0 ? nullptr : &m_scratch->Object(index);
         if (!hub || hub->Type != model::Hub) {
             Add("Display", object.Id, "d_Name",
                 ObjectText(object.Name) + QStringLiteral("the hub that it stands behind is not loaded."));

@@ -18,7 +18,7 @@ BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-de
                 libqt6sql6-sqlite qcoro-qt6-dev mdbtools-dev libsqlite3-dev libgtest-dev libgmock-dev
                 fonts-dejavu-core)
 # What the checks take beyond that.
-CHECK_PACKAGES=(git clang clang-format libclang-rt-14-dev python3 sqlite3 mdbtools libmodbus-dev
+CHECK_PACKAGES=(git clang clang-format clang-tidy-16 libclang-rt-14-dev python3 sqlite3 mdbtools libmodbus-dev
                 python3-fonttools dpkg-dev file)
 # What a machine without a display takes to show the program.
 DISPLAY_PACKAGES=(sqlite3 xvfb openbox xdotool imagemagick x11-utils)

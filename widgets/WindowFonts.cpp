@@ -1,6 +1,5 @@
 #include "widgets/WindowFonts.h"
 
-#include <QFont>
 #include <QFontDatabase>
 
 // The macro declares a function and so cannot stand in a namespace.
@@ -10,6 +9,20 @@ static void InitFontResource() {
 
 namespace fonts {
 
+namespace {
+
+QString StoredTextFamily() {
+    return QStringLiteral("VNI-Avo");
+}
+
+} // namespace
+
+QFont ForStoredText(QFont like) {
+    Register();
+    like.setFamily(StoredTextFamily());
+    return like;
+}
+
 void Register() {
     const QString own = QStringLiteral("Orvex VNI");
     if (QFontDatabase::hasFamily(own))
@@ -17,7 +30,7 @@ void Register() {
     InitFontResource();
     QFontDatabase::addApplicationFont(QStringLiteral(":/fonts/OrvexVNI.ttf"));
     QFontDatabase::addApplicationFont(QStringLiteral(":/fonts/OrvexVNI-Bold.ttf"));
-    for (const QString& given : {QStringLiteral("VNI-Avo"), QStringLiteral("VNI-Aptima")}) {
+    for (const QString& given : {StoredTextFamily(), QStringLiteral("VNI-Aptima")}) {
         if (!QFontDatabase::hasFamily(given))
             QFont::insertSubstitution(given, own);
     }

@@ -30,7 +30,6 @@ public:
     /// A text that is shown already is not sent again.
     void SetToolTip(const QString& text);
 
-    QIcon IconHandle() const { return m_icon; }
     /// An icon that is shown already is not sent again.
     void SetIconHandle(const QIcon& icon);
 

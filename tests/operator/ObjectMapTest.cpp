@@ -86,10 +86,13 @@ TEST_F(ObjectMapTest, WhatIsSentToAnObjectIsWrittenOnItsPicture) {
         Q_EMIT m_station.starts.UpdateObjectDisplay(2, kind, 9, text);
     EXPECT_EQ(Written(2).substr(0, 4), "0009");
     EXPECT_TRUE(Written(2).ends_with("|1234|56"));
-    m_map.Picture(2).SetLamp(Qt::gray);
     Q_EMIT m_station.starts.UpdateObjectDisplay(2, 0, 3, {});
     EXPECT_EQ(Written(2), "0003");
-    EXPECT_FALSE(m_map.Picture(2).Lamp().isValid());
+    const QImage withoutLamp = m_map.Picture(2).grab().toImage();
+    m_map.Picture(2).SetLamp(Qt::red);
+    EXPECT_NE(m_map.Picture(2).grab().toImage(), withoutLamp);
+    Q_EMIT m_station.starts.UpdateObjectDisplay(2, 0, 3, {});
+    EXPECT_EQ(m_map.Picture(2).grab().toImage(), withoutLamp);
     // Another object in the same place begins with an empty picture; the same one keeps its value.
     Q_EMIT m_station.starts.UpdateObjectDisplay(0, 0, 1, {});
     ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name='renamed' WHERE d_Id=1")}));
