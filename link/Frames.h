@@ -23,7 +23,7 @@ constexpr char Stx = 0x02;
 constexpr char Etx = 0x03;
 constexpr char Eot = 0x04;
 constexpr char Ack = 0x06;
-constexpr char Escape = char(0xC0);
+constexpr char Escape = static_cast<char>(0xC0);
 
 constexpr quint8 Broadcast = 127;
 

@@ -89,7 +89,7 @@ QCoro::Task<> SystemClock::DelayMilliseconds(qint16 n) {
 }
 
 QCoro::Task<> SystemClock::DelaySeconds(qint16 n) {
-    return m_waits->Wait(int(n) * 1000);
+    return m_waits->Wait(static_cast<int>(n) * 1000);
 }
 
 void SystemClock::Close() {

@@ -32,8 +32,8 @@ qsizetype NumberLength(QStringView text, bool withFraction, qsizetype& start) {
 }
 
 qint32 Held(double value) {
-    return static_cast<qint32>(
-        std::clamp(value, double(std::numeric_limits<qint32>::min()), double(std::numeric_limits<qint32>::max())));
+    return static_cast<qint32>(std::clamp(value, static_cast<double>(std::numeric_limits<qint32>::min()),
+                                          static_cast<double>(std::numeric_limits<qint32>::max())));
 }
 
 double Value(QStringView text, bool withFraction) {

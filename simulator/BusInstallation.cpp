@@ -165,7 +165,7 @@ std::optional<BusInstallation> BusInstallation::ReadDatabase(const QString& path
             QString fault;
             if (!reads || query.value(2).isNull() || !IsDeviceAddress(address)) {
                 fault = QStringLiteral("%1: no device can have address %2").arg(where, query.value(2).toString());
-            } else if (type < 0 || type > int(DeviceClass::Hub)) {
+            } else if (type < 0 || type > static_cast<int>(DeviceClass::Hub)) {
                 fault = QStringLiteral("%1: d_Type %2 is no class of device").arg(where).arg(type);
             } else {
                 BusDevice device;

@@ -57,7 +57,8 @@ SimulatedDevice::Answer DeviceHub::Handle(char letter, const QByteArray& data) {
     case 'P':
         if (!data.isEmpty())
             return WrongLength(data);
-        return Reply(QByteArray(1, encoding::SmallNumber(m_members ? int(m_members->size()) : int(m_attached.size()))));
+        return Reply(QByteArray(1, encoding::SmallNumber(m_members ? static_cast<int>(m_members->size())
+                                                                   : static_cast<int>(m_attached.size()))));
     case 'Q':
     case 'Z':
         return data.isEmpty() ? Reply() : WrongLength(data);
@@ -66,7 +67,8 @@ SimulatedDevice::Answer DeviceHub::Handle(char letter, const QByteArray& data) {
             return WrongLength(data);
         const size_t count = m_members ? m_members->size() : m_attached.size();
         const int sub = encoding::FromSmallNumber(data[0]);
-        return sub >= 0 && size_t(sub) < count ? Reply() : Refused(QStringLiteral("no member in slot %1").arg(sub));
+        return sub >= 0 && static_cast<size_t>(sub) < count ? Reply()
+                                                            : Refused(QStringLiteral("no member in slot %1").arg(sub));
     }
     default:
         return UnknownLetter();
@@ -80,7 +82,7 @@ SimulatedDevice::Answer DeviceHub::Relay(const QByteArray& data) {
     SimulatedDevice* const device = FindAttached(address);
     if (device == nullptr)
         return Refused(QStringLiteral("no device %1 is attached to the hub").arg(address));
-    const Member member{int(device->Identity().Class), address};
+    const Member member{static_cast<int>(device->Identity().Class), address};
     if (m_members && std::find(m_members->begin(), m_members->end(), member) == m_members->end())
         return Refused(QStringLiteral("the member list does not name %1").arg(device->Title()));
     if (device->IsSilent())
@@ -97,7 +99,7 @@ SimulatedDevice::Answer DeviceHub::TakeMembers(const QByteArray& data) {
     if (data.isEmpty())
         return WrongLength(data);
     const int count = encoding::FromSmallNumber(data[0]);
-    if (count < 0 || data.size() != 1 + 2 * qsizetype(count))
+    if (count < 0 || data.size() != 1 + 2 * static_cast<qsizetype>(count))
         return WrongLength(data);
     if (count > MostMembers)
         return Refused(QStringLiteral("more than %1 members").arg(MostMembers));
@@ -111,7 +113,7 @@ SimulatedDevice::Answer DeviceHub::TakeMembers(const QByteArray& data) {
 
 SimulatedDevice::Answer DeviceHub::TakeConfiguration(const QByteArray& data) {
     const QByteArray block = frames::UnescapeData(data);
-    if (block.size() < 2 || block.first(2) != encoding::Hexadecimal(quint32(block.size()), 2))
+    if (block.size() < 2 || block.first(2) != encoding::Hexadecimal(static_cast<quint32>(block.size()), 2))
         return WrongLength(data);
     if (!block.sliced(2).startsWith(Signature()))
         return Refused(QStringLiteral("the block lacks its signature"));

@@ -7,7 +7,7 @@ Faults::Faults(FaultSettings settings)
 bool Faults::Happens(double probability) {
     // The library's distributions differ between implementations, the engine does not.
     constexpr double range = 4294967296.0;
-    return double(m_engine()) / range < probability;
+    return static_cast<double>(m_engine()) / range < probability;
 }
 
 Faults::Plan Faults::Next() {
@@ -33,6 +33,6 @@ Faults::Plan Faults::Next() {
 void Faults::Corrupt(QByteArray& bytes, const Plan& plan) {
     if (plan.CorruptMask == 0 || bytes.isEmpty())
         return;
-    const qsizetype place = qsizetype(plan.CorruptPlace) % bytes.size();
+    const qsizetype place = static_cast<qsizetype>(plan.CorruptPlace) % bytes.size();
     bytes[place] = static_cast<char>(static_cast<quint8>(bytes[place]) ^ plan.CorruptMask);
 }

@@ -35,7 +35,7 @@ constexpr int SlaveWatchMilliseconds = 10;
 qint64 Now() {
     timespec time{};
     ::clock_gettime(CLOCK_MONOTONIC, &time);
-    return qint64(time.tv_sec) * Second + time.tv_nsec;
+    return static_cast<qint64>(time.tv_sec) * Second + time.tv_nsec;
 }
 
 std::unique_ptr<SimulatedDevice> MakeDevice(const BusDevice& identity) {
@@ -69,8 +69,8 @@ SimulatedBus::SimulatedBus(const BusInstallation& installation, QObject* parent)
         auto* const printer = dynamic_cast<TicketPrinter*>(m_devices.back().get());
         if (!printer)
             continue;
-        printer->OnLoaded = [this, address = int(identity.Address)] { Q_EMIT PrinterLoaded(address); };
-        printer->OnPrinted = [this, address = int(identity.Address)](const TicketPrinter::Ticket&) {
+        printer->OnLoaded = [this, address = static_cast<int>(identity.Address)] { Q_EMIT PrinterLoaded(address); };
+        printer->OnPrinted = [this, address = static_cast<int>(identity.Address)](const TicketPrinter::Ticket&) {
             Q_EMIT TicketPrinted(address);
         };
     }
@@ -123,7 +123,8 @@ bool SimulatedBus::SetSilent(int address, bool silent) {
 }
 
 SimulatedDevice* SimulatedBus::Find(int address) const {
-    return address >= 0 && address < int(m_byAddress.size()) ? m_byAddress[size_t(address)] : nullptr;
+    return address >= 0 && address < static_cast<int>(m_byAddress.size()) ? m_byAddress[static_cast<size_t>(address)]
+                                                                          : nullptr;
 }
 
 QString SimulatedBus::Summary() const {
@@ -206,7 +207,7 @@ void SimulatedBus::ReadLine() {
         const ssize_t count = ::read(m_master, buffer.data(), buffer.size());
         if (count > 0) {
             Queue(QByteArray(buffer.data(), count));
-            if (size_t(count) < buffer.size())
+            if (static_cast<size_t>(count) < buffer.size())
                 return;
             continue;
         }
@@ -267,9 +268,11 @@ qint64 SimulatedBus::WriteDue(qint64 now) {
         const qsizetype size = piece.bytes.size();
         if (now < piece.start)
             return piece.start + (piece.gap > 0 ? piece.gap : 0);
-        const qsizetype ready = piece.gap > 0 ? std::min(size, qsizetype((now - piece.start) / piece.gap)) : size;
+        const qsizetype ready =
+            piece.gap > 0 ? std::min(size, static_cast<qsizetype>((now - piece.start) / piece.gap)) : size;
         if (ready > piece.sent) {
-            const ssize_t written = ::write(m_master, piece.bytes.constData() + piece.sent, size_t(ready - piece.sent));
+            const ssize_t written =
+                ::write(m_master, piece.bytes.constData() + piece.sent, static_cast<size_t>(ready - piece.sent));
             if (written > 0)
                 piece.sent += written;
             if (piece.sent < ready)

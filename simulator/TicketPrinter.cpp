@@ -67,7 +67,7 @@ bool TicketPrinter::Transfer::End() {
 
 QByteArray TicketPrinter::Flags() const {
     bool rowsComplete = m_buttons.has_value();
-    for (int i = 0; rowsComplete && i < int(m_buttons->size()); ++i)
+    for (int i = 0; rowsComplete && i < static_cast<int>(m_buttons->size()); ++i)
         rowsComplete = m_rows.count(i) > 0;
     QByteArray flags;
     for (const bool good : {rowsComplete, m_buttons.has_value(), !m_form.isEmpty(), !m_letters.isEmpty(), false, true})
@@ -154,7 +154,7 @@ SimulatedDevice::Answer TicketPrinter::Handle(char letter, const QByteArray& dat
 
 SimulatedDevice::Answer TicketPrinter::TakeButtons(const QByteArray& data) {
     const std::optional<int> count = data.size() < 3 ? std::nullopt : ReadHexadecimal(data.first(2));
-    if (!count || data.size() != 3 + 2 * qsizetype(*count))
+    if (!count || data.size() != 3 + 2 * static_cast<qsizetype>(*count))
         return WrongLength(data);
     std::vector<quint8> buttons;
     for (int i = 0; i < *count; ++i) {
@@ -207,17 +207,17 @@ SimulatedDevice::Answer TicketPrinter::Poll(const QByteArray& data) {
     int service = -1;
     if (m_buttons) {
         const auto found = std::find(m_buttons->begin(), m_buttons->end(), button);
-        service = found == m_buttons->end() ? -1 : int(found - m_buttons->begin());
+        service = found == m_buttons->end() ? -1 : static_cast<int>(found - m_buttons->begin());
     }
     const auto row = m_rows.find(service);
-    const qsizetype place = 2 * qsizetype(row == m_rows.end() ? service : row->second.SeriesIndex);
+    const qsizetype place = 2 * static_cast<qsizetype>(row == m_rows.end() ? service : row->second.SeriesIndex);
     if (service < 0 || (!common && (place < 0 || place + 1 >= numbers.size())))
         return Reply(head + "0/0000");
     const int number =
         common ? *commonNumber : static_cast<quint8>(numbers[place]) * 256 + static_cast<quint8>(numbers[place + 1]);
     m_pressed.erase(m_pressed.begin());
     Print({button, service, number});
-    return Reply(head + '1' + encoding::SmallNumber(service) + encoding::Hexadecimal(quint32(number), 4));
+    return Reply(head + '1' + encoding::SmallNumber(service) + encoding::Hexadecimal(static_cast<quint32>(number), 4));
 }
 
 void TicketPrinter::Print(const Ticket& ticket) {

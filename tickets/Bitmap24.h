@@ -17,11 +17,11 @@ struct Bitmap24 {
     QByteArray data;
 
     /// Bytes of a row.
-    static qint64 StrideOf(qint32 width) { return (qint64(width) * 3 + 3) / 4 * 4; }
+    static qint64 StrideOf(qint32 width) { return (static_cast<qint64>(width) * 3 + 3) / 4 * 4; }
 
     /// The red byte of a pixel. @param y counted from the top.
     quint8 Red(qint32 x, qint32 y) const {
-        return static_cast<quint8>(data[(height - y - 1) * StrideOf(width) + qint64(x) * 3 + 2]);
+        return static_cast<quint8>(data[(height - y - 1) * StrideOf(width) + static_cast<qint64>(x) * 3 + 2]);
     }
 };
 

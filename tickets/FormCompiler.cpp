@@ -165,12 +165,12 @@ QByteArray Logo(const Bitmap24& bitmap) {
     AppendNumber(logo, columns / 8);
     AppendNumber(logo, rows);
     const qsizetype head = logo.size();
-    logo += QByteArray(qsizetype(columns) * rows, '\0');
+    logo += QByteArray(static_cast<qsizetype>(columns) * rows, '\0');
     for (int y = 0; y < bitmap.height; ++y) {
         for (int x = 0; x < bitmap.width; ++x) {
             if (bitmap.Red(x, y) == 255)
                 continue;
-            char& byte = logo[head + qsizetype(x) * rows + y / 8];
+            char& byte = logo[head + static_cast<qsizetype>(x) * rows + y / 8];
             byte = static_cast<char>(static_cast<quint8>(byte) | 0x80U >> (y % 8));
         }
     }

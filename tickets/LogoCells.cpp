@@ -3,7 +3,7 @@
 LogoCells::LogoCells(qint32 width, qint32 height)
     : m_width(width)
     , m_height(height)
-    , m_cells(qsizetype(width) * height, static_cast<char>(White)) {}
+    , m_cells(static_cast<qsizetype>(width) * height, static_cast<char>(White)) {}
 
 LogoCells::LogoCells(const Bitmap24& bitmap)
     : LogoCells(bitmap.width, bitmap.height) {
@@ -15,7 +15,7 @@ LogoCells::LogoCells(const Bitmap24& bitmap)
 
 void LogoCells::PutCell(qint32 x, qint32 y, quint8 value) {
     if (x >= 0 && x < m_width && y >= 0 && y < m_height)
-        m_cells[qint64(y) * m_width + x] = static_cast<char>(value);
+        m_cells[static_cast<qint64>(y) * m_width + x] = static_cast<char>(value);
 }
 
 void LogoCells::ClearCells() {
@@ -28,7 +28,7 @@ Bitmap24 LogoCells::ToBitmap() const {
     for (qint32 y = 0; y < m_height; ++y) {
         char* row = bitmap.data.data() + (m_height - y - 1) * stride;
         for (qint32 x = 0; x < m_width; ++x)
-            std::fill_n(row + qint64(x) * 3, 3, static_cast<char>(GetCell(x, y)));
+            std::fill_n(row + static_cast<qint64>(x) * 3, 3, static_cast<char>(GetCell(x, y)));
     }
     return bitmap;
 }

@@ -21,7 +21,9 @@ public:
     bool IsEmpty() const { return m_width == 0 || m_height == 0; }
 
     /// Red, green and blue of a cell alike: `Dark` or `White`. The place must be inside the logo.
-    quint8 GetCell(qint32 x, qint32 y) const { return static_cast<quint8>(m_cells[qint64(y) * m_width + x]); }
+    quint8 GetCell(qint32 x, qint32 y) const {
+        return static_cast<quint8>(m_cells[static_cast<qint64>(y) * m_width + x]);
+    }
     /// A place outside the logo changes nothing.
     void PutCell(qint32 x, qint32 y, quint8 value);
     void ClearCells();

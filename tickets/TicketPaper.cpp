@@ -60,7 +60,7 @@ QImage ColumnImage(QByteArrayView columns, int rows) {
     QImage image = Blank(width, rows * 8);
     for (int x = 0; x < width; ++x) {
         for (int y = 0; y < rows * 8; ++y) {
-            if (static_cast<quint8>(columns[qsizetype(x) * rows + y / 8]) & 0x80U >> (y % 8))
+            if (static_cast<quint8>(columns[static_cast<qsizetype>(x) * rows + y / 8]) & 0x80U >> (y % 8))
                 image.scanLine(y)[x] = 0;
         }
     }
@@ -79,7 +79,7 @@ std::vector<QImage> Logos(QByteArrayView block) {
     };
     while (static_cast<int>(logos.size()) < count && at + 4 <= block.size()) {
         const int rows = number(at + 2);
-        const qsizetype size = qsizetype(number(at)) * 8 * rows;
+        const qsizetype size = static_cast<qsizetype>(number(at)) * 8 * rows;
         at += 4;
         if (at + size > block.size())
             break;

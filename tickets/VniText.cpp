@@ -46,7 +46,7 @@ enum class Reading { Unknown, Unicode, Vni };
 using Index = QHash<quint32, const Letter*>;
 
 quint32 PairKey(QChar first, QChar second) {
-    return quint32(first.unicode()) << 16 | second.unicode();
+    return static_cast<quint32>(first.unicode()) << 16 | second.unicode();
 }
 
 const Letter* FindUnicode(QChar letter) {

@@ -26,8 +26,10 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPainter>
+#include <QPointer>
 #include <QProgressBar>
 #include <QRadioButton>
+#include <QTableView>
 #include <QTemporaryDir>
 
 namespace {
@@ -235,9 +237,9 @@ protected:
         auto* open = Await<QFileDialog>();
         open->selectFile(m_folder.filePath(QStringLiteral("Data/ticket.rtf")));
         QTest::keyClick(open, Qt::Key_Return);
+        const QPointer<QFileDialog> chosen(open);
         EXPECT_TRUE(WaitUntil(
-            [&] { return designer->windowTitle().contains(QStringLiteral("ticket")) || !open->isVisible(); }));
-        QTest::qWait(500); // the preview follows the text a little later
+            [&] { return !chosen && !designer->findChild<QLabel*>(QStringLiteral("lblPreview"))->pixmap().isNull(); }));
         Picture("ticket-design", designer);
         Item(designer, "mnLogoEdit")->trigger();
         auto* editor = Await<frmEditLogo>();
@@ -300,7 +302,8 @@ protected:
         Picture("q-info", main);
         Item(main, "mnBusMonitor")->trigger();
         auto* monitor = Await<frmBusMonitor>();
-        QTest::qWait(150);
+        EXPECT_TRUE(WaitUntil(
+            [&] { return monitor->findChild<QTableView*>(QStringLiteral("tblFrames"))->model()->rowCount() > 0; }));
         Picture("bus-monitor", monitor);
         monitor->close();
         hands.ClickButton("Command1");
