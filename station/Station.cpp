@@ -344,8 +344,11 @@ QCoro::Task<Outcome> Station::ResetSystem() {
     return Alone([this]() -> QCoro::Task<Outcome> {
         const std::function<bool()> isCancelled = [this] { return init.IsCancelled(); };
         co_await starts.BroadcastResetAndTime(isCancelled);
-        // What cannot be deleted is in the log.
-        tickets.ClearTicketRecords();
+        if (const Database::Error error = tickets.ClearTicketRecords()) {
+            const QString problem = tr("The tickets could not be deleted: %1").arg(*error);
+            log.WriteLog(problem, EventLog::Error);
+            co_await dialogs.ShowMessage(BoxKind::Exclamation, problem);
+        }
         for (model::QService& service : installation->LoadedServices()) {
             service.WaitRing.ResetRing();
             service.FlaggedRing.ResetRing();

@@ -112,10 +112,7 @@ Result<Document> Reader::Read() {
     }
     EndParagraph();
 
-    Document result;
-    result.document = std::move(m_document);
-    result.losses = NamesOf(m_losses);
-    return result;
+    return Document{std::move(m_document), NamesOf(m_losses)};
 }
 
 /// Reads what follows a backslash.

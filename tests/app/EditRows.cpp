@@ -1,6 +1,7 @@
 // Edits a store until it is killed: services through their grid records, the scan plan, the directions, and at times
 // everything at once.
-// usage: edit_rows DATABASE    makes the store if there is none. What a whole store looks like:
+// usage: edit_rows DATABASE    makes the store if there is none, and prints "writing" once its first change is made.
+//   What a whole store looks like:
 //   Every service has "n" in its name and n in its number.
 //   There are no rows at all, or services, 5 counters, 5 displays and 5 hubs.
 //   The scan plan has 0, 10 or 15 entries with the orders from 1 on without gaps.
@@ -19,7 +20,9 @@
 #include <QFileInfo>
 #include <QTimer>
 
+#include <cstdio>
 #include <random>
+#include <utility>
 
 namespace {
 
@@ -113,6 +116,12 @@ private:
     std::mt19937 m_random{std::random_device{}()};
 };
 
+/// Whoever kills the program waits for this.
+void Announce() {
+    std::puts("writing");
+    std::fflush(stdout);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -122,9 +131,12 @@ int main(int argc, char** argv) {
         Database::CreateEmpty(path);
     Editor editor(path);
     QTimer editing;
+    bool hasWritten = false;
     QObject::connect(&editing, &QTimer::timeout, &application, [&] {
         if (!editor.Step())
             QApplication::exit(1);
+        else if (!std::exchange(hasWritten, true))
+            Announce();
     });
     editing.start(0);
     return QApplication::exec();

@@ -305,6 +305,12 @@ TEST_F(StationTest, AResetForgetsTicketsAndLetsNumbersBeginAnewWhoeverAnswers) {
         EXPECT_EQ(m_station.tickets.RecoverTickets(), std::optional<qint16>(1)) << "no ticket is left in the store";
     }
     EXPECT_EQ(m_station.trace.Row(0).frame.mid(1, 5), "\xAF*08R");
+
+    // What cannot be deleted is not passed over.
+    m_station.database.CloseDatabase();
+    m_dialogs.ExpectMessage(BoxKind::Exclamation,
+                            QStringLiteral("The tickets could not be deleted: The database is closed."));
+    EXPECT_EQ(Told(m_station.ResetSystem()), "done Information: System reset done. Please restart Orvex.");
     EXPECT_FALSE(m_devices->FindAs<TicketPrinter>(32)->Summary().isEmpty());
 }
 
