@@ -6,8 +6,6 @@
 #include "tests/support/AnsweringEnd.h"
 #include "tests/support/Files.h"
 #include "tests/support/OpenStation.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
 #include "tests/support/WindowDriver.h"
 
 #include <QClipboard>
@@ -16,12 +14,11 @@
 #include <QLabel>
 #include <QRadioButton>
 #include <QSpinBox>
-#include <QTemporaryDir>
 
 namespace {
 
 /// The designer with two printers, the fixtures as forms and logos, and the letter table that ships.
-class DesignTicketTest : public ::testing::Test {
+class DesignTicketTest : public StationFolder {
 protected:
     DesignTicketTest() {
         EXPECT_TRUE(m_station.control.SetPort(m_end.Terminal.Path(), QStringLiteral("115200,n,8,1")));
@@ -76,10 +73,6 @@ protected:
     }
 
     AnsweringEnd m_end;
-    TestDialogs m_dialogs;
-    QTemporaryDir m_folder;
-    TestClock m_clock;
-    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
     TicketForms& m_forms = m_station.forms;
     IniUtility& m_ini = m_station.ini;
     frmDesignTicket* m_window = nullptr;

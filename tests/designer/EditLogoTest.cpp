@@ -4,21 +4,18 @@
 #include "designer/frmImportLogo.h"
 #include "tests/support/Files.h"
 #include "tests/support/OpenStation.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
 #include "tests/support/WindowDriver.h"
 #include "tickets/LogoImport.h"
 
 #include <QLabel>
 #include <QScrollBar>
 #include <QSlider>
-#include <QTemporaryDir>
 
 namespace {
 
 const QString Question = QStringLiteral("The file was changed, would you want to save?");
 
-class EditLogoTest : public ::testing::Test {
+class EditLogoTest : public StationFolder {
 protected:
     EditLogoTest() {
         m_window.setAttribute(Qt::WA_DeleteOnClose, false);
@@ -35,16 +32,11 @@ protected:
         Trigger("mnOpen");
     }
     LogoSurface& Surface() { return *m_window.findChild<LogoSurface*>(QStringLiteral("picEdit")); }
-    QString Path(const QString& name) const { return m_folder.filePath(name); }
     QString MakeLogo(const QString& name, qint32 width, qint32 height) {
         WriteFile(Path(name), BitmapFile(LogoCells(width, height).ToBitmap()));
         return Path(name);
     }
 
-    TestDialogs m_dialogs;
-    QTemporaryDir m_folder;
-    TestClock m_clock;
-    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
     IniUtility& m_ini = m_station.ini;
     frmEditLogo m_window{m_station};
 };

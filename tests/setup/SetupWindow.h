@@ -3,18 +3,15 @@
 #include "setup/frmQueue.h"
 #include "tests/support/OpenStation.h"
 #include "tests/support/StoreFile.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
 #include "tests/support/WindowDriver.h"
 
 #include <gtest/gtest.h>
 
 #include <QSqlQuery>
 #include <QSqlRecord>
-#include <QTemporaryDir>
 
 /// The setup window on a store of its own, worked by hand.
-class SetupWindow : public ::testing::Test {
+class SetupWindow : public StationFolder {
 protected:
     explicit SetupWindow(const QStringList& statements) {
         MakeStore(m_store, statements);
@@ -53,11 +50,6 @@ protected:
         return rows.join(u'|');
     }
 
-    QTemporaryDir m_folder;
-    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
-    TestClock m_clock;
-    TestDialogs m_dialogs;
-    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
     std::unique_ptr<frmQueue> m_window;
     std::optional<WindowDriver> m_hands;
 };

@@ -1,6 +1,12 @@
 #pragma once
 
 #include "station/Station.h"
+#include "tests/support/TestClock.h"
+#include "tests/support/TestDialogs.h"
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
 
 /// A station whose parts a test can reach and set.
 class OpenStation : public Station {
@@ -27,4 +33,16 @@ public:
     using Station::starts;
     using Station::tickets;
     using Station::trace;
+};
+
+/// A station in a folder of its own, on a clock that stands still, with boxes that a test expects.
+class StationFolder : public ::testing::Test {
+protected:
+    QString Path(const QString& name) const { return m_folder.filePath(name); }
+
+    QTemporaryDir m_folder;
+    QString m_store = Path(QStringLiteral("Harbinet.mdb"));
+    TestClock m_clock;
+    TestDialogs m_dialogs;
+    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
 };

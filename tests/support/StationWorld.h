@@ -4,16 +4,12 @@
 #include "simulator/SimulatedBus.h"
 #include "tests/support/OpenStation.h"
 #include "tests/support/StoreFile.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
 #include "tests/support/Waiting.h"
 
 #include <gtest/gtest.h>
 
-#include <QTemporaryDir>
-
 /// A station on a store, with the devices of the same store simulated on a pseudo-terminal.
-class StationWorld : public ::testing::Test {
+class StationWorld : public StationFolder {
 protected:
     explicit StationWorld(const QStringList& statements) {
         MakeStore(m_store, statements);
@@ -44,10 +40,5 @@ protected:
         m_devices->SetFaults(faults);
     }
 
-    QTemporaryDir m_folder;
-    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
     std::unique_ptr<SimulatedBus> m_devices;
-    TestClock m_clock;
-    TestDialogs m_dialogs;
-    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
 };

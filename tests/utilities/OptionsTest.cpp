@@ -2,19 +2,16 @@
 
 #include "tests/support/Files.h"
 #include "tests/support/OpenStation.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
 #include "tests/support/WindowDriver.h"
 #include "utilities/frmAbout.h"
 
 #include <QCheckBox>
 #include <QLabel>
 #include <QPointer>
-#include <QTemporaryDir>
 
 namespace {
 
-class OptionsTest : public ::testing::Test {
+class OptionsTest : public StationFolder {
 protected:
     void Show() {
         m_window = new frmOptions(m_station, m_registry, QStringLiteral("/opt/orvex/Orvex /minimize /delay=60"));
@@ -25,12 +22,8 @@ protected:
 
     ~OptionsTest() override { delete m_window; }
 
-    QTemporaryDir m_folder;
     QString m_settings = m_folder.filePath(QStringLiteral("Tallora.ini"));
     QString m_autostart = m_folder.filePath(QStringLiteral("autostart"));
-    TestClock m_clock;
-    TestDialogs m_dialogs;
-    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
     RegistryStore m_registry{m_folder.filePath(QStringLiteral("Registry.json")), m_autostart};
     QPointer<frmOptions> m_window;
     std::optional<WindowDriver> m_hands;

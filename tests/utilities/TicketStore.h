@@ -3,14 +3,10 @@
 #include "station/DataMaintenance.h"
 #include "tests/support/OpenStation.h"
 #include "tests/support/StoreFile.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
 #include "tests/support/Waiting.h"
 
-#include <QTemporaryDir>
-
 /// Tickets of several days, numbered in their order; today is 2026-11-18.
-class TicketStore : public ::testing::Test {
+class TicketStore : public StationFolder {
 protected:
     TicketStore() {
         MakeStore(m_store, {});
@@ -39,10 +35,5 @@ protected:
         return rows && rows->next() ? rows->value(0).toString() : problem;
     }
 
-    QTemporaryDir m_folder;
-    QString m_store = m_folder.filePath(QStringLiteral("Harbinet.mdb"));
-    TestClock m_clock;
-    TestDialogs m_dialogs;
-    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
     DataMaintenance& m_maintenance = m_station.Maintenance();
 };

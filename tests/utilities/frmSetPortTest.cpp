@@ -2,8 +2,6 @@
 
 #include "tests/support/OpenStation.h"
 #include "tests/support/PseudoTerminal.h"
-#include "tests/support/TestClock.h"
-#include "tests/support/TestDialogs.h"
 #include "tests/support/Waiting.h"
 
 #include <gtest/gtest.h>
@@ -11,12 +9,11 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTemporaryDir>
 #include <QTest>
 
 namespace {
 
-class frmSetPortTest : public ::testing::Test {
+class frmSetPortTest : public StationFolder {
 protected:
     void Show(const QString& savedPort, const QString& savedBaud) {
         m_station.UsePort(savedPort, savedBaud);
@@ -40,11 +37,7 @@ protected:
         return value;
     }
 
-    QTemporaryDir m_folder;
     PseudoTerminal m_terminal;
-    TestClock m_clock;
-    TestDialogs m_dialogs;
-    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
     std::unique_ptr<frmSetPort> m_window;
 };
 
