@@ -65,6 +65,8 @@ public:
     const DeviceStart& Starts() const { return starts; }
     const RunControl& Run() const { return run; }
     const InitRun& Init() const { return init; }
+    /// An operation that configures devices runs.
+    bool IsBusy() const { return m_isBusy; }
     /// What the store holds that cannot be loaded or sent.
     std::vector<Finding> FindFaults() { return check.FindFaults(); }
 
@@ -209,10 +211,6 @@ Q_SIGNALS:
     void BusyChanged(bool busy);
     /// What the running operation is at, for the status bar; empty when it has ended.
     void ProgressChanged(const QString& text);
-
-public:
-    /// An operation that configures devices runs.
-    bool IsBusy() const { return m_isBusy; }
 
 protected:
     EventLog log;
