@@ -7,9 +7,10 @@
 //   error TEXT                  nothing is taken over, TARGET does not exist; exit code 1
 // Exit code 2: wrong arguments (usage on standard error).
 //
-// The reading of a foreign file happens in a child process with bounded memory and time: whatever the file does to it,
-// the parent removes what was written and says so.
+// The reading of a foreign file happens in a child process that is closed in (`Confinement`): whatever the file does
+// to it, the parent removes what was written and says so.
 
+#include "jetimport/Confinement.h"
 #include "jetimport/Import.h"
 
 #include <QCoreApplication>
@@ -17,7 +18,6 @@
 #include <QFileInfo>
 
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,31 +26,11 @@
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool BoundMemory = false; // AddressSanitizer reserves terabytes of address space.
-#else
-constexpr bool BoundMemory = true;
-#endif
-
-constexpr rlim_t MemoryBytes = 1024UL * 1024 * 1024;
-constexpr rlim_t CpuSeconds = 300;
-// A Jet file has at most 2 GB, and the store is no larger than a few times its source.
-constexpr rlim_t FileBytes = 8UL * 1024 * 1024 * 1024;
-
-void Limit(__rlimit_resource resource, rlim_t most) {
-    rlimit limit{};
-    if (getrlimit(resource, &limit) != 0)
-        return;
-    limit.rlim_cur = std::min(most, limit.rlim_max);
-    limit.rlim_max = limit.rlim_cur;
-    setrlimit(resource, &limit);
-}
-
 void Say(const QString& line) {
     QString single = line;
     single.replace(u'\n', u' ').replace(u'\r', u' ');
     const QByteArray bytes = single.toUtf8() + '\n';
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stdout);
+    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
     std::fflush(stdout);
 }
 
@@ -59,19 +39,20 @@ int Work(int argc, char** argv, pid_t parent) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent)
         return 1;
-    if (BoundMemory)
-        Limit(RLIMIT_AS, MemoryBytes);
-    Limit(RLIMIT_CPU, CpuSeconds);
-    Limit(RLIMIT_FSIZE, FileBytes);
-    Limit(RLIMIT_CORE, 0);
-
     const QCoreApplication application(argc, argv);
+    const QString source = QFile::decodeName(argv[1]);
+    const QString target = QFile::decodeName(argv[2]);
+    const Result<> closed = jet::Confinement::Enter(source, QFileInfo(target).path());
+    if (!closed) {
+        Say(QStringLiteral("error ") + closed.Error());
+        return 1;
+    }
     const jet::Listener listener = {
         .Progress = [](const QString& table, qint64 done,
                        qint64 total) { Say(QStringLiteral("progress %1 %2 %3").arg(table).arg(done).arg(total)); },
         .Note = [](const QString& text) { Say(QStringLiteral("note ") + text); },
     };
-    const jet::ImportResult result = jet::Import(QFile::decodeName(argv[1]), QFile::decodeName(argv[2]), listener);
+    const jet::ImportResult result = jet::Import(source, target, listener);
     if (!result.error.isEmpty()) {
         Say(QStringLiteral("error ") + result.error);
         return 1;

@@ -15,7 +15,7 @@ install_packages() {
 
 # What building takes, and what the built programs need to run.
 BUILD_PACKAGES=(g++ cmake ninja-build ccache pkg-config qt6-base-dev qt6-base-dev-tools qt6-serialport-dev qt6-svg-dev
-                libqt6sql6-sqlite qcoro-qt6-dev mdbtools-dev libsqlite3-dev libgtest-dev libgmock-dev
+                libqt6sql6-sqlite qcoro-qt6-dev mdbtools-dev libseccomp-dev libsqlite3-dev libgtest-dev libgmock-dev
                 fonts-dejavu-core)
 # What the checks take beyond that.
 CHECK_PACKAGES=(git clang clang-format clang-tidy-16 libclang-rt-14-dev python3 sqlite3 mdbtools libmodbus-dev
