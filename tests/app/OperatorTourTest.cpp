@@ -159,7 +159,7 @@ TEST_F(OperatorTourTest, TheMainWindowOpensTheOthers) {
 
     m_main->close();
     ASSERT_TRUE(WaitUntil([this] { return m_ended == 1; }));
-    EXPECT_TRUE(bench.isNull());
+    EXPECT_TRUE(WaitUntil([&] { return bench.isNull(); }));
 }
 
 TEST_F(OperatorTourTest, AnExitWaitsForWhatNobodyHasSavedYet) {
