@@ -23,13 +23,13 @@ namespace {
 constexpr int RowsPerReport = 1000;
 
 // Only ever seen inside this file: `Import` turns it into its result.
-class Failure : public std::runtime_error {
+class Abandoned : public std::runtime_error {
 public:
-    explicit Failure(const QString& text)
+    explicit Abandoned(const QString& text)
         : std::runtime_error(text.toStdString()) {}
 };
 
-/// The new store, open while this lives. Each operation throws `Failure`.
+/// The new store, open while this lives. Each operation throws `Abandoned`.
 class Store {
 public:
     explicit Store(const QString& path)
@@ -37,7 +37,7 @@ public:
         m_database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
         m_database.setDatabaseName(path);
         if (!m_database.open())
-            throw Failure(QStringLiteral("The new store cannot be made: ") + m_database.lastError().text());
+            throw Abandoned(QStringLiteral("The new store cannot be made: ") + m_database.lastError().text());
     }
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
@@ -53,14 +53,14 @@ public:
     QVariant Ask(const QString& statement) {
         QSqlQuery query(m_database);
         if (!query.exec(statement))
-            throw Failure(QStringLiteral("The new store: ") + query.lastError().text());
+            throw Abandoned(QStringLiteral("The new store: ") + query.lastError().text());
         return query.next() ? query.value(0) : QVariant();
     }
 
     QSqlQuery Prepare(const QString& statement) {
         QSqlQuery query(m_database);
         if (!query.prepare(statement))
-            throw Failure(QStringLiteral("The new store: ") + query.lastError().text());
+            throw Abandoned(QStringLiteral("The new store: ") + query.lastError().text());
         return query;
     }
 
@@ -84,7 +84,7 @@ QString Quoted(QString name) {
 int IndexOf(const std::vector<Column>& columns, const QString& name) {
     for (size_t i = 0; i < columns.size(); ++i) {
         if (Same(columns[i].name, name))
-            return int(i);
+            return static_cast<int>(i);
     }
     return -1;
 }
@@ -158,8 +158,8 @@ private:
             m_names.insert(Latin(table.name), found);
         }
         if (!missing.isEmpty())
-            throw Failure(QStringLiteral("It is no database of this program: the table(s) %1 are missing.")
-                              .arg(missing.join(QStringLiteral(", "))));
+            throw Abandoned(QStringLiteral("It is no database of this program: the table(s) %1 are missing.")
+                                .arg(missing.join(QStringLiteral(", "))));
         for (const QString& name : names) {
             if (!schema::FindTable(name))
                 m_listener.Note(QStringLiteral("Table %1 is unknown and stays behind.").arg(name));
@@ -167,17 +167,16 @@ private:
     }
 
     std::unique_ptr<Table> Open(const QString& table) {
-        QString error;
-        std::unique_ptr<Table> opened = m_file.OpenTable(m_names.value(table), &error);
+        Result<std::unique_ptr<Table>> opened = m_file.OpenTable(m_names.value(table));
         if (!opened)
-            throw Failure(QStringLiteral("The file is damaged: %1.").arg(error));
-        return opened;
+            throw Abandoned(QStringLiteral("The file is damaged: %1.").arg(opened.Error()));
+        return *std::move(opened);
     }
 
     void Read(Table& source, const QString& table, const Table::RowHandler& handler) {
-        const QString error = source.ForEachRow(handler);
-        if (!error.isEmpty())
-            throw Failure(QStringLiteral("The file is damaged: table %1: %2.").arg(table, error));
+        const Result<> read = source.ForEachRow(handler);
+        if (!read)
+            throw Abandoned(QStringLiteral("The file is damaged: table %1: %2.").arg(table, read.Error()));
     }
 
     void MakeTable(const schema::Table& table, Table* source, const std::vector<Column>& ticketColumns) {
@@ -195,8 +194,8 @@ private:
             if (IndexOf(source->Columns(), columnName) >= 0)
                 continue;
             if (column.kind == schema::Kind::Key && !MayBeMissing(table))
-                throw Failure(QStringLiteral("It is no database of this program: table %1 has no column %2.")
-                                  .arg(name, columnName));
+                throw Abandoned(QStringLiteral("It is no database of this program: table %1 has no column %2.")
+                                    .arg(name, columnName));
             if (!IsTicketTable(table) || !IsOfLaterDays(column))
                 m_listener.Note(QStringLiteral("Table %1 has no column %2; it is made anew.").arg(name, columnName));
             else if (IndexOf(ticketColumns, columnName) < 0)
@@ -240,11 +239,11 @@ private:
         m_listener.Progress(name, 0, total);
         Read(*source, name, [&](const QVariantList& values) {
             if (key >= 0 && values[key].isNull())
-                throw Failure(QStringLiteral("Table %1: row %2 has no %3.").arg(name).arg(done + 1).arg(keyName));
+                throw Abandoned(QStringLiteral("Table %1: row %2 has no %3.").arg(name).arg(done + 1).arg(keyName));
             for (qsizetype i = 0; i < values.size(); ++i)
-                insert.bindValue(int(i), values[i]);
+                insert.bindValue(static_cast<int>(i), values[i]);
             if (!insert.exec())
-                throw Failure(
+                throw Abandoned(
                     QStringLiteral("Table %1, row %2%3: %4")
                         .arg(name)
                         .arg(done + 1)
@@ -281,18 +280,18 @@ private:
         set.bindValue(0, counter);
         set.bindValue(1, name);
         if (!set.exec())
-            throw Failure(QStringLiteral("The counter of table %1: %2").arg(name, set.lastError().text()));
+            throw Abandoned(QStringLiteral("The counter of table %1: %2").arg(name, set.lastError().text()));
     }
 
     void Check() {
         const QString verdict = m_store.Ask(QStringLiteral("PRAGMA integrity_check")).toString();
         if (verdict != QStringLiteral("ok"))
-            throw Failure(QStringLiteral("The new store is damaged: ") + verdict);
+            throw Abandoned(QStringLiteral("The new store is damaged: ") + verdict);
         for (const Counted& counted : m_counted) {
             const qint64 rows =
                 m_store.Ask(QStringLiteral("SELECT count(*) FROM ") + Quoted(counted.table)).toLongLong();
             if (rows != counted.rows)
-                throw Failure(
+                throw Abandoned(
                     QStringLiteral("Table %1: %2 of %3 rows arrived.").arg(counted.table).arg(rows).arg(counted.rows));
         }
     }
@@ -310,36 +309,31 @@ void Flush(const QString& path) {
     if (file >= 0)
         close(file);
     if (!flushed)
-        throw Failure(QStringLiteral("The new store cannot be written to the disk: ") + qt_error_string());
+        throw Abandoned(QStringLiteral("The new store cannot be written to the disk: ") + qt_error_string());
 }
 
 } // namespace
 
-ImportResult Import(const QString& source, const QString& target, const Listener& listener) {
-    ImportResult result;
+Result<qint64> Import(const QString& source, const QString& target, const Listener& listener) {
     const QFileInfo info(target);
-    if (info.exists() || info.isSymLink()) {
-        result.error = QStringLiteral("The file %1 exists already.").arg(target);
-        return result;
-    }
-    QString error;
-    const std::unique_ptr<JetFile> file = JetFile::Open(source, &error);
-    if (!file) {
-        result.error = QStringLiteral("The file cannot be taken over: %1.").arg(error);
-        return result;
-    }
+    if (info.exists() || info.isSymLink())
+        return Failure{QStringLiteral("The file %1 exists already.").arg(target)};
+    const Result<std::unique_ptr<JetFile>> file = JetFile::Open(source);
+    if (!file)
+        return Failure{QStringLiteral("The file cannot be taken over: %1.").arg(file.Error())};
     try {
+        qint64 rows = 0;
         {
             Store store(target);
-            result.rows = Importer(*file, store, listener).Run();
+            rows = Importer(**file, store, listener).Run();
         }
         Flush(target);
-    } catch (const Failure& failure) {
-        result.error = QString::fromUtf8(failure.what());
+        return rows;
+    } catch (const Abandoned& failure) {
         QFile::remove(target);
         QFile::remove(target + QStringLiteral("-journal"));
+        return Failure{QString::fromUtf8(failure.what())};
     }
-    return result;
 }
 
 } // namespace jet

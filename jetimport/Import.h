@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Result.h"
+
 #include <QString>
 
 #include <functional>
@@ -12,11 +14,6 @@ struct Listener {
     std::function<void(const QString& text)> Note;
 };
 
-struct ImportResult {
-    QString error; ///< empty if all went well
-    qint64 rows = 0;
-};
-
 /// Takes over the Access/Jet file `source` into a new store `target`, which must not exist yet.
 ///
 /// Every table and column that the station knows is carried over, with further columns of those tables: null stays
@@ -24,8 +21,8 @@ struct ImportResult {
 /// value outside of what its column takes is kept all the same. Further tables are only named in a note. The four
 /// columns of later days are left out of `rData` and `qData` if `rData` lacks them.
 ///
-/// At the end the store is checked, counted and flushed to the disk. On failure `target` does not exist and `error`
-/// says what is wrong. Needs an application object.
-ImportResult Import(const QString& source, const QString& target, const Listener& listener);
+/// At the end the store is checked, counted and flushed to the disk. Needs an application object.
+/// @return the number of rows; failed with what is wrong, and then `target` does not exist.
+Result<qint64> Import(const QString& source, const QString& target, const Listener& listener);
 
 } // namespace jet

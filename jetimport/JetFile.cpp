@@ -56,7 +56,39 @@ const MdbColumn& ColumnAt(const MdbTableDef& table, unsigned index) {
 // The value of a field of fixed width, or nothing if the row holds fewer bytes than its type needs.
 template <typename T>
 QVariant Fixed(const QByteArray& bytes, QVariant (*convert)(T)) {
-    return bytes.size() < qsizetype(sizeof(T)) ? QVariant() : convert(qFromLittleEndian<T>(bytes.constData()));
+    return bytes.size() < static_cast<qsizetype>(sizeof(T)) ? QVariant()
+                                                            : convert(qFromLittleEndian<T>(bytes.constData()));
+}
+
+// The value of a column of that type; nothing if the bytes are none.
+QVariant Converted(const MdbColumn& column, const QByteArray& bytes, bool jet3) {
+    switch (column.col_type) {
+    case MDB_BOOL:
+        return static_cast<int>(bytes[0]);
+    case MDB_BYTE:
+        return Fixed<quint8>(bytes, [](quint8 n) { return QVariant(static_cast<int>(n)); });
+    case MDB_INT:
+        return Fixed<qint16>(bytes, [](qint16 n) { return QVariant(static_cast<int>(n)); });
+    case MDB_LONGINT:
+        return Fixed<qint32>(bytes, [](qint32 n) { return QVariant(n); });
+    case MDB_FLOAT:
+        return Fixed<float>(bytes, [](float n) { return QVariant(static_cast<double>(n)); });
+    case MDB_DOUBLE:
+        return Fixed<double>(bytes, [](double n) { return QVariant(n); });
+    case MDB_DATETIME:
+        return Fixed<double>(bytes, [](double n) { return Moment(n); });
+    case MDB_MONEY:
+        return Fixed<qint64>(bytes, [](qint64 n) { return QVariant(Money(n)); });
+    case MDB_NUMERIC:
+        return Numeric(bytes, column.col_scale);
+    case MDB_TEXT:
+    case MDB_MEMO: {
+        const QString text = jet3 ? ansi::Decode(bytes) : Text4(bytes);
+        return text.isNull() ? QStringLiteral("") : text;
+    }
+    default:
+        return bytes;
+    }
 }
 
 } // namespace
@@ -70,7 +102,7 @@ Table::Table(S_MdbTableDef* definition)
     }
     MdbHandle* mdb = definition->entry->mdb;
     if (mdb_read_pg(mdb, definition->entry->table_pg))
-        m_counter = qint32(mdb_pg_get_int32(mdb, m_jet3 ? 16 : 20));
+        m_counter = static_cast<qint32>(mdb_pg_get_int32(mdb, m_jet3 ? 16 : 20));
 }
 
 Table::Table(Table&& other) noexcept
@@ -88,183 +120,153 @@ qint64 Table::RowCount() const {
     return m_definition->num_rows;
 }
 
-QString Table::ForEachRow(const RowHandler& handler) {
+Result<> Table::ForEachRow(const RowHandler& handler) {
     MdbHandle* mdb = m_definition->entry->mdb;
     mdb_rewind_table(m_definition);
     qint64 count = 0;
-    QVariantList values;
     while (mdb_read_next_dpg(m_definition)) {
         const quint32 page = m_definition->cur_phys_pg;
         const int rows = mdb_get_int16(mdb->pg_buf, mdb->fmt->row_count_offset);
         for (int row = 0; row < rows; ++row) {
-            bool present = false;
-            const QString error = ReadRow(row, &values, &present);
-            if (!error.isEmpty())
-                return QStringLiteral("row %1 on page %2 %3").arg(row).arg(page).arg(error);
+            const Result<std::optional<QVariantList>> values = ReadRow(row);
+            if (!values)
+                return Failure{QStringLiteral("row %1 on page %2 %3").arg(row).arg(page).arg(values.Error())};
             // A row that had moved, or a long value, left another page in the buffer.
             if (mdb->cur_pg != page && !mdb_read_pg(mdb, page))
-                return QStringLiteral("page %1 cannot be read").arg(page);
-            if (!present)
+                return Failure{QStringLiteral("page %1 cannot be read").arg(page)};
+            if (!*values)
                 continue;
             ++count;
-            if (!handler(values))
+            if (!handler(**values))
                 return {};
         }
     }
     if (count < RowCount())
-        return QStringLiteral("only %1 of its %2 rows can be read").arg(count).arg(RowCount());
+        return Failure{QStringLiteral("only %1 of its %2 rows can be read").arg(count).arg(RowCount())};
     return {};
 }
 
-QString Table::ReadRow(int row, QVariantList* values, bool* present) {
-    MdbHandle* mdb = m_definition->entry->mdb;
-    int place = 0;
-    size_t size = 0;
-    for (int moves = 0;; ++moves) {
-        if (mdb_find_row(mdb, row, &place, &size) != 0)
-            return QStringLiteral("lies outside of its page");
-        const int marks = place & (PointsElsewhere | NotHere);
-        // Deleted, or reached through the pointer that its first page holds.
-        if (marks == (PointsElsewhere | NotHere) || (marks == NotHere && moves == 0))
-            return {};
-        place &= PlaceMask;
-        if ((marks & PointsElsewhere) == 0)
-            break;
-        if (size < 4 || moves == LongestChain)
-            return QStringLiteral("points nowhere");
-        const auto pointer = quint32(mdb_get_int32(mdb->pg_buf, place));
-        row = int(pointer & 0xFF);
-        if (!mdb_read_pg(mdb, pointer >> 8) || mdb->pg_buf[0] != MDB_PAGE_DATA)
-            return QStringLiteral("points to a page that is not there");
-    }
-
-    std::vector<MdbField> fields(m_columns.size());
-    // The result counts the columns that the row was written with, dropped ones included.
-    if (size == 0 || mdb_crack_row(m_definition, place, size, fields.data()) < 0)
-        return QStringLiteral("is damaged");
+Result<std::optional<QVariantList>> Table::ReadRow(int row) {
+    const Result<std::optional<Place>> place = FindRow(row);
+    if (!place)
+        return Failure{place.Error()};
+    if (!*place)
+        return std::optional<QVariantList>();
     // Long values are read through the same page buffer: take all bytes out first.
-    std::vector<QByteArray> bytes(m_columns.size());
-    for (const MdbField& field : fields) {
-        if (field.colnum < 0 || field.colnum >= int(m_columns.size()))
-            return QStringLiteral("is damaged");
-        const MdbColumn& column = ColumnAt(*m_definition, unsigned(field.colnum));
-        if (column.col_type == MDB_BOOL) {
-            // The row's null mask holds the value itself.
-            bytes[size_t(field.colnum)] = QByteArray(1, field.is_null ? '\0' : '\1');
-            continue;
-        }
-        if (field.is_null)
-            continue;
-        if (field.start < place || field.siz < 0 || field.start + field.siz > place + int(size))
-            return QStringLiteral("is damaged in column ") + QString::fromUtf8(column.name);
-        bytes[size_t(field.colnum)] =
-            field.siz == 0 ? QByteArray("")
-                           : QByteArray(reinterpret_cast<const char*>(mdb->pg_buf) + field.start, field.siz);
-    }
-
-    values->clear();
-    for (size_t i = 0; i < bytes.size(); ++i) {
-        const MdbColumn& column = ColumnAt(*m_definition, unsigned(i));
-        QByteArray value = bytes[i];
-        if (value.isNull()) {
-            values->append(QVariant());
+    const Result<std::vector<QByteArray>> fields = ReadFields(**place);
+    if (!fields)
+        return Failure{fields.Error()};
+    QVariantList values;
+    for (size_t i = 0; i < fields->size(); ++i) {
+        const MdbColumn& column = ColumnAt(*m_definition, static_cast<unsigned>(i));
+        QByteArray bytes = (*fields)[i];
+        if (bytes.isNull()) {
+            values.append(QVariant());
             continue;
         }
         const QString damaged = QStringLiteral("is damaged in column ") + m_columns[i].name;
         if (column.col_type == MDB_MEMO || column.col_type == MDB_OLE) {
-            const QString error = ReadLongValue(bytes[i], &value);
-            if (!error.isEmpty())
-                return damaged + QStringLiteral(" (%1)").arg(error);
+            const Result<QByteArray> longValue = ReadLongValue(bytes);
+            if (!longValue)
+                return Failure{damaged + QStringLiteral(" (%1)").arg(longValue.Error())};
+            bytes = *longValue;
         }
-        QVariant converted;
-        switch (column.col_type) {
-        case MDB_BOOL:
-            converted = int(value[0]);
-            break;
-        case MDB_BYTE:
-            converted = Fixed<quint8>(value, [](quint8 n) { return QVariant(int(n)); });
-            break;
-        case MDB_INT:
-            converted = Fixed<qint16>(value, [](qint16 n) { return QVariant(int(n)); });
-            break;
-        case MDB_LONGINT:
-            converted = Fixed<qint32>(value, [](qint32 n) { return QVariant(n); });
-            break;
-        case MDB_FLOAT:
-            converted = Fixed<float>(value, [](float n) { return QVariant(double(n)); });
-            break;
-        case MDB_DOUBLE:
-            converted = Fixed<double>(value, [](double n) { return QVariant(n); });
-            break;
-        case MDB_DATETIME:
-            converted = Fixed<double>(value, [](double n) { return Moment(n); });
-            break;
-        case MDB_MONEY:
-            converted = Fixed<qint64>(value, [](qint64 n) { return QVariant(Money(n)); });
-            break;
-        case MDB_NUMERIC:
-            converted = Numeric(value, column.col_scale);
-            break;
-        case MDB_TEXT:
-        case MDB_MEMO: {
-            const QString text = m_jet3 ? ansi::Decode(value) : Text4(value);
-            converted = text.isNull() ? QStringLiteral("") : text;
-            break;
-        }
-        default:
-            converted = value;
-            break;
-        }
-        if (converted.isNull())
-            return damaged;
-        values->append(converted);
+        const QVariant value = Converted(column, bytes, m_jet3);
+        if (value.isNull())
+            return Failure{damaged};
+        values.append(value);
     }
-    *present = true;
-    return {};
+    return std::optional(std::move(values));
+}
+
+Result<std::optional<Table::Place>> Table::FindRow(int row) {
+    MdbHandle* mdb = m_definition->entry->mdb;
+    Place place{};
+    for (int moves = 0;; ++moves) {
+        if (mdb_find_row(mdb, row, &place.start, &place.size) != 0)
+            return Failure{QStringLiteral("lies outside of its page")};
+        const int marks = place.start & (PointsElsewhere | NotHere);
+        // Deleted, or reached through the pointer that its first page holds.
+        if (marks == (PointsElsewhere | NotHere) || (marks == NotHere && moves == 0))
+            return std::optional<Place>();
+        place.start &= PlaceMask;
+        if ((marks & PointsElsewhere) == 0)
+            return std::optional(place);
+        if (place.size < 4 || moves == LongestChain)
+            return Failure{QStringLiteral("points nowhere")};
+        const auto pointer = static_cast<quint32>(mdb_get_int32(mdb->pg_buf, place.start));
+        row = static_cast<int>(pointer & 0xFF);
+        if (!mdb_read_pg(mdb, pointer >> 8) || mdb->pg_buf[0] != MDB_PAGE_DATA)
+            return Failure{QStringLiteral("points to a page that is not there")};
+    }
+}
+
+Result<std::vector<QByteArray>> Table::ReadFields(Place place) {
+    const auto* page = reinterpret_cast<const char*>(m_definition->entry->mdb->pg_buf);
+    const int end = place.start + static_cast<int>(place.size);
+    std::vector<MdbField> fields(m_columns.size());
+    // The result counts the columns that the row was written with, dropped ones included.
+    if (place.size == 0 || mdb_crack_row(m_definition, place.start, place.size, fields.data()) < 0)
+        return Failure{QStringLiteral("is damaged")};
+    std::vector<QByteArray> values(m_columns.size());
+    for (const MdbField& field : fields) {
+        if (field.colnum < 0 || field.colnum >= static_cast<int>(m_columns.size()))
+            return Failure{QStringLiteral("is damaged")};
+        const MdbColumn& column = ColumnAt(*m_definition, static_cast<unsigned>(field.colnum));
+        QByteArray& value = values[static_cast<size_t>(field.colnum)];
+        if (column.col_type == MDB_BOOL) {
+            // The row's null mask holds the value itself.
+            value = QByteArray(1, field.is_null ? '\0' : '\1');
+            continue;
+        }
+        if (field.is_null)
+            continue;
+        if (field.start < place.start || field.siz < 0 || field.start + field.siz > end)
+            return Failure{QStringLiteral("is damaged in column ") + QString::fromUtf8(column.name)};
+        value = field.siz == 0 ? QByteArray("") : QByteArray(page + field.start, field.siz);
+    }
+    return values;
 }
 
 // A long value is a reference of 12 bytes, with the value itself behind it, or in a row of another page, or in a chain
 // of rows that each begin with the pointer to the next.
-QString Table::ReadLongValue(const QByteArray& reference, QByteArray* value) const {
+Result<QByteArray> Table::ReadLongValue(const QByteArray& reference) const {
     constexpr quint32 Inline = 0x80000000;
     constexpr quint32 SingleRow = 0x40000000;
     constexpr int ReferenceSize = 12;
     constexpr quint32 LengthMask = 0x00FFFFFF;
 
     if (reference.size() < ReferenceSize)
-        return QStringLiteral("its reference is cut off");
+        return Failure{QStringLiteral("its reference is cut off")};
     const auto head = qFromLittleEndian<quint32>(reference.constData());
     const qsizetype length = head & LengthMask;
-    if ((head & Inline) != 0) {
-        *value = reference.mid(ReferenceSize);
-        return {};
-    }
-    value->clear();
-    *value = QByteArray("");
+    if ((head & Inline) != 0)
+        return reference.mid(ReferenceSize);
+    QByteArray value("");
     auto pointer = qFromLittleEndian<quint32>(reference.constData() + 4);
     const bool chained = (head & SingleRow) == 0;
     while (pointer != 0) {
         void* page = nullptr;
         int start = 0;
         size_t size = 0;
-        if (mdb_find_pg_row(m_definition->entry->mdb, int(pointer), &page, &start, &size) != 0)
-            return QStringLiteral("a part of it is not there");
-        QByteArrayView part(static_cast<const char*>(page) + (start & PlaceMask), qsizetype(size));
+        if (mdb_find_pg_row(m_definition->entry->mdb, static_cast<int>(pointer), &page, &start, &size) != 0)
+            return Failure{QStringLiteral("a part of it is not there")};
+        QByteArrayView part(static_cast<const char*>(page) + (start & PlaceMask), static_cast<qsizetype>(size));
         pointer = 0;
         if (chained) {
             if (part.size() <= 4)
-                return QStringLiteral("a part of it is cut off");
+                return Failure{QStringLiteral("a part of it is cut off")};
             pointer = qFromLittleEndian<quint32>(part.data());
             part = part.sliced(4);
         }
-        value->append(part);
-        if (value->size() > length)
+        value.append(part);
+        if (value.size() > length)
             break;
     }
-    if (value->size() < length)
-        return QStringLiteral("%1 of %2 bytes are there").arg(value->size()).arg(length);
-    value->truncate(length);
-    return {};
+    if (value.size() < length)
+        return Failure{QStringLiteral("%1 of %2 bytes are there").arg(value.size()).arg(length)};
+    value.truncate(length);
+    return value;
 }
 
 struct JetFile::Handle {
@@ -286,27 +288,21 @@ JetFile::JetFile(std::unique_ptr<Handle> handle)
 
 JetFile::~JetFile() = default;
 
-std::unique_ptr<JetFile> JetFile::Open(const QString& path, QString* error) {
+Result<std::unique_ptr<JetFile>> JetFile::Open(const QString& path) {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *error = QStringLiteral("it cannot be read: ") + file.errorString();
-        return nullptr;
-    }
+    if (!file.open(QIODevice::ReadOnly))
+        return Failure{QStringLiteral("it cannot be read: ") + file.errorString()};
     const QByteArray head = file.read(0x98);
     file.close();
-    if (!IsJet(StoreKindOf(head))) {
-        *error = QStringLiteral("it is not an Access database");
-        return nullptr;
-    }
-    *error = Protection(head);
-    if (!error->isEmpty())
-        return nullptr;
+    if (!IsJet(StoreKindOf(head)))
+        return Failure{QStringLiteral("it is not an Access database")};
+    const QString protection = Protection(head);
+    if (!protection.isEmpty())
+        return Failure{protection};
     auto handle = std::make_unique<Handle>();
     handle->mdb = mdb_open(QFile::encodeName(path).constData(), MDB_NOFLAGS);
-    if (!handle->mdb || !mdb_read_catalog(handle->mdb, MDB_TABLE) || !handle->mdb->catalog) {
-        *error = QStringLiteral("its list of tables cannot be read");
-        return nullptr;
-    }
+    if (!handle->mdb || !mdb_read_catalog(handle->mdb, MDB_TABLE) || !handle->mdb->catalog)
+        return Failure{QStringLiteral("its list of tables cannot be read")};
     return std::unique_ptr<JetFile>(new JetFile(std::move(handle)));
 }
 
@@ -320,7 +316,7 @@ QStringList JetFile::TableNames() const {
     return names;
 }
 
-std::unique_ptr<Table> JetFile::OpenTable(const QString& name, QString* error) {
+Result<std::unique_ptr<Table>> JetFile::OpenTable(const QString& name) {
     for (gpointer item : m_handle->Catalogue()) {
         auto* entry = static_cast<MdbCatalogEntry*>(item);
         if (!mdb_is_user_table(entry) || QString::fromUtf8(entry->object_name) != name)
@@ -335,8 +331,7 @@ std::unique_ptr<Table> JetFile::OpenTable(const QString& name, QString* error) {
         mdb_free_tabledef(definition);
         break;
     }
-    *error = QStringLiteral("the description of table %1 is damaged").arg(name);
-    return nullptr;
+    return Failure{QStringLiteral("the description of table %1 is damaged").arg(name)};
 }
 
 } // namespace jet

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "platform/Result.h"
+
 #include <QStringList>
 #include <QVariant>
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 struct S_MdbTableDef;
@@ -36,12 +39,21 @@ public:
 
     /// Hands each row to `handler` in the file's order, one value a column. Yes/no is 0 or 1, a date is text
     /// "yyyy-MM-dd hh:mm:ss", an empty text is not null. Stops when `handler` says false.
-    /// @return what is damaged; empty if all rows that the file says it has were read, or `handler` stopped.
-    QString ForEachRow(const RowHandler& handler);
+    /// @return failed with what is damaged, unless all rows that the file says it has were read, or `handler` stopped.
+    Result<> ForEachRow(const RowHandler& handler);
 
 private:
-    QString ReadRow(int row, QVariantList* values, bool* present);
-    QString ReadLongValue(const QByteArray& reference, QByteArray* value) const;
+    /// Where a row's bytes lie in the page buffer.
+    struct Place {
+        int start;
+        size_t size;
+    };
+
+    // Of a row that is deleted, or that is read elsewhere, there is neither place nor values.
+    Result<std::optional<QVariantList>> ReadRow(int row);
+    Result<std::optional<Place>> FindRow(int row);
+    Result<std::vector<QByteArray>> ReadFields(Place place);
+    Result<QByteArray> ReadLongValue(const QByteArray& reference) const;
 
     S_MdbTableDef* m_definition;
     std::vector<Column> m_columns;
@@ -52,8 +64,8 @@ private:
 /// A Jet 3, Jet 4 or ACE file, open for reading.
 class JetFile {
 public:
-    /// @return null, and the reason in `error`, if `path` is no such file, is protected, or has no readable catalogue.
-    static std::unique_ptr<JetFile> Open(const QString& path, QString* error);
+    /// @return failed if `path` is no such file, is protected, or has no readable catalogue.
+    static Result<std::unique_ptr<JetFile>> Open(const QString& path);
 
     JetFile(const JetFile&) = delete;
     JetFile& operator=(const JetFile&) = delete;
@@ -62,8 +74,8 @@ public:
     /// The names of the user's own tables (no system tables, no links into other files).
     QStringList TableNames() const;
 
-    /// The table of that exact name; nothing, and the reason in `error`, if its description cannot be read.
-    std::unique_ptr<Table> OpenTable(const QString& name, QString* error);
+    /// The table of that exact name; failed if its description cannot be read.
+    Result<std::unique_ptr<Table>> OpenTable(const QString& name);
 
 private:
     struct Handle;

@@ -52,12 +52,12 @@ int Work(int argc, char** argv, pid_t parent) {
                        qint64 total) { Say(QStringLiteral("progress %1 %2 %3").arg(table).arg(done).arg(total)); },
         .Note = [](const QString& text) { Say(QStringLiteral("note ") + text); },
     };
-    const jet::ImportResult result = jet::Import(source, target, listener);
-    if (!result.error.isEmpty()) {
-        Say(QStringLiteral("error ") + result.error);
+    const Result<qint64> rows = jet::Import(source, target, listener);
+    if (!rows) {
+        Say(QStringLiteral("error ") + rows.Error());
         return 1;
     }
-    Say(QStringLiteral("done %1").arg(result.rows));
+    Say(QStringLiteral("done %1").arg(*rows));
     return 0;
 }
 

@@ -108,8 +108,8 @@ TEST_P(ConfinementTest, ImportsAllTheSame) {
     const QString target = m_inside.filePath(QStringLiteral("new.db"));
     const jet::Listener listener = {.Progress = [](const QString&, qint64, qint64) {}, .Note = [](const QString&) {}};
     EXPECT_EQ(Confined([&] {
-                  const jet::ImportResult result = jet::Import(m_source, target, listener);
-                  return result.error.isEmpty() && result.rows == 114 ? 0 : 1;
+                  const Result<qint64> rows = jet::Import(m_source, target, listener);
+                  return rows.ValueOr(0) == 114 ? 0 : 1;
               }),
               0);
     EXPECT_EQ(jetfixture::Rows(target, QStringLiteral("SELECT count(*) FROM qData")),
