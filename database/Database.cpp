@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlError>
+#include <QSqlRecord>
 #include <QUrl>
 #include <QUuid>
 
@@ -145,13 +146,28 @@ Database::Error Database::Connect(const QString& path) {
     for (const QString& statement : schema::IndexStatements())
         Run({statement});
 
-    if (!m_rsData.Open(m_connection, QStringLiteral("[rData]")))
-        return m_rsData.LastError();
-    if (!m_rsDisplay.Open(m_connection, QStringLiteral("SELECT * FROM [Display] ORDER BY rowid")))
-        return m_rsDisplay.LastError();
-    if (!m_rsMessage.Open(m_connection, QStringLiteral("[Message]")))
-        return m_rsMessage.LastError();
+    if (const Error error = ReadLastInfos())
+        return error;
     m_path = path;
+    return std::nullopt;
+}
+
+Database::Error Database::ReadLastInfos() {
+    QString error;
+    auto rows = Select({QStringLiteral("SELECT * FROM [Display] ORDER BY rowid")}, error);
+    if (!rows)
+        return error;
+    // A store that others made may lack either column.
+    const int number = rows->record().indexOf(QStringLiteral("d_Number"));
+    const int text = rows->record().indexOf(QStringLiteral("LastInfo"));
+    while (number >= 0 && text >= 0 && rows->next()) {
+        bool isNumber = false;
+        const double key = rows->value(number).toDouble(&isNumber);
+        if (isNumber && !rows->isNull(number) && !m_lastInfos.contains(key))
+            m_lastInfos.insert(key, rows->value(text).toString());
+    }
+    if (rows->lastError().isValid())
+        return rows->lastError().databaseText();
     return std::nullopt;
 }
 
@@ -164,12 +180,10 @@ void Database::UpgradeDatabase() {
         {QStringLiteral("Call"), QStringLiteral("smallint"), QStringLiteral("Call")},
         {QStringLiteral("TicketFlag"), QStringLiteral("Bit"), QStringLiteral("TicketFlag")},
     };
-    Recordset data;
-    data.Open(m_connection, QStringLiteral("[rData]"));
-    std::erase_if(columns, [&data](const AddedColumn& column) { return data.FieldIndex(column.name) >= 0; });
+    const QSqlRecord data = m_connection.record(QStringLiteral("rData"));
+    std::erase_if(columns, [&data](const AddedColumn& column) { return data.contains(column.name); });
     if (columns.empty())
         return;
-    data.Close();
 
     // Only `rData` is ever looked at, so a crash must not leave `qData` behind it.
     if (const Error error = Run({QStringLiteral("BEGIN IMMEDIATE")})) {
@@ -186,9 +200,7 @@ void Database::UpgradeDatabase() {
 }
 
 void Database::CloseDatabase() {
-    m_rsData.Close();
-    m_rsDisplay.Close();
-    m_rsMessage.Close();
+    m_lastInfos.clear();
     m_path.clear();
     if (m_connection.isValid())
         DropConnection(m_connection);

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "database/Recordset.h"
-
+#include <QHash>
 #include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QString>
+#include <QVariant>
 
 #include <optional>
 #include <vector>
@@ -19,7 +20,7 @@ struct Statement {
 };
 
 /// The store that describes the installation and holds the ticket records: one SQLite file and the one connection to
-/// it, with the three recordsets that live as long as it.
+/// it.
 ///
 /// Nothing is written behind the file's back: the roll-back journal is the only file beside it, and only while a change
 /// is on its way. A store that another program holds locked is waited for up to 25 seconds.
@@ -34,17 +35,16 @@ public:
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
-    /// Opens the store at `path`, closing the one that is open, upgrades it and opens the three recordsets. A file that
-    /// is missing, no SQLite file or without one of the station's tables is left as it is: the log gets "Can't open
-    /// Queue database!" and the reason, and the database stays closed.
+    /// Opens the store at `path`, closing the one that is open, and upgrades it. A file that is missing, no SQLite file
+    /// or without one of the station's tables is left as it is: the log gets "Can't open Queue database!" and the
+    /// reason, and the database stays closed.
     void OpenDatabase(const QString& path);
 
     /// Adds the columns DateTimeFinish, Action, Call and TicketFlag to `rData` and `qData` where `rData` lacks them,
     /// and logs each. A statement that fails does not stop the others. All of it is one transaction.
     void UpgradeDatabase();
 
-    /// Closes recordsets and connection; nothing happens if they are closed. No recordset or query made on `Connection`
-    /// may be in use any more.
+    /// Nothing happens if it is closed. No query made on it may be in use any more.
     void CloseDatabase();
 
     /// Copies Harbinet.mdb of the program folder (whatever file was opened) to bak1.mdb (Sunday) to bak7.mdb, once a
@@ -61,10 +61,9 @@ public:
     /// Invalid while closed.
     QSqlDatabase Connection() const { return m_connection; }
 
-    /// The lasting recordsets; closed while the database is. `RsDisplay` shows the rows as they were at the opening.
-    Recordset& RsData() { return m_rsData; }
-    Recordset& RsDisplay() { return m_rsDisplay; }
-    Recordset& RsMessage() { return m_rsMessage; }
+    /// `LastInfo` of the first object with that `d_Number`, as it was when the store was opened; empty if there is
+    /// none, and while the database is closed.
+    QString LastInfo(quint8 number) const { return m_lastInfos.value(number); }
 
     /// Runs one statement without result.
     Error Run(const Statement& statement);
@@ -85,6 +84,7 @@ public:
 
 private:
     Error Connect(const QString& path);
+    Error ReadLastInfos();
 
     QString m_programFolder;
     IniUtility& m_ini;
@@ -94,7 +94,5 @@ private:
     QSqlDatabase m_connection;
     QString m_path;
     QString m_openError;
-    Recordset m_rsData;
-    Recordset m_rsDisplay;
-    Recordset m_rsMessage;
+    QHash<double, QString> m_lastInfos; ///< by `d_Number`
 };

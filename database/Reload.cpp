@@ -118,6 +118,6 @@ void Reload::LoadInfoTexts() {
     for (qint16 i = 0; i < m_installation.NumObjects; ++i) {
         const model::QObject& object = m_installation.QObjects[static_cast<std::size_t>(i)];
         if (object.InfoTable)
-            object.InfoTable->AddStringItems(m_tickets.GetLastInfo(object.Number));
+            object.InfoTable->AddStringItems(m_database.LastInfo(object.Number));
     }
 }

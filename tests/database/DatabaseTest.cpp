@@ -37,7 +37,6 @@ TEST(Database, LeavesAFileThatIsNoStoreAsItIsAndStaysClosed) {
             WriteFile(path, content);
         world.database.OpenDatabase(path);
         EXPECT_FALSE(world.database.IsOpen());
-        EXPECT_FALSE(world.database.RsData().State());
         const QString told = QStringLiteral("%1: %2").arg(path, QString::fromLatin1(reason));
         EXPECT_EQ(world.TakeLines(), QStringList({QStringLiteral("Can't open Queue database!"), told}));
         EXPECT_EQ(world.database.OpenError(), told);
