@@ -15,7 +15,7 @@ void Fill(Database& database, int ofEachYear) {
     const auto rows = QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
                                      "INSERT INTO qData (TicketNo, ServiceId, DateTime) SELECT i % 1000, 1, '%2-' || "
                                      "printf('%02d', i % 12 + 1) || '-15 08:00:00' FROM n");
-    if (database.RunTogether({{rows.arg(ofEachYear).arg(2024)}, {rows.arg(ofEachYear).arg(2025)}}))
+    if (!database.RunTogether({{rows.arg(ofEachYear).arg(2024)}, {rows.arg(ofEachYear).arg(2025)}}))
         qFatal("the store cannot be filled");
 }
 
@@ -29,7 +29,7 @@ void BenchmarkCleanup() {
     IniUtility ini(folder.filePath(QStringLiteral("Tallora.ini")));
     Database database(folder.path(), ini, log, clock);
     const QString store = folder.filePath(QStringLiteral("Harbinet.mdb"));
-    if (Database::CreateEmpty(store))
+    if (!Database::CreateEmpty(store))
         qFatal("no store");
     database.OpenDatabase(store);
     Fill(database, OfEachYear);
@@ -38,9 +38,9 @@ void BenchmarkCleanup() {
     QElapsedTimer step;
     const double seconds = BestSeconds(1, [&] {
         step.start();
-        const auto error = QCoro::waitFor(archive.DeleteYears(
+        const auto deleted = QCoro::waitFor(archive.DeleteYears(
             2024, [&](qint64, qint64) { longest = std::max(longest, static_cast<double>(step.restart())); }));
-        if (error)
+        if (!deleted)
             qFatal("nothing was deleted");
     });
     Report("Deleting 1,000,000 of 2,000,000 tickets", seconds, "s", "allowed", 10);

@@ -13,8 +13,8 @@ constexpr int Waiting = 5'000;
 } // namespace
 
 void FillStore(const QString& path) {
-    if (const Database::Error error = Database::CreateEmpty(path))
-        qFatal("%s", qPrintable(*error));
+    if (const Result<> made = Database::CreateEmpty(path); !made)
+        qFatal("%s", qPrintable(made.Error()));
     {
         QSqlDatabase store = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("fill"));
         store.setDatabaseName(path);

@@ -35,7 +35,7 @@ void BenchmarkReload() {
     const double withIndexes = BestSeconds(5, load);
     for (const QString& index :
          {QStringLiteral("rData_Service"), QStringLiteral("rData_Number"), QStringLiteral("rData_Waiting")})
-        database.Run({QStringLiteral("DROP INDEX [%1]").arg(index)});
+        (void)database.Run({QStringLiteral("DROP INDEX [%1]").arg(index)});
     const double without = BestSeconds(1, load);
     Report("ReloadAll and RecoverTickets, a million tickets", withIndexes * 1000, "ms", "without indexes",
            without * 1000);

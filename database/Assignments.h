@@ -8,35 +8,33 @@
 /// error is what the store said, or that it is closed.
 class Assignments {
 public:
-    using Error = Database::Error;
-
     /// @param database must outlive the assignments.
     explicit Assignments(Database& database)
         : m_database(database) {}
 
-    /// Tells in `served` whether the counter serves the service.
-    Error CheckCounterServed(qint32 counterId, qint32 serviceId, bool& served) const;
-    Error AddServiceCounter(qint32 serviceId, qint32 counterId);
+    /// Whether the counter serves the service.
+    Result<bool> IsCounterServed(qint32 counterId, qint32 serviceId) const;
+    Result<> AddServiceCounter(qint32 serviceId, qint32 counterId);
     /// Takes one pair away. @param id `ID` of the pair.
-    Error RemoveServiceCounter(qint32 id);
+    Result<> RemoveServiceCounter(qint32 id);
     /// Takes all counters of a service away.
-    Error RemoveServiceCounters(qint32 serviceId);
+    Result<> RemoveServiceCounters(qint32 serviceId);
 
     /// Adds an object to the scan plan, which may hold it already. @param order its place, null for none.
-    Error AddToPlan(qint32 objectId, const QVariant& order);
+    Result<> AddToPlan(qint32 objectId, const QVariant& order);
     /// @param id `ID` of the entry.
-    Error RemoveFromPlan(qint32 id);
-    Error ClearPlan();
+    Result<> RemoveFromPlan(qint32 id);
+    Result<> ClearPlan();
     /// Makes the plan anew of these objects, with the orders 1, 2, 3 and so on.
-    Error BuildPlan(const std::vector<qint32>& objectIds);
+    Result<> BuildPlan(const std::vector<qint32>& objectIds);
 
     /// Puts a device behind a hub, or on the bus itself with a `hubId` of 0.
-    Error SetHub(qint32 objectId, qint32 hubId);
+    Result<> SetHub(qint32 objectId, qint32 hubId);
     /// Puts all devices of a hub on the bus itself.
-    Error ClearHub(qint32 hubId);
+    Result<> ClearHub(qint32 hubId);
 
 private:
-    Error Run(const std::vector<Statement>& statements);
+    Result<> Run(const std::vector<Statement>& statements);
 
     Database& m_database;
 };

@@ -12,57 +12,10 @@
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlRecord>
-#include <QUrl>
-#include <QUuid>
+
+#include <optional>
 
 namespace {
-
-Database::Error RunOn(const QSqlDatabase& connection, const Statement& statement) {
-    if (!connection.isOpen())
-        return QStringLiteral("The database is closed.");
-    QSqlQuery query(connection);
-    bool isGood = query.prepare(statement.text);
-    for (const QVariant& value : statement.values)
-        query.addBindValue(value);
-    isGood = isGood && query.exec();
-    if (isGood)
-        return std::nullopt;
-    return query.lastError().databaseText();
-}
-
-Database::Error RunTogetherOn(const QSqlDatabase& connection, const std::vector<Statement>& statements) {
-    // Immediate: whoever else writes is waited for here, where nothing has been done yet.
-    if (const auto error = RunOn(connection, {QStringLiteral("BEGIN IMMEDIATE")}))
-        return error;
-    for (const Statement& statement : statements) {
-        if (const auto error = RunOn(connection, statement)) {
-            RunOn(connection, {QStringLiteral("ROLLBACK")});
-            return error;
-        }
-    }
-    const auto error = RunOn(connection, {QStringLiteral("COMMIT")});
-    if (error)
-        RunOn(connection, {QStringLiteral("ROLLBACK")});
-    return error;
-}
-
-/// A connection that never makes a file. Its name is its own, so that any number can be open.
-QSqlDatabase OpenFile(const QString& path, const QString& mode) {
-    QSqlDatabase connection =
-        QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QUuid::createUuid().toString(QUuid::WithoutBraces));
-    connection.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=25000"));
-    const QByteArray url = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded();
-    connection.setDatabaseName(QString::fromLatin1(url) + QStringLiteral("?mode=") + mode);
-    connection.open();
-    return connection;
-}
-
-void DropConnection(QSqlDatabase& connection) {
-    const QString name = connection.connectionName();
-    connection.close();
-    connection = QSqlDatabase();
-    QSqlDatabase::removeDatabase(name);
-}
 
 /// Keeps a store as it is while it is copied: rolls back first what a crash has left half done, then holds off whoever
 /// wants to write. A file that is no store needs nothing.
@@ -71,22 +24,16 @@ public:
     explicit HeldStore(const QString& path) {
         if (StoreKindOfFile(path) != StoreKind::Sqlite)
             return;
-        m_connection = OpenFile(path, QStringLiteral("rw"));
-        m_isHeld = m_connection.isOpen() && !RunOn(m_connection, {QStringLiteral("PRAGMA busy_timeout = 2000")}) &&
-                   !RunOn(m_connection, {QStringLiteral("BEGIN")}) &&
-                   !RunOn(m_connection, {QStringLiteral("SELECT COUNT(*) FROM sqlite_master")});
-    }
-    HeldStore(const HeldStore&) = delete;
-    HeldStore& operator=(const HeldStore&) = delete;
-    ~HeldStore() {
-        if (m_connection.isValid())
-            DropConnection(m_connection);
+        m_isHeld = m_file.Open(path) && m_file.Run({QStringLiteral("PRAGMA busy_timeout = 2000")}) &&
+                   m_hold.emplace(m_file, Transaction::Kind::Read).Begun() &&
+                   m_file.Run({QStringLiteral("SELECT COUNT(*) FROM sqlite_master")});
     }
 
     bool IsHeld() const { return m_isHeld; }
 
 private:
-    QSqlDatabase m_connection;
+    Sqlite m_file;
+    std::optional<Transaction> m_hold;
     bool m_isHeld = true;
 };
 
@@ -104,59 +51,53 @@ Database::Database(QString programFolder, IniUtility& ini, EventLog& log, const 
     , m_log(log)
     , m_clock(clock) {}
 
-Database::~Database() {
-    CloseDatabase();
-}
-
 void Database::OpenDatabase(const QString& path) {
     CloseDatabase();
     m_openError.clear();
-    if (const Error error = Connect(path)) {
+    if (const Result<> connected = Connect(path); !connected) {
         CloseDatabase();
-        m_openError = QStringLiteral("%1: %2").arg(path, *error);
+        m_openError = QStringLiteral("%1: %2").arg(path, connected.Error());
         m_log.WriteLog(QStringLiteral("Can't open Queue database!"), EventLog::Error);
         m_log.WriteLog(m_openError, EventLog::Error);
     }
 }
 
-Database::Error Database::Connect(const QString& path) {
+Result<> Database::Connect(const QString& path) {
     if (!QFileInfo(path).isFile())
-        return QStringLiteral("The file does not exist.");
-    m_connection = OpenFile(path, QStringLiteral("rw"));
-    if (!m_connection.isOpen())
-        return m_connection.lastError().databaseText();
+        return Failure{QStringLiteral("The file does not exist.")};
+    if (const Result<> opened = m_file.Open(path); !opened)
+        return opened;
 
     // All that can be refused is looked at before anything is written.
-    if (const Error error = Run({QStringLiteral("SELECT COUNT(*) FROM sqlite_master")}))
-        return error;
-    const QStringList tables = m_connection.tables();
+    if (const Result<> read = m_file.Run({QStringLiteral("SELECT COUNT(*) FROM sqlite_master")}); !read)
+        return read;
+    const QStringList tables = m_file.Connection().tables();
     for (const schema::Table& table : schema::Tables()) {
         const QString name = QString::fromLatin1(table.name);
         if (!tables.contains(name, Qt::CaseInsensitive))
-            return QStringLiteral("The file has no table %1.").arg(name);
+            return Failure{QStringLiteral("The file has no table %1.").arg(name)};
     }
     for (const QString& setting :
          {QStringLiteral("PRAGMA journal_mode = DELETE"), QStringLiteral("PRAGMA synchronous = FULL"),
           QStringLiteral("PRAGMA foreign_keys = OFF")}) {
-        if (const Error error = Run({setting}))
-            return error;
+        if (const Result<> done = m_file.Run({setting}); !done)
+            return done;
     }
     UpgradeDatabase();
     // A store that others made may lack indexes; without them it is slower, but whole.
     for (const QString& statement : schema::IndexStatements())
-        Run({statement});
+        (void)m_file.Run({statement});
 
-    if (const Error error = ReadLastInfos())
-        return error;
+    if (const Result<> read = ReadLastInfos(); !read)
+        return read;
     m_path = path;
-    return std::nullopt;
+    return {};
 }
 
-Database::Error Database::ReadLastInfos() {
-    QString error;
-    auto rows = Select({QStringLiteral("SELECT * FROM [Display] ORDER BY rowid")}, error);
+Result<> Database::ReadLastInfos() {
+    auto rows = m_file.Select({QStringLiteral("SELECT * FROM [Display] ORDER BY rowid")});
     if (!rows)
-        return error;
+        return Failure{rows.Error()};
     // A store that others made may lack either column.
     const int number = rows->record().indexOf(QStringLiteral("d_Number"));
     const int text = rows->record().indexOf(QStringLiteral("LastInfo"));
@@ -167,8 +108,8 @@ Database::Error Database::ReadLastInfos() {
             m_lastInfos.insert(key, rows->value(text).toString());
     }
     if (rows->lastError().isValid())
-        return rows->lastError().databaseText();
-    return std::nullopt;
+        return Failure{rows->lastError().databaseText()};
+    return {};
 }
 
 void Database::UpgradeDatabase() {
@@ -180,30 +121,30 @@ void Database::UpgradeDatabase() {
         {QStringLiteral("Call"), QStringLiteral("smallint"), QStringLiteral("Call")},
         {QStringLiteral("TicketFlag"), QStringLiteral("Bit"), QStringLiteral("TicketFlag")},
     };
-    const QSqlRecord data = m_connection.record(QStringLiteral("rData"));
+    const QSqlRecord data = m_file.Connection().record(QStringLiteral("rData"));
     std::erase_if(columns, [&data](const AddedColumn& column) { return data.contains(column.name); });
     if (columns.empty())
         return;
 
     // Only `rData` is ever looked at, so a crash must not leave `qData` behind it.
-    if (const Error error = Run({QStringLiteral("BEGIN IMMEDIATE")})) {
-        m_log.WriteLog(QStringLiteral("The database is upgraded at the next start: %1").arg(*error), EventLog::Warning);
+    Transaction upgrade(m_file, Transaction::Kind::Write);
+    if (!upgrade.Begun()) {
+        m_log.WriteLog(QStringLiteral("The database is upgraded at the next start: %1").arg(upgrade.Begun().Error()),
+                       EventLog::Warning);
         return;
     }
     for (const AddedColumn& column : columns) {
         for (const QString& table : {QStringLiteral("rData"), QStringLiteral("qData")})
-            Run({QStringLiteral("ALTER TABLE %1 ADD [%2] %3;").arg(table, column.name, column.kind)});
+            (void)m_file.Run({QStringLiteral("ALTER TABLE %1 ADD [%2] %3;").arg(table, column.name, column.kind)});
         m_log.WriteLog(QStringLiteral("Add [%1] field to rData and qData").arg(column.nameInLog));
     }
-    if (Run({QStringLiteral("COMMIT")}))
-        Run({QStringLiteral("ROLLBACK")});
+    (void)upgrade.Commit();
 }
 
 void Database::CloseDatabase() {
     m_lastInfos.clear();
     m_path.clear();
-    if (m_connection.isValid())
-        DropConnection(m_connection);
+    m_file.Close();
 }
 
 void Database::BackupDatabase() {
@@ -238,34 +179,8 @@ void Database::BackupDatabase() {
         m_log.WriteLog(written.Error(), EventLog::Error);
 }
 
-Database::Error Database::Run(const Statement& statement) {
-    return RunOn(m_connection, statement);
-}
-
-Database::Error Database::RunTogether(const std::vector<Statement>& statements) {
-    return RunTogetherOn(m_connection, statements);
-}
-
-std::optional<QSqlQuery> Database::Select(const Statement& statement, QString& error) const {
-    if (!IsOpen()) {
-        error = QStringLiteral("The database is closed.");
-        return std::nullopt;
-    }
-    QSqlQuery query(m_connection);
-    query.setForwardOnly(true);
-    bool isGood = query.prepare(statement.text);
-    for (const QVariant& value : statement.values)
-        query.addBindValue(value);
-    isGood = isGood && query.exec();
-    if (!isGood) {
-        error = query.lastError().databaseText();
-        return std::nullopt;
-    }
-    return query;
-}
-
-Database::Error Database::EmptyDatabase() {
-    return RunTogether({
+Result<> Database::EmptyDatabase() {
+    return m_file.RunTogether({
         {QStringLiteral("DELETE FROM [Queue-Display]")},
         {QStringLiteral("DELETE FROM Display")},
         {QStringLiteral("DELETE FROM Queue")},
@@ -277,31 +192,30 @@ Database::Error Database::EmptyDatabase() {
     });
 }
 
-Database::Error Database::CreateEmpty(const QString& path) {
-    const QString exists = QStringLiteral("%1: The file exists already.").arg(path);
+Result<> Database::CreateEmpty(const QString& path) {
+    const Failure exists{QStringLiteral("%1: The file exists already.").arg(path)};
     if (QFileInfo::exists(path))
         return exists;
     const QString temporary = QStringLiteral("%1.new-%2").arg(path).arg(QCoreApplication::applicationPid());
     QFile::remove(temporary);
-    QSqlDatabase connection = OpenFile(temporary, QStringLiteral("rwc"));
-    Error error;
-    if (connection.isOpen()) {
-        std::vector<Statement> statements;
-        for (const QString& text : schema::CreateStatements())
-            statements.push_back({text});
-        RunOn(connection, {QStringLiteral("PRAGMA synchronous = FULL")});
-        error = RunTogetherOn(connection, statements);
-    } else {
-        error = connection.lastError().databaseText();
-    }
-    DropConnection(connection);
+    std::vector<Statement> statements;
+    for (const QString& text : schema::CreateStatements())
+        statements.push_back({text});
+    Sqlite file;
+    Result<> made = file.Open(temporary, Sqlite::Mode::Create);
+    if (made)
+        made = file.Run({QStringLiteral("PRAGMA synchronous = FULL")});
+    if (made)
+        made = file.RunTogether(statements);
+    file.Close();
     // The renaming itself refuses to replace a file that came up meanwhile.
-    if (!error && !QFile::rename(temporary, path))
-        error = QFileInfo::exists(path) ? exists : QStringLiteral("The file cannot be made.");
-    if (error) {
-        QFile::remove(temporary);
-        return error->startsWith(path) ? error : QStringLiteral("%1: %2").arg(path, *error);
+    if (made && QFile::rename(temporary, path)) {
+        FlushFolderOf(path);
+        return {};
     }
-    FlushFolderOf(path);
-    return std::nullopt;
+    QFile::remove(temporary);
+    if (made && QFileInfo::exists(path))
+        return exists;
+    return Failure{
+        QStringLiteral("%1: %2").arg(path, made ? QStringLiteral("The file cannot be made.") : made.Error())};
 }

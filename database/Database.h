@@ -1,23 +1,14 @@
 #pragma once
 
-#include <QHash>
-#include <QSqlDatabase>
-#include <QSqlQuery>
-#include <QString>
-#include <QVariant>
+#include "database/Sqlite.h"
 
-#include <optional>
+#include <QHash>
+
 #include <vector>
 
 class Clock;
 class EventLog;
 class IniUtility;
-
-/// A statement with the values for its question marks.
-struct Statement {
-    QString text;
-    QVariantList values = {};
-};
 
 /// The store that describes the installation and holds the ticket records: one SQLite file and the one connection to
 /// it.
@@ -26,14 +17,8 @@ struct Statement {
 /// is on its way. A store that another program holds locked is waited for up to 25 seconds.
 class Database {
 public:
-    /// What went wrong, in the store's words; nothing if all went well.
-    using Error = std::optional<QString>;
-
     /// The references must outlive the database. `ini` is the settings file, for the marks of the backups.
     Database(QString programFolder, IniUtility& ini, EventLog& log, const Clock& clock);
-    ~Database();
-    Database(const Database&) = delete;
-    Database& operator=(const Database&) = delete;
 
     /// Opens the store at `path`, closing the one that is open, and upgrades it. A file that is missing, no SQLite file
     /// or without one of the station's tables is left as it is: the log gets "Can't open Queue database!" and the
@@ -53,45 +38,40 @@ public:
     /// `CloseDatabase`.
     void BackupDatabase();
 
-    bool IsOpen() const { return m_connection.isOpen(); }
+    bool IsOpen() const { return m_file.IsOpen(); }
     /// The open file, empty while closed.
     QString Path() const { return m_path; }
     /// Why the last `OpenDatabase` failed, for a user to read; empty if it did not.
     QString OpenError() const { return m_openError; }
-    /// Invalid while closed.
-    QSqlDatabase Connection() const { return m_connection; }
+    /// The open file itself, for transactions and statements that need their query.
+    const Sqlite& File() const { return m_file; }
 
     /// `LastInfo` of the first object with that `d_Number`, as it was when the store was opened; empty if there is
     /// none, and while the database is closed.
     QString LastInfo(quint8 number) const { return m_lastInfos.value(number); }
 
-    /// Runs one statement without result.
-    Error Run(const Statement& statement);
-
-    /// Runs all statements or, if one fails, none.
-    Error RunTogether(const std::vector<Statement>& statements);
-
-    /// Runs a query whose rows the caller reads forward. Nothing, with `error` set, if it fails. The query must be at
-    /// its end or gone before the store is written to.
-    std::optional<QSqlQuery> Select(const Statement& statement, QString& error) const;
+    /// These are those of `Sqlite`.
+    Result<> Run(const Statement& statement) const { return m_file.Run(statement); }
+    Result<> RunTogether(const std::vector<Statement>& statements) const { return m_file.RunTogether(statements); }
+    Result<QSqlQuery> Select(const Statement& statement) const { return m_file.Select(statement); }
 
     /// Deletes all rows of all tables but `Message`, or none if one cannot be emptied. The model is not touched.
-    Error EmptyDatabase();
+    Result<> EmptyDatabase();
 
     /// Makes an empty store of the full schema at `path`, whole or not at all. An existing file is never touched: it is
     /// an error.
-    static Error CreateEmpty(const QString& path);
+    static Result<> CreateEmpty(const QString& path);
 
 private:
-    Error Connect(const QString& path);
-    Error ReadLastInfos();
+    Result<> Connect(const QString& path);
+    Result<> ReadLastInfos();
 
     QString m_programFolder;
     IniUtility& m_ini;
     EventLog& m_log;
     const Clock& m_clock;
 
-    QSqlDatabase m_connection;
+    Sqlite m_file;
     QString m_path;
     QString m_openError;
     QHash<double, QString> m_lastInfos; ///< by `d_Number`

@@ -68,9 +68,9 @@ void DirectionMatrix::Clear() {
     endResetModel();
 }
 
-Database::Error DirectionMatrix::UpdateDataDir(Database& database) {
+Result<> DirectionMatrix::UpdateDataDir(Database& database) {
     if (!database.IsOpen())
-        return QStringLiteral("Can't open Queue database!");
+        return Failure{QStringLiteral("Can't open Queue database!")};
     std::vector<Statement> statements{{QStringLiteral("DELETE FROM [Info-Direction]")}};
     for (const Row& row : m_rows) {
         if (row.displayId == NoDisplay)
@@ -81,12 +81,11 @@ Database::Error DirectionMatrix::UpdateDataDir(Database& database) {
                  {row.displayId, m_counterIds[i], row.directions[i]}});
         }
     }
-    Database::Error error = database.RunTogether(statements);
-    if (error)
-        error = schema::ReadableError(*error);
-    else
-        m_isChanged = false;
-    return error;
+    const Result<> done = database.RunTogether(statements);
+    if (!done)
+        return Failure{schema::ReadableError(done.Error())};
+    m_isChanged = false;
+    return {};
 }
 
 int DirectionMatrix::rowCount(const QModelIndex& parent) const {

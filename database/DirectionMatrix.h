@@ -28,7 +28,7 @@ public:
     void Clear();
 
     /// Stores the whole matrix in place of what table `Info-Direction` holds, all of it or, on an error, nothing.
-    Database::Error UpdateDataDir(Database& database);
+    Result<> UpdateDataDir(Database& database);
 
     /// A choice is not stored yet.
     bool IsChanged() const { return m_isChanged; }

@@ -95,8 +95,8 @@ GridModel::Error GridRecords::Requery() {
     m_rows.clear();
     m_isOpen = m_database.IsOpen();
     if (m_isOpen) {
-        QString problem;
-        auto query = m_database.Select({SelectStatement(m_source.where), m_values}, problem);
+        auto query = m_database.Select({SelectStatement(m_source.where), m_values});
+        QString problem = query.Error();
         while (query && query->next())
             m_rows.push_back(RowOf(*query));
         if (query && query->lastError().isValid())
@@ -153,7 +153,7 @@ GridModel::Error GridRecords::Write(int row, int column, const QString& text) {
 
 GridModel::Error GridRecords::Insert(int column, const QVariant& value) {
     const GridColumn& written = m_columns[static_cast<std::size_t>(column)];
-    QSqlQuery query(m_database.Connection());
+    QSqlQuery query(m_database.File().Connection());
     query.prepare(
         QStringLiteral("INSERT INTO %1 (%2) VALUES (?)").arg(Quoted(m_source.table), Quoted(FieldName(written))));
     query.addBindValue(value);
@@ -178,7 +178,7 @@ GridModel::Error GridRecords::Update(int row, int column, const QVariant& value)
     const GridColumn& written = m_columns[static_cast<std::size_t>(column)];
     const std::size_t tableIndex = m_columnTables[static_cast<std::size_t>(column)];
     const Table& table = m_tables[tableIndex];
-    QSqlQuery query(m_database.Connection());
+    QSqlQuery query(m_database.File().Connection());
     query.prepare(QStringLiteral("UPDATE %1 SET %2 = ? WHERE %3 = ?")
                       .arg(Quoted(table.name), Quoted(FieldName(written)), Quoted(table.key)));
     query.addBindValue(value);
@@ -201,9 +201,8 @@ GridModel::Error GridRecords::Update(int row, int column, const QVariant& value)
 
 void GridRecords::ReadAgain(int row) {
     Row& shown = m_rows[static_cast<std::size_t>(row)];
-    QString problem;
     const QString condition = Quoted(m_source.table) + u'.' + Quoted(m_tables[0].key) + QStringLiteral(" = ?");
-    auto query = m_database.Select({SelectStatement(condition), {shown.keys[0]}}, problem);
+    auto query = m_database.Select({SelectStatement(condition), {shown.keys[0]}});
     if (!query)
         return;
     if (!query->next()) {
@@ -221,7 +220,7 @@ GridModel::Error GridRecords::Remove(int row) {
         return ClosedText();
     if (!m_source.canRemove || row < 0 || row >= RecordCount())
         return std::nullopt;
-    QSqlQuery query(m_database.Connection());
+    QSqlQuery query(m_database.File().Connection());
     query.prepare(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(Quoted(m_source.table), Quoted(m_tables[0].key)));
     query.addBindValue(m_rows[static_cast<std::size_t>(row)].keys[0]);
     if (!query.exec())

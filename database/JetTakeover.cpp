@@ -3,6 +3,7 @@
 #include "core/EventLog.h"
 #include "database/ImporterRun.h"
 #include "database/Schema.h"
+#include "database/Sqlite.h"
 #include "database/StoreKind.h"
 #include "platform/Dialogs.h"
 
@@ -108,31 +109,6 @@ QString Swap(const QString& file, const QString& temporary, const QString& kept)
     return {};
 }
 
-/// Removes a connection of Qt's list when it goes out of scope.
-class Connection {
-public:
-    explicit Connection(const QString& path)
-        : m_name(QUuid::createUuid().toString())
-        , Database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name)) {
-        // Another program's writing is waited for as long as when the store is opened.
-        Database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=25000"));
-        Database.setDatabaseName(path);
-    }
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
-    ~Connection() {
-        Database.close();
-        Database = {};
-        QSqlDatabase::removeDatabase(m_name);
-    }
-
-private:
-    QString m_name;
-
-public:
-    QSqlDatabase Database;
-};
-
 QString Native(const QString& path) {
     return QDir::toNativeSeparators(path);
 }
@@ -150,11 +126,10 @@ JetTakeover::JetTakeover(Dialogs& dialogs, Clock& clock, EventLog& log, QString 
 JetTakeover::~JetTakeover() = default;
 
 QString JetTakeover::StoreFault(const QString& path) {
-    const Connection connection(path);
-    QSqlDatabase database = connection.Database;
-    if (!database.open())
-        return QStringLiteral("It cannot be opened: %1.").arg(database.lastError().databaseText());
-    QSqlQuery query(database);
+    Sqlite file;
+    if (const auto opened = file.Open(path); !opened)
+        return QStringLiteral("It cannot be opened: %1.").arg(opened.Error());
+    QSqlQuery query(file.Connection());
     // Values outside their column's range are the loaders' business.
     query.exec(QStringLiteral("PRAGMA ignore_check_constraints = ON"));
     if (!query.exec(QStringLiteral("PRAGMA quick_check(1)")) || !query.next()) {
@@ -167,7 +142,7 @@ QString JetTakeover::StoreFault(const QString& path) {
     if (verdict != QStringLiteral("ok"))
         return QStringLiteral("It is damaged: %1.").arg(verdict);
     query.finish();
-    const QStringList present = database.tables();
+    const QStringList present = file.Connection().tables();
     QStringList missing;
     for (const schema::Table& table : schema::Tables()) {
         const QString name = QString::fromLatin1(table.name);

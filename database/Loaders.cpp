@@ -69,9 +69,9 @@ Loaders::Loaders(Database& database, const TicketRecords& tickets, model::Instal
     , m_log(log) {}
 
 std::optional<std::vector<Loaders::Row>> Loaders::Read(const Statement& statement, const char* table) const {
-    QString error;
     std::vector<Row> rows;
-    std::optional<QSqlQuery> query = m_database.Select(statement, error);
+    auto query = m_database.Select(statement);
+    QString error = query.Error();
     if (query) {
         const int count = query->record().count();
         while (query->next()) {

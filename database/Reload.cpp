@@ -9,24 +9,6 @@
 
 #include <algorithm>
 
-/// While it lives all queries see one state of the store.
-class Reload::ReadLock {
-public:
-    explicit ReadLock(Database& database)
-        : m_database(database)
-        , m_isHeld(!database.Run({QStringLiteral("BEGIN")})) {}
-    ~ReadLock() {
-        if (m_isHeld)
-            m_database.Run({QStringLiteral("COMMIT")});
-    }
-    ReadLock(const ReadLock&) = delete;
-    ReadLock& operator=(const ReadLock&) = delete;
-
-private:
-    Database& m_database;
-    bool m_isHeld;
-};
-
 namespace {
 
 QCoro::Task<> Warn(Dialogs& dialogs, int times) {
@@ -50,7 +32,8 @@ Reload::Outcome Reload::ReloadAll() {
     if (!m_database.IsOpen())
         return Outcome::NoDatabase;
     // Everything is read before the model is touched.
-    std::optional<ReadLock> lock(m_database);
+    std::optional<Transaction> lock;
+    lock.emplace(m_database.File(), Transaction::Kind::Read);
     const auto services = m_loaders.ReadServices(true);
     const auto counters = services ? m_loaders.ReadCounters() : std::nullopt;
     const auto directions = counters ? m_loaders.ReadDirections() : std::nullopt;
@@ -83,7 +66,8 @@ QCoro::Task<bool> Reload::ReloadServices(Dialogs& dialogs) {
 QCoro::Task<bool> Reload::RefreshIfChanged(Dialogs& dialogs) {
     if (!DbChanged)
         co_return true;
-    std::optional<ReadLock> lock(m_database);
+    std::optional<Transaction> lock;
+    lock.emplace(m_database.File(), Transaction::Kind::Read);
     const auto counters = m_loaders.ReadCounters();
     const auto services = counters ? m_loaders.ReadServices(false) : std::nullopt;
     const auto scanPlan = services ? m_loaders.ReadScanPlan() : std::nullopt;

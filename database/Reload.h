@@ -58,8 +58,6 @@ public:
     bool DbChanged = false;
 
 private:
-    class ReadLock;
-
     /// @return how many of the rows are of services that are not loaded.
     int RefreshServices(const std::vector<Loaders::ServiceRow>& rows);
 

@@ -22,15 +22,15 @@ public:
     /// Deletes all tickets of `year` and of the years before it. Like all deletes here it is one transaction: all rows
     /// go or none. Everything else goes on meanwhile; nobody may write to the store until it is done.
     /// @param year 0 to 9999.
-    QCoro::Task<Database::Error> DeleteYears(int year, Progress progress);
+    QCoro::Task<Result<>> DeleteYears(int year, Progress progress);
 
     /// Deletes the tickets from the beginning of day `from` up to the beginning of day `end`, those stamped exactly
     /// with that midnight included. @param from not valid for all that are older than `end`.
-    QCoro::Task<Database::Error> DeleteDays(QDate from, QDate end, Progress progress);
+    QCoro::Task<Result<>> DeleteDays(QDate from, QDate end, Progress progress);
 
 private:
-    QCoro::Task<Database::Error> Delete(QString condition, QVariantList values, Progress progress);
-    qint64 Number(const Statement& query, Database::Error& error) const;
+    QCoro::Task<Result<>> Delete(QString condition, QVariantList values, Progress progress);
+    Result<qint64> Number(const Statement& query) const;
 
     Database& m_database;
     Clock& m_clock;

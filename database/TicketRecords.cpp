@@ -44,11 +44,11 @@ std::optional<qint32> TicketRecords::GetMaxTicket(qint32 serviceId) const {
         statement.text += QStringLiteral(" AND ServiceId=?");
         statement.values += serviceId;
     }
-    QString error;
-    std::optional<QSqlQuery> query = m_database.Select(statement, error);
+    auto query = m_database.Select(statement);
     if (!query || !query->next()) {
-        m_log.WriteLog(QStringLiteral("Load database: rData: %1").arg(query ? query->lastError().text() : error),
-                       EventLog::Error);
+        m_log.WriteLog(
+            QStringLiteral("Load database: rData: %1").arg(query ? query->lastError().text() : query.Error()),
+            EventLog::Error);
         return std::nullopt;
     }
     RowReader read(m_log, QStringLiteral("MAX"));
@@ -77,8 +77,7 @@ std::optional<qint16> TicketRecords::RecoverTickets() {
 }
 
 std::optional<std::vector<TicketRecords::Ticket>> TicketRecords::ReadWaiting() const {
-    QString error;
-    auto rows = m_database.Select({QStringLiteral("SELECT * FROM [rData] WHERE NOT [Announced] ORDER BY [ID]")}, error);
+    auto rows = m_database.Select({QStringLiteral("SELECT * FROM [rData] WHERE NOT [Announced] ORDER BY [ID]")});
     std::vector<Ticket> tickets;
     // A store that could not be upgraded lacks the later columns.
     const QSqlRecord columns = rows ? rows->record() : QSqlRecord();
@@ -104,8 +103,9 @@ std::optional<std::vector<TicketRecords::Ticket>> TicketRecords::ReadWaiting() c
     }
     if (rows && !rows->lastError().isValid())
         return tickets;
-    m_log.WriteLog(QStringLiteral("Load database: rData: %1").arg(rows ? rows->lastError().databaseText() : error),
-                   EventLog::Error);
+    m_log.WriteLog(
+        QStringLiteral("Load database: rData: %1").arg(rows ? rows->lastError().databaseText() : rows.Error()),
+        EventLog::Error);
     return std::nullopt;
 }
 
@@ -133,9 +133,7 @@ model::TicketEntry TicketRecords::GetLastTicket(quint8 number) const {
     const qint32 id = m_database.LastInfo(number).toInt(&isNumber);
     if (!isNumber)
         return entry;
-    QString error;
-    auto row =
-        m_database.Select({QStringLiteral("SELECT [TicketNo],[ServiceId] FROM [rData] WHERE [ID]=?"), {id}}, error);
+    auto row = m_database.Select({QStringLiteral("SELECT [TicketNo],[ServiceId] FROM [rData] WHERE [ID]=?"), {id}});
     if (!row || !row->next())
         return entry;
     RowReader read(m_log, id);
@@ -151,7 +149,7 @@ model::TicketEntry TicketRecords::GetLastTicket(quint8 number) const {
     return entry;
 }
 
-Database::Error TicketRecords::ClearTicketRecords() {
+Result<> TicketRecords::ClearTicketRecords() {
     return m_database.RunTogether({
         {QStringLiteral("DELETE FROM [rData]")},
         {QStringLiteral("Update [Display] SET LastInfo=''")},

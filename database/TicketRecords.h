@@ -35,7 +35,7 @@ public:
     model::TicketEntry GetLastTicket(quint8 number) const;
 
     /// Deletes all rows of `rData` and empties every `LastInfo`, both or none.
-    Database::Error ClearTicketRecords();
+    Result<> ClearTicketRecords();
 
     /// Hour, minute and second as seconds after midnight; 0 for an invalid moment.
     static float SecondsOfDay(const QDateTime& moment);

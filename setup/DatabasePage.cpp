@@ -77,13 +77,13 @@ void DatabasePage::Refresh() {
 }
 
 void DatabasePage::Empty() {
-    const auto empty = [this]() -> Database::Error {
+    const auto empty = [this]() -> Result<> {
         if (!TheStation().Store().IsOpen())
-            return QStringLiteral("Can't open Queue database!");
-        Database::Error error = TheStation().Store().EmptyDatabase();
-        if (!error)
+            return Failure{QStringLiteral("Can't open Queue database!")};
+        Result<> emptied = TheStation().Store().EmptyDatabase();
+        if (emptied)
             Records().directions.Clear();
-        return error;
+        return emptied;
     };
     AskAndDo(BoxKind::Critical, QStringLiteral("Are you sure You want to delete all database?"), empty, [this] {
         Records().UpdateAll();
@@ -126,22 +126,22 @@ void DatabasePage::AddServiceCounter() {
         return;
     }
     const qint32 serviceId = m_ui->TDBGridQueue->CurrentNumber(ServiceId);
-    bool served = false;
-    if (const Database::Error error = Records().assignments.CheckCounterServed(counterId, serviceId, served)) {
-        Warn(*error);
+    const Result<bool> served = Records().assignments.IsCounterServed(counterId, serviceId);
+    if (!served) {
+        Warn(served.Error());
         return;
     }
-    if (served) {
+    if (*served) {
         Warn(QStringLiteral("Counter was assigned. "));
         return;
     }
-    const auto add = [=, this]() -> Database::Error {
+    const auto add = [=, this]() -> Result<> {
         if (counterId < 1 || serviceId < 1)
-            return std::nullopt;
-        Database::Error error = Records().assignments.AddServiceCounter(serviceId, counterId);
-        if (!error)
+            return {};
+        Result<> added = Records().assignments.AddServiceCounter(serviceId, counterId);
+        if (added)
             TheStation().NoteStoreChanged();
-        return error;
+        return added;
     };
     Do(add, [this] { LoadQueueDisplay(); });
 }

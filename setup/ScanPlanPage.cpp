@@ -51,16 +51,16 @@ void ScanPlanPage::Remove() {
 
 void ScanPlanPage::Clear() {
     const auto clear = [this] {
-        return TheStation().Store().IsOpen() ? Records().assignments.ClearPlan() : std::nullopt;
+        return TheStation().Store().IsOpen() ? Records().assignments.ClearPlan() : Result<>();
     };
     AskAndDo(BoxKind::Exclamation, QStringLiteral("Are you sure you want to delete all scan list?"), clear,
              [this] { Records().RequeryPlan(); });
 }
 
 void ScanPlanPage::BuildAuto() {
-    const auto build = [this]() -> Database::Error {
+    const auto build = [this]() -> Result<> {
         if (!TheStation().Store().IsOpen())
-            return std::nullopt;
+            return {};
         std::vector<qint32> ids;
         for (int row = 0; row < Records().rsDisplayList.RecordCount(); ++row)
             ids.push_back(Records().rsDisplayList.Key(row).toInt());

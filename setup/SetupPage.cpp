@@ -30,11 +30,11 @@ void SetupPage::OnClick(QPushButton* button, const std::function<void()>& action
 }
 
 void SetupPage::Do(const Change& change, const Show& show) {
-    const Database::Error error = change();
+    const Result<> done = change();
     show();
     m_records->NoteChange();
-    if (error)
-        Warn(*error);
+    if (!done)
+        Warn(done.Error());
 }
 
 void SetupPage::AskAndDo(BoxKind kind, const QString& question, const Change& change, const Show& show) {

@@ -25,7 +25,7 @@ public:
     virtual void ShowBusy(bool busy) = 0;
 
 protected:
-    using Change = std::function<Database::Error()>;
+    using Change = std::function<Result<>()>;
     using Show = std::function<void()>;
 
     /// Connects the controls with the records; called once, before the records are read.

@@ -34,9 +34,9 @@ QCoro::Task<Outcome> DataMaintenance::Run(Work work) {
         m_isRunning = false;
         Q_EMIT Progress(0, 0);
     });
-    const Database::Error error = co_await work();
-    if (error)
-        co_return Outcome::Failed(QStringLiteral("Nothing was deleted: %1").arg(*error));
+    const Result<> deleted = co_await work();
+    if (!deleted)
+        co_return Outcome::Failed(QStringLiteral("Nothing was deleted: %1").arg(deleted.Error()));
     co_return Outcome::Done(BoxKind::Information, QStringLiteral("Done."));
 }
 

@@ -33,7 +33,7 @@ Q_SIGNALS:
     void Progress(qint64 done, qint64 total);
 
 private:
-    using Work = std::function<QCoro::Task<Database::Error>()>;
+    using Work = std::function<QCoro::Task<Result<>>()>;
 
     QCoro::Task<Outcome> Run(Work work);
     TicketArchive::Progress OnProgress();

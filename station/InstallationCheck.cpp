@@ -79,8 +79,7 @@ void InstallationCheck::Add(const char* table, qint32 key, const char* field, co
 
 std::vector<InstallationCheck::ActiveRow> InstallationCheck::ActiveRows(const QString& statement) const {
     std::vector<ActiveRow> rows;
-    QString problem;
-    auto query = m_database.Select({statement}, problem);
+    auto query = m_database.Select({statement});
     while (query && query->next())
         rows.push_back({query->value(0).toInt(), query->value(1).toString(), query->value(2), query->value(3)});
     return rows;

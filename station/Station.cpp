@@ -121,8 +121,8 @@ QCoro::Task<> Station::ReadSettings() {
 QString Station::OfferedStore() {
     const QString path = ProgramFolder + QStringLiteral("/Harbinet.mdb");
     if (!QFileInfo::exists(path)) {
-        if (const std::optional<QString> error = Database::CreateEmpty(path))
-            log.WriteLog(QStringLiteral("%1 could not be made: %2").arg(path, *error), EventLog::Error);
+        if (const Result<> made = Database::CreateEmpty(path); !made)
+            log.WriteLog(QStringLiteral("%1 could not be made: %2").arg(path, made.Error()), EventLog::Error);
     }
     return path;
 }
@@ -208,8 +208,8 @@ QCoro::Task<Outcome> Station::ReloadDirections() {
 }
 
 Outcome Station::StoreDirections(DirectionMatrix& directions) {
-    if (const Database::Error error = directions.UpdateDataDir(database))
-        return Outcome::Failed(*error);
+    if (const Result<> updated = directions.UpdateDataDir(database); !updated)
+        return Outcome::Failed(updated.Error());
     if (const std::optional<qint16> count = loaders.LoadDirections())
         installation->NumDirections = *count;
     return Outcome::Done(BoxKind::Plain, QStringLiteral("Update Done."));
@@ -344,8 +344,8 @@ QCoro::Task<Outcome> Station::ResetSystem() {
     return Alone([this]() -> QCoro::Task<Outcome> {
         const std::function<bool()> isCancelled = [this] { return init.IsCancelled(); };
         co_await starts.BroadcastResetAndTime(isCancelled);
-        if (const Database::Error error = tickets.ClearTicketRecords()) {
-            const QString problem = tr("The tickets could not be deleted: %1").arg(*error);
+        if (const Result<> cleared = tickets.ClearTicketRecords(); !cleared) {
+            const QString problem = tr("The tickets could not be deleted: %1").arg(cleared.Error());
             log.WriteLog(problem, EventLog::Error);
             co_await dialogs.ShowMessage(BoxKind::Exclamation, problem);
         }

@@ -5,14 +5,12 @@
 //               Vietnamese letters go into the store in VNI.
 
 #include "database/Schema.h"
+#include "database/Sqlite.h"
 #include "tickets/VniText.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
 
 #include <cstdio>
 
@@ -46,28 +44,23 @@ int main(int argc, char** argv) {
     if (!statements.open(QIODevice::ReadOnly))
         return Fail(QStringLiteral("%1: %2").arg(arguments[2], statements.errorString()));
 
-    QSqlDatabase store = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
-    store.setDatabaseName(arguments[1]);
-    if (!store.open())
-        return Fail(store.lastError().text());
-    QSqlQuery query(store);
-    store.transaction();
+    Sqlite store;
+    if (const Result<> opened = store.Open(arguments[1], Sqlite::Mode::Create); !opened)
+        return Fail(opened.Error());
+    Transaction filling(store, Transaction::Kind::Write);
     for (const QString& statement : schema::CreateStatements()) {
-        if (!query.exec(statement))
-            return Fail(statement + QStringLiteral(": ") + query.lastError().text());
+        if (const Result<> done = store.Run({statement}); !done)
+            return Fail(statement + QStringLiteral(": ") + done.Error());
     }
-    int number = 0;
-    while (!statements.atEnd()) {
+    for (int number = 1; !statements.atEnd(); ++number) {
         const QString line = QString::fromUtf8(statements.readLine()).trimmed();
-        ++number;
         if (line.isEmpty() || line.startsWith(QStringLiteral("--")))
             continue;
-        if (!query.exec(vni::FromUnicode(line)))
-            return Fail(QStringLiteral("%1, line %2: %3").arg(arguments[2]).arg(number).arg(query.lastError().text()));
+        if (const Result<> done = store.Run({vni::FromUnicode(line)}); !done)
+            return Fail(QStringLiteral("%1, line %2: %3").arg(arguments[2]).arg(number).arg(done.Error()));
     }
-    query.finish();
-    if (!store.commit())
-        return Fail(store.lastError().text());
+    if (const Result<> done = filling.Commit(); !done)
+        return Fail(done.Error());
     const QString font = QFileInfo(arguments[1]).absolutePath() + QStringLiteral("/VNI-ZR.bin");
     return MakeFont(font) ? 0 : Fail(QStringLiteral("%1 could not be written").arg(font));
 }

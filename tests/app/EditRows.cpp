@@ -34,16 +34,16 @@ public:
         m_services.Requery();
         m_objects.Requery();
         if (m_services.RecordCount() == 0)
-            Empty();
+            (void)Empty();
     }
 
     /// One change. @return false if the store refuses it.
     bool Step() {
         switch (m_random() % 40) {
         case 0:
-            return !Empty();
+            return static_cast<bool>(Empty());
         case 1:
-            return !m_assignments.ClearPlan();
+            return static_cast<bool>(m_assignments.ClearPlan());
         case 2:
         case 3:
             return BuildPlan();
@@ -55,10 +55,10 @@ public:
     }
 
 private:
-    Database::Error Empty() {
-        Database::Error error = m_database.EmptyDatabase();
-        if (!error) {
-            error = m_database.RunTogether({
+    Result<> Empty() {
+        Result<> done = m_database.EmptyDatabase();
+        if (done) {
+            done = m_database.RunTogether({
                 {QStringLiteral("INSERT INTO Queue (q_Name, q_Number) VALUES ('1', 1)")},
                 {QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 15) INSERT "
                                 "INTO Display (d_Number, d_Type) SELECT i, CASE i % 3 WHEN 0 THEN 3 WHEN 1 THEN 0 "
@@ -67,7 +67,7 @@ private:
         }
         m_services.Requery();
         m_objects.Requery();
-        return error;
+        return done;
     }
 
     bool BuildPlan() {
@@ -75,7 +75,7 @@ private:
         for (int row = 0; row < m_objects.RecordCount(); ++row)
             ids.push_back(m_objects.Key(row).toInt());
         ids.resize(m_random() % 2 == 0 ? 10 : 15);
-        return !m_assignments.BuildPlan(ids);
+        return static_cast<bool>(m_assignments.BuildPlan(ids));
     }
 
     bool UpdateDirections() {
@@ -85,7 +85,7 @@ private:
             for (int column = 1; column < m_matrix.columnCount(); ++column)
                 m_matrix.Write(row, column, direction);
         }
-        return !m_matrix.UpdateDataDir(m_database);
+        return static_cast<bool>(m_matrix.UpdateDataDir(m_database));
     }
 
     bool EditService() {
@@ -128,7 +128,7 @@ int main(int argc, char** argv) {
     QApplication application(argc, argv);
     const QString path = QApplication::arguments().value(1);
     if (!QFileInfo::exists(path))
-        Database::CreateEmpty(path);
+        (void)Database::CreateEmpty(path);
     Editor editor(path);
     QTimer editing;
     bool hasWritten = false;

@@ -96,9 +96,7 @@ TEST(Database, FindsTicketsByIndexInAnyStoreThatItOpened) {
         {"SELECT [q_Id] FROM [Queue-Display] WHERE [d_Id]=1 ORDER BY rowid", "INDEX QueueDisplay_Object"},
     };
     for (const auto& [statement, index] : plans) {
-        QString error;
-        auto query =
-            world.database.Select({QStringLiteral("EXPLAIN QUERY PLAN ") + QString::fromLatin1(statement)}, error);
+        auto query = world.database.Select({QStringLiteral("EXPLAIN QUERY PLAN ") + QString::fromLatin1(statement)});
         ASSERT_TRUE(query && query->next()) << statement;
         const QString plan = query->value(3).toString();
         EXPECT_TRUE(plan.contains(QString::fromLatin1(index))) << statement << ": " << qPrintable(plan);
@@ -171,16 +169,16 @@ TEST(Database, EmptiesAllTablesOrNone) {
         "+(SELECT COUNT(*) FROM Hub)+(SELECT COUNT(*) FROM [Info-Direction])+(SELECT COUNT(*) FROM ScanPlan)"
         "+(SELECT COUNT(*) FROM rData)+(SELECT COUNT(*) FROM qData)");
     world.Sql(QStringLiteral("CREATE TRIGGER keep BEFORE DELETE ON rData BEGIN SELECT RAISE(FAIL, 'kept'); END"));
-    EXPECT_EQ(world.database.EmptyDatabase(), QStringLiteral("kept"));
+    EXPECT_EQ(world.database.EmptyDatabase().Error(), QStringLiteral("kept"));
     EXPECT_EQ(world.Values(count), QStringLiteral("8"));
     world.Sql(QStringLiteral("DROP TRIGGER keep"));
-    EXPECT_EQ(world.database.EmptyDatabase(), std::nullopt);
+    EXPECT_TRUE(world.database.EmptyDatabase());
     EXPECT_EQ(world.Values(count), QStringLiteral("0"));
 
     world.Sql(QStringLiteral("INSERT INTO Queue DEFAULT VALUES"));
     EXPECT_EQ(world.Values(QStringLiteral("SELECT q_Id FROM Queue")), QStringLiteral("2")) << "a key was given twice";
     world.database.CloseDatabase();
-    EXPECT_NE(world.database.EmptyDatabase(), std::nullopt);
+    EXPECT_FALSE(world.database.EmptyDatabase());
 }
 
 TEST(Database, MakesAnEmptyStoreWithDefaultsThatRefusesWhatDoesNotFit) {
@@ -191,13 +189,13 @@ TEST(Database, MakesAnEmptyStoreWithDefaultsThatRefusesWhatDoesNotFit) {
     EXPECT_EQ(world.Values(QStringLiteral("SELECT d_VoiceLocal FROM Display")), QStringLiteral("0,null"));
     EXPECT_EQ(world.Values(QStringLiteral("SELECT d_HubId FROM Display")), QStringLiteral("0,null"));
 
-    const Database::Error refusal = world.database.Run({QStringLiteral("UPDATE Display SET d_Address=256")});
-    EXPECT_EQ(schema::ReadableError(refusal.value_or(QString())),
-              QStringLiteral("d_Address takes a whole number from 0 to 255."));
+    const Result<> refusal = world.database.Run({QStringLiteral("UPDATE Display SET d_Address=256")});
+    EXPECT_EQ(schema::ReadableError(refusal.Error()), QStringLiteral("d_Address takes a whole number from 0 to 255."));
 
-    EXPECT_EQ(Database::CreateEmpty(world.store), QStringLiteral("%1: The file exists already.").arg(world.store));
+    EXPECT_EQ(Database::CreateEmpty(world.store).Error(),
+              QStringLiteral("%1: The file exists already.").arg(world.store));
     EXPECT_EQ(world.Values(QStringLiteral("SELECT COUNT(*) FROM Display")), QStringLiteral("2"));
-    EXPECT_NE(Database::CreateEmpty(world.folder.filePath(QStringLiteral("missing/a.mdb"))), std::nullopt);
+    EXPECT_FALSE(Database::CreateEmpty(world.folder.filePath(QStringLiteral("missing/a.mdb"))));
     world.database.CloseDatabase();
     EXPECT_EQ(QDir(world.folder.path()).entryList(QDir::Files), QStringList({QStringLiteral("Harbinet.mdb")}));
 }

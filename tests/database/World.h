@@ -20,21 +20,20 @@ class World {
 public:
     explicit World(bool opens = true) {
         ::QObject::connect(&log, &EventLog::Written, &log, [this](const QString& message) { lines += message; });
-        EXPECT_FALSE(Database::CreateEmpty(store));
+        EXPECT_TRUE(Database::CreateEmpty(store));
         if (opens)
             database.OpenDatabase(store);
     }
 
     void Sql(const QString& statement) {
-        const Database::Error error = database.Run({statement});
-        EXPECT_FALSE(error) << qPrintable(statement) << ": " << qPrintable(error.value_or(QString()));
+        const Result<> done = database.Run({statement});
+        EXPECT_TRUE(done) << qPrintable(statement) << ": " << qPrintable(done.Error());
     }
 
     /// The first column of all rows, joined by commas; a null is "null".
     QString Values(const QString& statement) {
-        QString error;
-        auto query = database.Select({statement}, error);
-        EXPECT_TRUE(query) << qPrintable(error);
+        auto query = database.Select({statement});
+        EXPECT_TRUE(query) << qPrintable(query.Error());
         QStringList values;
         while (query && query->next())
             values += query->value(0).isNull() ? QStringLiteral("null") : query->value(0).toString();

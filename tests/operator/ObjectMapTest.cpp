@@ -95,8 +95,8 @@ TEST_F(ObjectMapTest, WhatIsSentToAnObjectIsWrittenOnItsPicture) {
     EXPECT_EQ(m_map.Picture(2).grab().toImage(), withoutLamp);
     // Another object in the same place begins with an empty picture; the same one keeps its value.
     Q_EMIT m_station.starts.UpdateObjectDisplay(0, 0, 1, {});
-    ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name='renamed' WHERE d_Id=1")}));
-    ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_On=0 WHERE d_Id=3")}));
+    ASSERT_TRUE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name='renamed' WHERE d_Id=1")}));
+    ASSERT_TRUE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_On=0 WHERE d_Id=3")}));
     EXPECT_TRUE(Await(m_station.RefreshModel()).IsDone());
     EXPECT_EQ(Written(0), "0001");
     EXPECT_EQ(Written(2), "");

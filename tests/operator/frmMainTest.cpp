@@ -269,7 +269,7 @@ TEST_F(frmMainTest, ComingBackToItTakesUpWhatWasEdited) {
     QWidget other;
     other.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
-    ASSERT_FALSE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name='New' WHERE d_Id=1")}));
+    ASSERT_TRUE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name='New' WHERE d_Id=1")}));
     m_station.reload.DbChanged = true;
     m_window->activateWindow();
     ASSERT_TRUE(WaitUntil([&] { return !m_station.reload.DbChanged; }));

@@ -31,16 +31,15 @@ protected:
     }
 
     void Run(const QString& statement) {
-        const Database::Error error = m_station.database.Run({statement});
-        ASSERT_FALSE(error.has_value()) << qPrintable(*error);
+        const Result<> done = m_station.database.Run({statement});
+        ASSERT_TRUE(done) << qPrintable(done.Error());
     }
 
     /// The rows of a query, values joined by "," and rows by "|".
     QString Stored(const QString& query) {
-        QString problem;
         QStringList rows;
-        auto result = m_station.database.Select({query}, problem);
-        EXPECT_TRUE(result.has_value()) << qPrintable(problem);
+        auto result = m_station.database.Select({query});
+        EXPECT_TRUE(result) << qPrintable(result.Error());
         while (result && result->next()) {
             QStringList values;
             for (int i = 0; i < result->record().count(); ++i)

@@ -39,8 +39,8 @@ protected:
     }
 
     void Run(const QString& statement) {
-        const Database::Error error = m_database.Run({statement});
-        ASSERT_FALSE(error.has_value()) << qPrintable(*error);
+        const Result<> done = m_database.Run({statement});
+        ASSERT_TRUE(done) << qPrintable(done.Error());
     }
 
     QTemporaryDir m_folder;

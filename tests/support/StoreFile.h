@@ -11,8 +11,8 @@
 
 /// A new store of the full schema at `path`, with what `statements` put into it.
 inline void MakeStore(const QString& path, const QStringList& statements) {
-    const Database::Error error = Database::CreateEmpty(path);
-    ASSERT_FALSE(error.has_value()) << qPrintable(*error);
+    const Result<> done = Database::CreateEmpty(path);
+    ASSERT_TRUE(done) << qPrintable(done.Error());
     {
         QSqlDatabase store = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("MakeStore"));
         store.setDatabaseName(path);

@@ -21,7 +21,7 @@ protected:
         QStringList rows;
         for (std::size_t i = 0; i < std::size(moments); ++i)
             rows += QStringLiteral("(%1, '%2')").arg(i + 1).arg(QString::fromLatin1(moments[i]));
-        ASSERT_FALSE(m_station.database.RunTogether(
+        ASSERT_TRUE(m_station.database.RunTogether(
             {{QStringLiteral("DELETE FROM qData")},
              {QStringLiteral("INSERT INTO qData (ID, DateTime) VALUES ") + rows.join(u',')},
              {QStringLiteral("INSERT INTO qData (ID, DateTime) VALUES (10, NULL)")}}));
@@ -29,10 +29,9 @@ protected:
 
     /// The numbers of the tickets that are left, as one text.
     QString Left() const {
-        QString problem;
         auto rows = m_station.database.Select(
-            {QStringLiteral("SELECT group_concat(ID, ' ') FROM (SELECT ID FROM qData ORDER BY ID)")}, problem);
-        return rows && rows->next() ? rows->value(0).toString() : problem;
+            {QStringLiteral("SELECT group_concat(ID, ' ') FROM (SELECT ID FROM qData ORDER BY ID)")});
+        return rows && rows->next() ? rows->value(0).toString() : rows.Error();
     }
 
     DataMaintenance& m_maintenance = m_station.Maintenance();

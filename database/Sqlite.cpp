@@ -1,0 +1,77 @@
+#include "database/Sqlite.h"
+
+#include <QFileInfo>
+#include <QSqlError>
+#include <QUrl>
+#include <QUuid>
+
+Result<> Sqlite::Open(const QString& path, Mode mode) {
+    Close();
+    // A name of its own lets any number be open.
+    m_connection =
+        QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QUuid::createUuid().toString(QUuid::WithoutBraces));
+    m_connection.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=25000"));
+    const QByteArray url = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded();
+    m_connection.setDatabaseName(QString::fromLatin1(url) +
+                                 (mode == Mode::Create ? QStringLiteral("?mode=rwc") : QStringLiteral("?mode=rw")));
+    if (m_connection.open())
+        return {};
+    const Failure failure{m_connection.lastError().databaseText()};
+    Close();
+    return failure;
+}
+
+void Sqlite::Close() {
+    if (!m_connection.isValid())
+        return;
+    const QString name = m_connection.connectionName();
+    m_connection.close();
+    m_connection = QSqlDatabase();
+    QSqlDatabase::removeDatabase(name);
+}
+
+Result<QSqlQuery> Sqlite::Select(const Statement& statement) const {
+    if (!IsOpen())
+        return Failure{QStringLiteral("The database is closed.")};
+    QSqlQuery query(m_connection);
+    query.setForwardOnly(true);
+    bool isGood = query.prepare(statement.text);
+    for (const QVariant& value : statement.values)
+        query.addBindValue(value);
+    isGood = isGood && query.exec();
+    if (!isGood)
+        return Failure{query.lastError().databaseText()};
+    return Result<QSqlQuery>(std::move(query));
+}
+
+Result<> Sqlite::Run(const Statement& statement) const {
+    const auto query = Select(statement);
+    return query ? Result<>() : Failure{query.Error()};
+}
+
+Result<> Sqlite::RunTogether(const std::vector<Statement>& statements) const {
+    Transaction transaction(*this, Transaction::Kind::Write);
+    if (!transaction.Begun())
+        return transaction.Begun();
+    for (const Statement& statement : statements) {
+        if (const Result<> done = Run(statement); !done)
+            return done;
+    }
+    return transaction.Commit();
+}
+
+Transaction::Transaction(const Sqlite& file, Kind kind)
+    : m_file(file)
+    , m_begun(file.Run({kind == Kind::Write ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN")}))
+    , m_isOpen(static_cast<bool>(m_begun)) {}
+
+Transaction::~Transaction() {
+    if (m_isOpen)
+        (void)m_file.Run({QStringLiteral("ROLLBACK")});
+}
+
+Result<> Transaction::Commit() {
+    Result<> done = m_file.Run({QStringLiteral("COMMIT")});
+    m_isOpen = !done;
+    return done;
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "platform/Result.h"
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <QVariant>
+
+#include <vector>
+
+/// A statement with the values for its question marks.
+struct Statement {
+    QString text;
+    QVariantList values = {};
+};
+
+/// One connection to one SQLite file. A failure is what SQLite says; while closed it is "The database is closed."
+class Sqlite {
+public:
+    enum class Mode {
+        Existing, ///< a file that is missing is a failure
+        Create,   ///< a file that is missing is made
+    };
+
+    Sqlite() = default;
+    ~Sqlite() { Close(); }
+    Sqlite(const Sqlite&) = delete;
+    Sqlite& operator=(const Sqlite&) = delete;
+
+    /// Opens the file, closing the one that is open. Another program's writing is waited for up to 25 seconds, here and
+    /// later.
+    Result<> Open(const QString& path, Mode mode = Mode::Existing);
+    /// Nothing happens if it is closed. No query may be in use any more.
+    void Close();
+    bool IsOpen() const { return m_connection.isOpen(); }
+    /// Invalid while closed.
+    const QSqlDatabase& Connection() const { return m_connection; }
+
+    /// Runs one statement without result.
+    Result<> Run(const Statement& statement) const;
+    /// Runs all statements or, if one fails, none.
+    Result<> RunTogether(const std::vector<Statement>& statements) const;
+    /// Runs a query whose rows the caller reads forward. It must be at its end or gone before the file is written to.
+    Result<QSqlQuery> Select(const Statement& statement) const;
+
+private:
+    QSqlDatabase m_connection;
+};
+
+/// A transaction that is rolled back on every road but `Commit`.
+class Transaction {
+public:
+    enum class Kind {
+        Read,  ///< all queries see one state of the file
+        Write, ///< whoever else writes is waited for at the beginning, where nothing has been done yet
+    };
+
+    /// @param file must outlive the transaction, and may be closed before it.
+    Transaction(const Sqlite& file, Kind kind);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    /// Whether it could be begun.
+    const Result<>& Begun() const { return m_begun; }
+    /// To be called once; after a failure everything is as it was.
+    Result<> Commit();
+
+private:
+    const Sqlite& m_file;
+    Result<> m_begun;
+    bool m_isOpen;
+};
