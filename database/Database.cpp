@@ -209,10 +209,8 @@ Result<> Database::CreateEmpty(const QString& path) {
         made = file.RunTogether(statements);
     file.Close();
     // The renaming itself refuses to replace a file that came up meanwhile.
-    if (made && QFile::rename(temporary, path)) {
-        FlushFolderOf(path);
-        return {};
-    }
+    if (made && QFile::rename(temporary, path))
+        return FlushFolderOf(path);
     QFile::remove(temporary);
     if (made && QFileInfo::exists(path))
         return exists;

@@ -77,4 +77,6 @@ TEST(WholeFile, WhatIsNoRegularFileOrTooLargeIsNotRead) {
     EXPECT_TRUE(ReadWhole(path, 99).Error().contains(QStringLiteral("99 bytes")));
     EXPECT_FALSE(WriteWhole(folder.filePath(QStringLiteral("no/such/file")), "x"));
     EXPECT_FALSE(WriteWhole(folder.path(), "x"));
+    WholeFile unbegun(folder.filePath(QStringLiteral("no/such/file")));
+    EXPECT_FALSE(unbegun.Begin() || unbegun.Write("") || unbegun.Finish());
 }
