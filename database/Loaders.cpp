@@ -6,6 +6,7 @@
 #include "database/RowReader.h"
 #include "database/TicketRecords.h"
 
+#include <QHash>
 #include <QSqlError>
 #include <QSqlRecord>
 
@@ -34,10 +35,6 @@ enum DisplayColumn {
 /// What the log calls a row: its key or, in a store that others made, its number.
 const QVariant& KeyOf(const Loaders::Row& row) {
     return row[1].isNull() ? row[0] : row[1];
-}
-
-model::QService& At(std::array<model::QService, model::SlotCount>& services, qint16 index) {
-    return services[static_cast<std::size_t>(index)];
 }
 
 } // namespace
@@ -135,7 +132,7 @@ qint16 Loaders::TakeServices(const std::vector<ServiceRow>& rows) {
         const std::optional<ServiceFields> fields = FieldsOf(row.fields);
         if (!fields)
             continue;
-        model::QService& service = At(m_installation.QServices, count);
+        model::QService& service = m_installation.Service(count);
         service.Id = fields->id;
         fields->CopyTo(service, row.fields);
         service.SeriesIndex = 0;
@@ -159,7 +156,7 @@ bool Loaders::RefreshService(const ServiceRow& row) {
     const qint16 index = m_installation.FindServiceById(fields->id);
     if (index < 0)
         return false;
-    fields->CopyTo(At(m_installation.QServices, index), row.fields);
+    fields->CopyTo(m_installation.Service(index), row.fields);
     return true;
 }
 
@@ -167,27 +164,26 @@ void Loaders::MergeRoutedNumbers() {
     if (!m_options.RoutedSeries)
         return;
     for (qint16 i = 0; i < m_installation.NumServices; ++i) {
-        const model::QService& service = At(m_installation.QServices, i);
+        const model::QService& service = m_installation.Service(i);
         if (service.Route == 0)
             continue;
-        model::QService& target = At(m_installation.QServices, m_installation.FindServiceByNumber(service.Route));
+        model::QService& target = m_installation.Service(m_installation.FindServiceByNumber(service.Route));
         target.NextNumber = std::max(service.NextNumber, target.NextNumber);
     }
 }
 
 void Loaders::AssignSeriesIndexes(qint16 count) {
-    auto& services = m_installation.QServices;
     qint16 next = 0;
     for (qint16 i = 0; i < count; ++i) {
-        model::QService& service = At(services, i);
+        model::QService& service = m_installation.Service(i);
         if (!m_options.RoutedSeries || service.Route == 0)
             service.OwnSeriesIndex = next++;
     }
     for (qint16 i = 0; i < count; ++i) {
-        model::QService& service = At(services, i);
+        model::QService& service = m_installation.Service(i);
         const bool isRouted = m_options.RoutedSeries && service.Route != 0;
         const qint16 owner = isRouted ? m_installation.FindServiceByNumber(service.Route) : i;
-        service.SeriesIndex = At(services, owner).OwnSeriesIndex;
+        service.SeriesIndex = m_installation.Service(owner).OwnSeriesIndex;
     }
 }
 
@@ -202,17 +198,23 @@ std::optional<std::vector<Loaders::CounterRow>> Loaders::ReadCounters() const {
                      "Display");
     if (!rows)
         return std::nullopt;
+    auto assignments =
+        Read({QStringLiteral("SELECT rowid,[ID],[q_Id],[d_Id] FROM [Queue-Display] ORDER BY rowid")}, "Queue-Display");
+    if (!assignments)
+        return std::nullopt;
+    QHash<QString, std::vector<Row>> byObject;
+    for (Row& assignment : *assignments) {
+        const QVariant object = std::exchange(assignment.back(), {});
+        assignment.pop_back();
+        if (!object.isNull())
+            byObject[object.toString()].push_back(std::move(assignment));
+    }
     std::vector<CounterRow> counters;
     for (Row& row : *rows) {
         if (!RowReader::YesNo(row[d_On]))
             continue;
-        auto assignments =
-            Read({QStringLiteral("SELECT rowid,[ID],[q_Id] FROM [Queue-Display] WHERE [d_Id]=? ORDER BY rowid"),
-                  {row[d_Id]}},
-                 "Queue-Display");
-        if (!assignments)
-            return std::nullopt;
-        counters.push_back({std::move(row), std::move(*assignments)});
+        auto served = row[d_Id].isNull() ? std::vector<Row>() : byObject.value(row[d_Id].toString());
+        counters.push_back({std::move(row), std::move(served)});
     }
     return counters;
 }
@@ -238,7 +240,7 @@ qint16 Loaders::TakeCounters(const std::vector<CounterRow>& rows) {
         if (!read.IsGood())
             continue;
 
-        model::QObject& object = m_installation.QObjects[static_cast<std::size_t>(count)];
+        model::QObject& object = m_installation.Object(count);
         object.Id = id;
         object.Direction = direction;
         object.Number = number;
@@ -272,7 +274,7 @@ qint16 Loaders::TakeCounters(const std::vector<CounterRow>& rows) {
 
 void Loaders::TakeAssignments(qint16 index, const std::vector<Row>& assignments) {
     constexpr std::size_t ServiceId = 2;
-    model::QObject& object = m_installation.QObjects[static_cast<std::size_t>(index)];
+    model::QObject& object = m_installation.Object(index);
     object.FirstServiceId = -1;
     object.ServiceCount = 0;
     bool hasFirst = false;
