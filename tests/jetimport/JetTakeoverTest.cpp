@@ -101,8 +101,7 @@ TEST_F(Takeover, ChangesNothingIfTheImporterFails) {
         {"echo half > \"$2\"; kill -SEGV $$", u"The import program broke down while it read the file."_qs},
         {"echo half > \"$2\"; echo error It is broken.; exit 1", u"It is broken."_qs},
         {"echo half > \"$2\"; exit 3", u"The import program ended early (exit code 3)."_qs},
-        {"echo done 0", u"It is no database of this program; it lacks the table(s) Queue, Display, Queue-Display, "
-                        "ScanPlan, Info-Direction, Hub, Message, rData, qData."_qs},
+        {"echo done 0", u"It cannot be opened: unable to open database file."_qs},
         {"echo progress rData 1 9; exec sleep 1000",
          u"The import program made no progress for 1 seconds and was stopped."_qs},
         {"head -c 200000 /dev/zero; exec sleep 1000", u"The import program broke down."_qs},

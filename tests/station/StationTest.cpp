@@ -61,7 +61,7 @@ TEST_F(StationTest, EveryPrinterEndsUpHoldingWhatTheStoreDescribes) {
 TEST_F(StationTest, AnEditIsSentWithTheNextLoad) {
     OpenLine();
     EXPECT_EQ(Told(m_station.SetServiceConfig()), "done Information: Set config to all objects OK.");
-    ASSERT_FALSE(
+    ASSERT_TRUE(
         m_station.database.Run({QStringLiteral("UPDATE Queue SET q_Button = 200, q_Name = 'C' WHERE q_Id = 2")}));
     EXPECT_EQ(Told(m_station.SetServiceConfig()), "done Information: Set config to all objects OK.");
     EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->Buttons(), (std::vector<quint8>{7, 200}));
