@@ -151,7 +151,7 @@ Result<> LimitCalls() {
     // abort() is a signal to itself.
     if (error == 0)
         error = seccomp_rule_add(filter.get(), SCMP_ACT_ERRNO(EPERM), SCMP_SYS(tgkill), 1,
-                                 SCMP_A0(SCMP_CMP_NE, static_cast<scmp_datum_t>(getpid())));
+                                 SCMP_A0(SCMP_CMP_NE, static_cast<scmp_datum_t>(getpid()), 0));
     if (error == 0)
         error = seccomp_load(filter.get());
     return error == 0 ? Result<>() : Refused("seccomp", -error);
