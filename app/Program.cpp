@@ -14,6 +14,7 @@
 #include "utilities/frmOptions.h"
 #include "utilities/frmSetPort.h"
 #include "utilities/frmUtils.h"
+#include "widgets/OutcomeBox.h"
 
 #include <QApplication>
 #include <QDesktopServices>
@@ -65,9 +66,9 @@ QCoro::Task<QString> Program::ChooseDatabase() {
         QString path = co_await m_dialogs.ChooseFile(filter, offered);
         if (path.isEmpty())
             co_return path;
-        // A file that cannot be used has been shown to be so; the user may choose another.
-        const bool usable = co_await m_station->PrepareStore(path);
-        if (usable)
+        // If it cannot be used the user may choose another.
+        const Outcome prepared = co_await ShowOutcome(m_dialogs, m_station->PrepareStore(path));
+        if (prepared.IsDone())
             co_return path;
     }
 }

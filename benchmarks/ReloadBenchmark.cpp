@@ -6,6 +6,8 @@
 #include "core/IniUtility.h"
 #include "core/Installation.h"
 #include "core/Options.h"
+#include "database/Database.h"
+#include "database/Loaders.h"
 #include "database/Reload.h"
 #include "database/TicketRecords.h"
 #include "platform/Clock.h"
@@ -24,8 +26,8 @@ void BenchmarkReload() {
     const auto installation = std::make_unique<model::Installation>();
     Database database(folder.path(), ini, log, clock);
     TicketRecords tickets(database, *installation, log);
-    Loaders loaders(database, tickets, *installation, options, log);
-    Reload reload(database, loaders, tickets, *installation, log);
+    Loaders loaders(database, *installation, options, log);
+    Reload reload(database, loaders, *installation, log);
     database.OpenDatabase(path);
 
     const auto load = [&] {

@@ -8,6 +8,7 @@
 #include <QTime>
 
 #include <limits>
+#include <variant>
 
 namespace {
 
@@ -22,70 +23,16 @@ QTime ReadTime(const QString& text) {
     return {};
 }
 
-/// Reads the keys of one settings file, each over the default that its field holds already.
-class Reader {
-public:
-    Reader(const IniUtility& ini, EventLog& log)
-        : m_ini(ini)
-        , m_log(log) {}
-
-    void Enter(const QString& section) { m_section = section; }
-
-    void Number(const QString& key, qint16& field) const {
-        QString text;
-        if (!m_ini.ReadIni(m_section, key, text))
-            return;
-        const qint32 value = number::LeadingInteger(text);
-        if (value < std::numeric_limits<qint16>::min() || value > std::numeric_limits<qint16>::max()) {
-            m_log.WriteLog(QStringLiteral("Settings: %1 of [%2] is too large: %3").arg(key, m_section, text),
-                           EventLog::Warning);
-            return;
-        }
-        field = static_cast<qint16>(value);
-    }
-
-    void Decimal(const QString& key, double& field) const {
-        QString text;
-        if (m_ini.ReadIni(m_section, key, text))
-            field = number::LeadingDecimal(text);
-    }
-
-    void YesNo(const QString& key, bool& field) const {
-        QString text;
-        if (m_ini.ReadIni(m_section, key, text))
-            field = text.toLower() == QStringLiteral("yes");
-    }
-
-    /// Like `YesNo`, but blanks within quotes do not count.
-    void TrimmedYesNo(const QString& key, bool& field) const {
-        QString text;
-        if (m_ini.ReadIni(m_section, key, text))
-            field = text.trimmed().toLower() == QStringLiteral("yes");
-    }
-
-    void Text(const QString& key, QString& field) const { m_ini.ReadIni(m_section, key, field); }
-
-    /// A time of day; a text that is none is logged, the field stays.
-    void TimeOfDay(const QString& key, std::function<void(QTime)> assign) const {
-        QString text;
-        if (!m_ini.ReadIni(m_section, key, text))
-            return;
-        if (const QTime time = ReadTime(text); time.isValid()) {
-            assign(time);
-            return;
-        }
-        m_log.WriteLog(QStringLiteral("Settings: %1 of [%2] is no time of day: %3").arg(key, m_section, text),
-                       EventLog::Warning);
-    }
-
-private:
-    const IniUtility& m_ini;
-    EventLog& m_log;
-    QString m_section;
-};
-
-QString YesOrNo(bool value) {
+QString TextOf(bool value) {
     return value ? QStringLiteral("yes") : QStringLiteral("no");
+}
+
+QString TextOf(const QString& value) {
+    return value;
+}
+
+QString TextOf(auto value) {
+    return QString::number(value);
 }
 
 QString VoiceTypeName(qint16 voiceType) {
@@ -99,117 +46,176 @@ QString VoiceTypeName(qint16 voiceType) {
     }
 }
 
-void LogOptions(const Options& options, EventLog& log) {
-    const std::pair<QString, QString> lines[] = {
-        {QStringLiteral("WakeupTime="), QString::number(options.WakeupTime)},
-        {QStringLiteral("KeyDelayTime="), QString::number(options.KeyDelayTime)},
-        {QStringLiteral("maxTxFail="), QString::number(options.MaxTxFail)},
-        {QStringLiteral("MaxSilentTime="), QString::number(options.MaxSilentTime)},
-        {QStringLiteral("MultiTicketSeries="), YesOrNo(options.MultiTicketSeries)},
-        {QStringLiteral("DisplayType="), QString::number(options.DisplayType)},
-        {QStringLiteral("MainDisplayType="), QString::number(options.MainDisplayType)},
-        {QStringLiteral("ResetNew="), YesOrNo(options.ResetNew)},
-        {QStringLiteral("Voice Type="), VoiceTypeName(options.VoiceType)},
-        {QStringLiteral("SendConfigOnStart="), YesOrNo(options.SendConfigOnStart)},
-        {QStringLiteral("SendConfigOnError="), YesOrNo(options.SendConfigOnError)},
-        {QStringLiteral("RoutedSeries="), YesOrNo(options.RoutedSeries)},
-    };
-    log.WriteLog(QStringLiteral("**** Options ****"));
-    for (const auto& [name, value] : lines)
-        log.WriteLog(name + value);
+/// How a value is written in the file, where its field does not say that.
+enum class Form {
+    Plain,
+    Trimmed,   ///< a yes/no within which blanks do not count
+    Scrambled, ///< text
+    TimeOfDay, ///< "hhmmss", or seconds after midnight
+    Voice,     ///< not of this file: `ReadVoiceType`
+};
+
+struct Setting {
+    const char* section;
+    const char* key;
+    std::variant<bool Options::*, qint16 Options::*, qint32 Options::*, double Options::*, QString Options::*> field;
+    Form form = Form::Plain;
+    const char* logName = nullptr;   ///< in the option log, in the order of this table
+    const char* editedKey = nullptr; ///< under which `WriteOptions` writes it, in the order of this table
+};
+
+/// The default of each is that of its field.
+const Setting Settings[] = {
+    {"System", "InfoNumLine", &Options::InfoNumLine},
+    {"System", "Schedule", &Options::Schedule},
+    {"System", "End", &Options::EndOfDay, Form::TimeOfDay},
+    {"ReadData", "interval", &Options::ReadInterval},
+    {"ReadData", "Auto", &Options::ReadAuto, Form::Trimmed},
+    {"Setup", "Psd", &Options::Psd, Form::Scrambled},
+    {"Setup", "HourPerDay", &Options::HourPerDay},
+    {"options", "ActiveClients", &Options::ActiveClients, Form::Plain, nullptr, "ActiveClients"},
+    {"options", "SoftKeyDelay", &Options::SoftKeyDelay, Form::Plain, nullptr, "SoftKeyDelay"},
+    {"options", "PassNoNext", &Options::PassNoNext, Form::Plain, nullptr, "PassNoNext"},
+    {"options", "TransferNoNext", &Options::TransferNoNext, Form::Plain, nullptr, "TransferNoNext"},
+    {"options", "WakeupTime", &Options::WakeupTime, Form::Plain, "WakeupTime=", "WakeupTime"},
+    {"options", "KeyDelayTime", &Options::KeyDelayTime, Form::Plain, "KeyDelayTime=", "KeyDelayTime"},
+    {"options", "MaxTxFail", &Options::MaxTxFail, Form::Plain, "maxTxFail=", "maxTxFail "},
+    {"options", "MaxSilentTime", &Options::MaxSilentTime, Form::Plain, "MaxSilentTime=", "MaxSilentTime "},
+    {"options", "MultiTicketSeries", &Options::MultiTicketSeries, Form::Plain,
+     "MultiTicketSeries=", "MultiTicketSeries"},
+    {"options", "DisplayType", &Options::DisplayType, Form::Plain, "DisplayType=", "DisplayType"},
+    {"options", "MainDisplayType", &Options::MainDisplayType, Form::Plain, "MainDisplayType=", "MainDisplayType"},
+    {"AutoReset", "ResetNew", &Options::ResetNew, Form::Plain, "ResetNew=", "ResetNew"},
+    {"AutoReset", "ResetAt", &Options::ResetAt, Form::TimeOfDay, nullptr, "ResetAt"},
+    {nullptr, nullptr, &Options::VoiceType, Form::Voice, "Voice Type="},
+    {"options", "MsgDelay", &Options::MsgDelay},
+    {"options", "PassPosition", &Options::PassPosition},
+    {"options", "CmdRetry", &Options::CmdRetry},
+    {"options", "delayStartup", &Options::DelayStartup},
+    {"options", "RunOverNight", &Options::RunOverNight},
+    {"options", "SendConfigOnStart", &Options::SendConfigOnStart, Form::Plain, "SendConfigOnStart="},
+    {"options", "SendConfigOnError", &Options::SendConfigOnError, Form::Plain, "SendConfigOnError="},
+    {"options", "RoutedSeries", &Options::RoutedSeries, Form::Plain, "RoutedSeries="},
+    {"options", "FromToval", &Options::FromToval},
+    {"AutoDelete", "Enable", &Options::AutoDeleteEnable},
+    {"AutoDelete", "FromYear", &Options::AutoDeleteFromYear},
+};
+
+/// Takes the texts of the file into the fields. What a field cannot hold is logged, and the field stays.
+class Reader {
+public:
+    Reader(EventLog& log, Options& options)
+        : m_log(log)
+        , m_options(options) {}
+
+    void Take(const Setting& setting, const QString& text) const {
+        std::visit([&](auto field) { Take(setting, text, m_options.*field); }, setting.field);
+    }
+
+private:
+    void Take(const Setting& setting, const QString& text, bool& field) const {
+        const QString word = setting.form == Form::Trimmed ? text.trimmed() : text;
+        field = word.toLower() == QStringLiteral("yes");
+    }
+
+    void Take(const Setting& setting, const QString& text, qint16& field) const {
+        const qint32 value = number::LeadingInteger(text);
+        if (value < std::numeric_limits<qint16>::min() || value > std::numeric_limits<qint16>::max())
+            Refuse(setting, "is too large", text);
+        else
+            field = static_cast<qint16>(value);
+    }
+
+    void Take(const Setting&, const QString& text, double& field) const { field = number::LeadingDecimal(text); }
+
+    void Take(const Setting& setting, const QString& text, qint32& field) const {
+        if (const QTime time = TimeOf(setting, text); time.isValid())
+            field = time.msecsSinceStartOfDay() / 1000;
+    }
+
+    void Take(const Setting& setting, const QString& text, QString& field) const {
+        if (setting.form == Form::Scrambled)
+            field = IniUtility::DecodePassword(text);
+        else if (setting.form == Form::Plain)
+            field = text;
+        else if (const QTime time = TimeOf(setting, text); time.isValid())
+            field = time.toString(QStringLiteral("HHmmss"));
+    }
+
+    QTime TimeOf(const Setting& setting, const QString& text) const {
+        const QTime time = ReadTime(text);
+        if (!time.isValid())
+            Refuse(setting, "is no time of day", text);
+        return time;
+    }
+
+    void Refuse(const Setting& setting, const char* why, const QString& text) const {
+        m_log.WriteLog(QStringLiteral("Settings: %1 of [%2] %3: %4")
+                           .arg(QString::fromLatin1(setting.key), QString::fromLatin1(setting.section),
+                                QString::fromLatin1(why), text),
+                       EventLog::Warning);
+    }
+
+    EventLog& m_log;
+    Options& m_options;
+};
+
+/// As it is written and logged.
+QString TextOf(const Options& options, const Setting& setting) {
+    if (setting.form == Form::Voice)
+        return VoiceTypeName(options.VoiceType);
+    return std::visit([&](auto field) { return TextOf(options.*field); }, setting.field);
 }
 
-} // namespace
+void LogOptions(const Options& options, EventLog& log) {
+    log.WriteLog(QStringLiteral("**** Options ****"));
+    for (const Setting& setting : Settings) {
+        if (setting.logName)
+            log.WriteLog(QString::fromLatin1(setting.logName) + TextOf(options, setting));
+    }
+}
 
-Options ReadOptions(IniUtility& ini, EventLog& log) {
+/// Derived values, and limits that are narrower than the fields.
+void Settle(Options& options, EventLog& log) {
     constexpr qint16 CharactersPerLine = 7;
     constexpr qint16 ShortestReadInterval = 2;
-
-    Options options;
-    Reader read(ini, log);
-
-    read.Enter(QStringLiteral("System"));
-    read.Number(QStringLiteral("InfoNumLine"), options.InfoNumLine);
     if (options.InfoNumLine < 0 || options.InfoNumLine > std::numeric_limits<qint16>::max() / CharactersPerLine) {
         log.WriteLog(QStringLiteral("Settings: InfoNumLine of [System] is out of range: %1").arg(options.InfoNumLine),
                      EventLog::Warning);
         options.InfoNumLine = Options{}.InfoNumLine;
     }
     options.InfoNumChars = static_cast<qint16>(options.InfoNumLine * CharactersPerLine);
-    read.YesNo(QStringLiteral("Schedule"), options.Schedule);
-    read.TimeOfDay(QStringLiteral("End"), [&](QTime time) { options.EndOfDay = time.msecsSinceStartOfDay() / 1000; });
-
-    read.Enter(QStringLiteral("ReadData"));
-    read.Number(QStringLiteral("interval"), options.ReadInterval);
     options.ReadInterval = std::max(options.ReadInterval, ShortestReadInterval);
-    read.TrimmedYesNo(QStringLiteral("Auto"), options.ReadAuto);
+}
 
-    read.Enter(QStringLiteral("Setup"));
-    read.Text(QStringLiteral("Psd"), options.Psd);
-    options.Psd = IniUtility::DecodePassword(options.Psd);
-    read.Number(QStringLiteral("HourPerDay"), options.HourPerDay);
+} // namespace
 
-    read.Enter(QStringLiteral("options"));
-    read.YesNo(QStringLiteral("ActiveClients"), options.ActiveClients);
-    read.Number(QStringLiteral("WakeupTime"), options.WakeupTime);
-    read.YesNo(QStringLiteral("SoftKeyDelay"), options.SoftKeyDelay);
-    read.Number(QStringLiteral("KeyDelayTime"), options.KeyDelayTime);
-    read.Decimal(QStringLiteral("MsgDelay"), options.MsgDelay);
-    read.YesNo(QStringLiteral("PassNoNext"), options.PassNoNext);
-    read.Number(QStringLiteral("PassPosition"), options.PassPosition);
-    read.YesNo(QStringLiteral("TransferNoNext"), options.TransferNoNext);
-    read.Number(QStringLiteral("MaxTxFail"), options.MaxTxFail);
-    read.Number(QStringLiteral("CmdRetry"), options.CmdRetry);
-    read.Number(QStringLiteral("MaxSilentTime"), options.MaxSilentTime);
-    read.Number(QStringLiteral("delayStartup"), options.DelayStartup);
-    read.YesNo(QStringLiteral("MultiTicketSeries"), options.MultiTicketSeries);
-    read.Number(QStringLiteral("DisplayType"), options.DisplayType);
-    read.Number(QStringLiteral("MainDisplayType"), options.MainDisplayType);
-    read.YesNo(QStringLiteral("RunOverNight"), options.RunOverNight);
-    read.YesNo(QStringLiteral("SendConfigOnStart"), options.SendConfigOnStart);
-    read.YesNo(QStringLiteral("SendConfigOnError"), options.SendConfigOnError);
-    read.YesNo(QStringLiteral("RoutedSeries"), options.RoutedSeries);
-    read.Number(QStringLiteral("FromToval"), options.FromToval);
-
-    read.Enter(QStringLiteral("AutoDelete"));
-    read.YesNo(QStringLiteral("Enable"), options.AutoDeleteEnable);
-    read.Text(QStringLiteral("FromYear"), options.AutoDeleteFromYear);
-
-    read.Enter(QStringLiteral("AutoReset"));
-    read.YesNo(QStringLiteral("ResetNew"), options.ResetNew);
-    read.TimeOfDay(QStringLiteral("ResetAt"),
-                   [&](QTime time) { options.ResetAt = time.toString(QStringLiteral("HHmmss")); });
-
-    options.VoiceType = ReadVoiceType(ini);
+Options ReadOptions(IniUtility& ini, EventLog& log) {
+    Options options;
+    const Reader reader(log, options);
+    for (const Setting& setting : Settings) {
+        QString text;
+        if (setting.form == Form::Voice)
+            options.VoiceType = ReadVoiceType(ini);
+        else if (ini.ReadIni(QString::fromLatin1(setting.section), QString::fromLatin1(setting.key), text))
+            reader.Take(setting, text);
+    }
+    Settle(options, log);
     LogOptions(options, log);
     return options;
 }
 
 bool WriteOptions(const Options& options, const QString& resetAt, const IniUtility& ini) {
-    const QString general = QStringLiteral("options");
-    const QString reset = QStringLiteral("AutoReset");
-    const struct {
-        const QString& section;
-        QString key;
-        QString value;
-    } keys[] = {
-        {general, QStringLiteral("ActiveClients"), YesOrNo(options.ActiveClients)},
-        {general, QStringLiteral("SoftKeyDelay"), YesOrNo(options.SoftKeyDelay)},
-        {general, QStringLiteral("PassNoNext"), YesOrNo(options.PassNoNext)},
-        {general, QStringLiteral("TransferNoNext"), YesOrNo(options.TransferNoNext)},
-        {general, QStringLiteral("WakeupTime"), QString::number(options.WakeupTime)},
-        {general, QStringLiteral("KeyDelayTime"), QString::number(options.KeyDelayTime)},
-        {general, QStringLiteral("maxTxFail "), QString::number(options.MaxTxFail)},
-        {general, QStringLiteral("MaxSilentTime "), QString::number(options.MaxSilentTime)},
-        {general, QStringLiteral("MultiTicketSeries"), YesOrNo(options.MultiTicketSeries)},
-        {general, QStringLiteral("DisplayType"), QString::number(options.DisplayType)},
-        {general, QStringLiteral("MainDisplayType"), QString::number(options.MainDisplayType)},
-        {reset, QStringLiteral("ResetNew"), YesOrNo(options.ResetNew)},
-        {reset, QStringLiteral("ResetAt"), resetAt},
-    };
+    Options asTyped = options;
+    asTyped.ResetAt = resetAt;
     bool all = true;
-    for (const auto& [section, key, value] : keys)
-        all = ini.WriteIni(section, key, value) && all;
+    for (const Setting& setting : Settings) {
+        if (setting.editedKey) {
+            all = ini.WriteIni(QString::fromLatin1(setting.section), QString::fromLatin1(setting.editedKey),
+                               TextOf(asTyped, setting)) &&
+                  all;
+        }
+    }
     return all;
 }
 

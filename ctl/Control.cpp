@@ -62,9 +62,12 @@ Status StatusOf(const Outcome& outcome, const Station& station) {
 QCoro::Task<Status> CarryStarted(Station& station, Request request) {
     const Verb& verb = *FindVerb(request.verb);
     co_await station.ReadSettings();
-    const bool usable = co_await station.PrepareStore(request.store);
-    if (!usable)
+    const Outcome prepared = co_await station.PrepareStore(request.store);
+    if (!prepared.IsDone()) {
+        if (!prepared.text.isEmpty())
+            LineDialogs::Print(prepared.text);
         co_return Status::Failed;
+    }
     if (request.port)
         station.UsePort(*request.port, request.baud.value_or(station.Line().Settings.CommBaud));
     Outcome started = Outcome::Done();

@@ -103,14 +103,14 @@ QString DirectionMatrix::CellText(int row, int column) const {
     return column == 0 ? shown.name : QString::number(shown.directions[static_cast<std::size_t>(column - 1)]);
 }
 
-GridModel::Error DirectionMatrix::Write(int row, int column, const QString& text) {
+Result<> DirectionMatrix::Write(int row, int column, const QString& text) {
     if (!flags(index(row, column)).testFlag(Qt::ItemIsEditable) || text == CellText(row, column))
-        return std::nullopt;
+        return Result<>();
     m_rows[static_cast<std::size_t>(row)].directions[static_cast<std::size_t>(column - 1)] = text.toShort();
     m_isChanged = true;
     Q_EMIT dataChanged(index(row, column), index(row, column));
     Q_EMIT RecordsChanged();
-    return std::nullopt;
+    return Result<>();
 }
 
 Qt::ItemFlags DirectionMatrix::flags(const QModelIndex& index) const {

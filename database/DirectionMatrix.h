@@ -38,8 +38,8 @@ public:
     QVariant Key(int row) const override;
     bool CanRemove() const override { return false; }
     QString CellText(int row, int column) const override;
-    Error Write(int row, int column, const QString& text) override;
-    Error Remove(int) override { return std::nullopt; }
+    Result<> Write(int row, int column, const QString& text) override;
+    Result<> Remove(int) override { return {}; }
     int rowCount(const QModelIndex& parent = {}) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 

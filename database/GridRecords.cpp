@@ -20,22 +20,22 @@ QString FieldName(const GridColumn& column) {
 }
 
 /// What the store said, with the column's caption in place of its name.
-GridModel::Error Readable(const QSqlQuery& query, const GridColumn* column = nullptr) {
+Failure Readable(const QSqlQuery& query, const GridColumn* column = nullptr) {
     QString text = schema::ReadableError(query.lastError().databaseText());
     if (!column)
-        return text;
+        return {text};
     const QString name = FieldName(*column);
     if (text.startsWith(name + u' ', Qt::CaseInsensitive))
         text.replace(0, name.size(), column->caption);
-    return text;
+    return {text};
 }
 
-QString ClosedText() {
-    return QStringLiteral("Can't open Queue database!");
+Failure Closed() {
+    return {QStringLiteral("Can't open Queue database!")};
 }
 
-QString GoneText() {
-    return QStringLiteral("This record is not in the database any more.");
+Failure Gone() {
+    return {QStringLiteral("This record is not in the database any more.")};
 }
 
 } // namespace
@@ -89,8 +89,8 @@ GridRecords::Row GridRecords::RowOf(const QSqlQuery& query) const {
     return row;
 }
 
-GridModel::Error GridRecords::Requery() {
-    Error error;
+Result<> GridRecords::Requery() {
+    Result<> done;
     beginResetModel();
     m_rows.clear();
     m_isOpen = m_database.IsOpen();
@@ -104,13 +104,13 @@ GridModel::Error GridRecords::Requery() {
         if (!query || !problem.isEmpty()) {
             // Rows that are cut short must not pass for all there are.
             m_rows.clear();
-            error = schema::ReadableError(problem);
+            done = Failure{schema::ReadableError(problem)};
         }
     } else {
-        error = ClosedText();
+        done = Closed();
     }
     endResetModel();
-    return error;
+    return done;
 }
 
 int GridRecords::rowCount(const QModelIndex& parent) const {
@@ -139,19 +139,19 @@ QString GridRecords::CellText(int row, int column) const {
     return m_rows[static_cast<std::size_t>(row)].values[static_cast<std::size_t>(column)].toString();
 }
 
-GridModel::Error GridRecords::Write(int row, int column, const QString& text) {
+Result<> GridRecords::Write(int row, int column, const QString& text) {
     if (!m_database.IsOpen())
-        return ClosedText();
+        return Closed();
     if (row < 0 || row >= rowCount() || text == CellText(row, column))
-        return std::nullopt;
+        return {};
     const QVariant value = text.isEmpty() ? QVariant() : QVariant(text);
-    const Error error = IsNewRow(row) ? Insert(column, value) : Update(row, column, value);
-    if (!error)
+    Result<> done = IsNewRow(row) ? Insert(column, value) : Update(row, column, value);
+    if (done)
         Q_EMIT RecordsChanged();
-    return error;
+    return done;
 }
 
-GridModel::Error GridRecords::Insert(int column, const QVariant& value) {
+Result<> GridRecords::Insert(int column, const QVariant& value) {
     const GridColumn& written = m_columns[static_cast<std::size_t>(column)];
     QSqlQuery query(m_database.File().Connection());
     query.prepare(
@@ -171,10 +171,10 @@ GridModel::Error GridRecords::Insert(int column, const QVariant& value) {
     endInsertRows();
     ReadAgain(row);
     Q_EMIT headerDataChanged(Qt::Vertical, row, row + 1);
-    return std::nullopt;
+    return {};
 }
 
-GridModel::Error GridRecords::Update(int row, int column, const QVariant& value) {
+Result<> GridRecords::Update(int row, int column, const QVariant& value) {
     const GridColumn& written = m_columns[static_cast<std::size_t>(column)];
     const std::size_t tableIndex = m_columnTables[static_cast<std::size_t>(column)];
     const Table& table = m_tables[tableIndex];
@@ -183,20 +183,20 @@ GridModel::Error GridRecords::Update(int row, int column, const QVariant& value)
                       .arg(Quoted(table.name), Quoted(FieldName(written)), Quoted(table.key)));
     query.addBindValue(value);
     query.addBindValue(m_rows[static_cast<std::size_t>(row)].keys[tableIndex]);
-    Error error;
+    Result<> done;
     if (!query.exec())
-        error = Readable(query, &written);
+        done = Readable(query, &written);
     else if (query.numRowsAffected() != 1)
-        error = GoneText();
+        done = Gone();
     query.finish();
     if (tableIndex == 0) {
         ReadAgain(row);
-        return error;
+        return done;
     }
     // A record of a joined table may show in several rows.
     for (int shown = RecordCount() - 1; shown >= 0; --shown)
         ReadAgain(shown);
-    return error;
+    return done;
 }
 
 void GridRecords::ReadAgain(int row) {
@@ -215,11 +215,11 @@ void GridRecords::ReadAgain(int row) {
     Q_EMIT dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
 
-GridModel::Error GridRecords::Remove(int row) {
+Result<> GridRecords::Remove(int row) {
     if (!m_database.IsOpen())
-        return ClosedText();
+        return Closed();
     if (!m_source.canRemove || row < 0 || row >= RecordCount())
-        return std::nullopt;
+        return {};
     QSqlQuery query(m_database.File().Connection());
     query.prepare(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(Quoted(m_source.table), Quoted(m_tables[0].key)));
     query.addBindValue(m_rows[static_cast<std::size_t>(row)].keys[0]);
@@ -231,5 +231,5 @@ GridModel::Error GridRecords::Remove(int row) {
     endRemoveRows();
     Q_EMIT RecordsChanged();
     Q_EMIT RecordRemoved();
-    return std::nullopt;
+    return {};
 }

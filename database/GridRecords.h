@@ -32,7 +32,7 @@ public:
 
     /// Reads all records anew; none, and no row for a new one, while the database is closed.
     /// @return what the store said if they cannot be read.
-    Error Requery();
+    Result<> Requery();
 
     /// Records, without the blank row.
     int RecordCount() const { return static_cast<int>(m_rows.size()); }
@@ -45,8 +45,8 @@ public:
     QVariant Key(int row) const override;
     bool CanRemove() const override { return m_source.canRemove; }
     QString CellText(int row, int column) const override;
-    Error Write(int row, int column, const QString& text) override;
-    Error Remove(int row) override;
+    Result<> Write(int row, int column, const QString& text) override;
+    Result<> Remove(int row) override;
     int rowCount(const QModelIndex& parent = {}) const override;
 
 private:
@@ -64,8 +64,8 @@ private:
     std::size_t TableOf(const GridColumn& column);
     QString SelectStatement(const QString& condition) const;
     Row RowOf(const QSqlQuery& query) const;
-    Error Insert(int column, const QVariant& value);
-    Error Update(int row, int column, const QVariant& value);
+    Result<> Insert(int column, const QVariant& value);
+    Result<> Update(int row, int column, const QVariant& value);
     /// Shows what the store holds for a row; drops the row if it is gone there.
     void ReadAgain(int row);
 

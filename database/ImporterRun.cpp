@@ -28,7 +28,7 @@ ImporterRun::ImporterRun(ProgressBox& box, Clock& clock, std::chrono::millisecon
     connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart)
             return;
-        m_outcome.error =
+        m_report.error =
             QStringLiteral("The program %1 cannot be started: %2.").arg(m_process.program(), m_process.errorString());
         FinishLater();
     });
@@ -41,11 +41,11 @@ void ImporterRun::Start(const QString& program, const QString& source, const QSt
 }
 
 void ImporterRun::Stop() {
-    m_outcome.stopped = true;
+    m_report.stopped = true;
     m_watch->Stop();
     m_process.disconnect(this);
     m_process.kill();
-    m_done.Finish(m_outcome);
+    m_done.Finish(m_report);
 }
 
 void ImporterRun::Retire() {
@@ -75,26 +75,26 @@ void ImporterRun::Understand(const QString& line) {
                              : QStringLiteral("Taking over: %1").arg(table),
                    done, total);
     } else if (word == QStringLiteral("note")) {
-        if (m_outcome.notes.size() < MostNotes)
-            m_outcome.notes += rest;
+        if (m_report.notes.size() < MostNotes)
+            m_report.notes += rest;
     } else if (word == QStringLiteral("done")) {
         m_complete = true;
-        m_outcome.rows = rest.toLongLong();
-    } else if (word == QStringLiteral("error") && m_outcome.error.isEmpty()) {
-        m_outcome.error = rest;
+        m_report.rows = rest.toLongLong();
+    } else if (word == QStringLiteral("error") && m_report.error.isEmpty()) {
+        m_report.error = rest;
     }
 }
 
 void ImporterRun::Kill(const QString& reason) {
-    if (m_outcome.error.isEmpty())
-        m_outcome.error = reason;
+    if (m_report.error.isEmpty())
+        m_report.error = reason;
     m_process.kill();
 }
 
 void ImporterRun::Watch() {
     m_watch->Start(WatchInterval);
     if (m_box.IsCancelled()) {
-        m_outcome.stopped = true;
+        m_report.stopped = true;
         m_process.kill();
     } else if (m_clock.Monotonic() - m_lastLine > m_patience) {
         Kill(QStringLiteral("The import program made no progress for %1 seconds and was stopped.")
@@ -104,11 +104,11 @@ void ImporterRun::Watch() {
 
 void ImporterRun::OnFinished(int code, QProcess::ExitStatus status) {
     ReadLines();
-    if (m_outcome.error.isEmpty() && !m_outcome.stopped) {
+    if (m_report.error.isEmpty() && !m_report.stopped) {
         if (status == QProcess::CrashExit)
-            m_outcome.error = QStringLiteral("The import program broke down while it read the file.");
+            m_report.error = QStringLiteral("The import program broke down while it read the file.");
         else if (code != 0 || !m_complete)
-            m_outcome.error = QStringLiteral("The import program ended early (exit code %1).").arg(code);
+            m_report.error = QStringLiteral("The import program ended early (exit code %1).").arg(code);
     }
     FinishLater();
 }
@@ -117,5 +117,5 @@ void ImporterRun::OnFinished(int code, QProcess::ExitStatus status) {
 void ImporterRun::FinishLater() {
     m_watch->Stop();
     QMetaObject::invokeMethod(
-        this, [this] { m_done.Finish(m_outcome); }, Qt::QueuedConnection);
+        this, [this] { m_done.Finish(m_report); }, Qt::QueuedConnection);
 }

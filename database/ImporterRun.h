@@ -15,7 +15,7 @@ class ProgressBox;
 /// given up with `Retire`: the waiting coroutine may go on inside of it, and a killed program takes a moment to end.
 class ImporterRun : public QObject {
 public:
-    struct Outcome {
+    struct Report {
         bool stopped = false; ///< by `Stop` or by the box's Cancel
         QString error;        ///< empty if all rows were taken over
         qint64 rows = 0;
@@ -35,7 +35,7 @@ public:
     /// Deletes this once nothing of it is in use and the program has ended.
     void Retire();
 
-    Completion<Outcome>& Done() { return m_done; }
+    Completion<Report>& Done() { return m_done; }
 
 private:
     void ReadLines();
@@ -52,6 +52,6 @@ private:
     Clock::Instant m_lastLine;
     std::chrono::milliseconds m_patience;
     bool m_complete = false;
-    Outcome m_outcome;
-    Completion<Outcome> m_done;
+    Report m_report;
+    Completion<Report> m_done;
 };

@@ -71,8 +71,8 @@ bool FlushPath(const QString& path) {
     return flushed;
 }
 
-/// @return what went wrong; empty if `kept` is a second name, or a whole copy, of `file`.
-QString Keep(const QString& file, const QString& kept) {
+/// Makes `kept` a second name, or a whole copy, of `file`.
+Result<> Keep(const QString& file, const QString& kept) {
     if (IsSameFile(file, kept) || link(QFile::encodeName(file).constData(), QFile::encodeName(kept).constData()) == 0)
         return {};
     // Not every file system has links.
@@ -82,28 +82,26 @@ QString Keep(const QString& file, const QString& kept) {
         return {};
     const QString reason = source.error() == QFileDevice::NoError ? qt_error_string() : source.errorString();
     QFile::remove(copy);
-    return QStringLiteral("The old file cannot be kept as %1: %2.").arg(kept, reason);
+    return Failure{QStringLiteral("The old file cannot be kept as %1: %2.").arg(kept, reason)};
 }
 
-/// Gives the store `temporary` the name `file`, and the file's bytes the name `kept`.
-/// @return what went wrong; then all is as it was.
-QString Swap(const QString& file, const QString& temporary, const QString& kept) {
+/// Gives the store `temporary` the name `file`, and the file's bytes the name `kept`. After a failure all is as it was.
+Result<> Swap(const QString& file, const QString& temporary, const QString& kept) {
     const QString folder = QFileInfo(file).path();
     // A store has to be writable for its owner, whatever the old file was.
     const QFileDevice::Permissions permissions =
         QFile::permissions(file) | QFileDevice::ReadOwner | QFileDevice::WriteOwner;
     if (!QFile::setPermissions(temporary, permissions) || !FlushPath(temporary))
-        return QStringLiteral("The new store cannot be finished: %1.").arg(qt_error_string());
+        return Failure{QStringLiteral("The new store cannot be finished: %1.").arg(qt_error_string())};
     const bool wasKept = IsSameFile(file, kept);
-    const QString error = Keep(file, kept);
-    if (!error.isEmpty())
-        return error;
+    if (Result<> done = Keep(file, kept); !done)
+        return done;
     FlushPath(folder);
     if (std::rename(QFile::encodeName(temporary).constData(), QFile::encodeName(file).constData()) != 0) {
         const QString reason = qt_error_string();
         if (!wasKept)
             QFile::remove(kept);
-        return QStringLiteral("The new store cannot take the file's name: %1.").arg(reason);
+        return Failure{QStringLiteral("The new store cannot take the file's name: %1.").arg(reason)};
     }
     FlushPath(folder);
     return {};
@@ -111,6 +109,26 @@ QString Swap(const QString& file, const QString& temporary, const QString& kept)
 
 QString Native(const QString& path) {
     return QDir::toNativeSeparators(path);
+}
+
+/// Why a file that is no Access/Jet file cannot be used; empty if it can.
+QString FaultOf(const QString& path, StoreKind kind) {
+    switch (kind) {
+    case StoreKind::Sqlite: {
+        const Result<> sound = JetTakeover::CheckStore(path);
+        return sound ? QString()
+                     : QStringLiteral("The database %1 cannot be used.\n\n%2").arg(Native(path), sound.Error());
+    }
+    case StoreKind::Missing:
+        return QStringLiteral("The file %1 does not exist.").arg(Native(path));
+    case StoreKind::Unreadable:
+        return QStringLiteral("The file %1 cannot be read.").arg(Native(path));
+    case StoreKind::Empty:
+        return QStringLiteral("The file %1 is empty; it holds no database.").arg(Native(path));
+    default:
+        return QStringLiteral("The file %1 is neither a database of this program nor an Access database.")
+            .arg(Native(path));
+    }
 }
 
 } // namespace
@@ -125,22 +143,22 @@ JetTakeover::JetTakeover(Dialogs& dialogs, Clock& clock, EventLog& log, QString 
 
 JetTakeover::~JetTakeover() = default;
 
-QString JetTakeover::StoreFault(const QString& path) {
+Result<> JetTakeover::CheckStore(const QString& path) {
     Sqlite file;
     if (const auto opened = file.Open(path); !opened)
-        return QStringLiteral("It cannot be opened: %1.").arg(opened.Error());
+        return Failure{QStringLiteral("It cannot be opened: %1.").arg(opened.Error())};
     QSqlQuery query(file.Connection());
     // Values outside their column's range are the loaders' business.
     query.exec(QStringLiteral("PRAGMA ignore_check_constraints = ON"));
     if (!query.exec(QStringLiteral("PRAGMA quick_check(1)")) || !query.next()) {
         const QString code = query.lastError().nativeErrorCode();
-        const bool isBusy = code == QStringLiteral("5") || code == QStringLiteral("6");
-        return isBusy ? QStringLiteral("It is in use by another program.")
-                      : QStringLiteral("It is damaged: %1.").arg(query.lastError().databaseText());
+        if (code == QStringLiteral("5") || code == QStringLiteral("6"))
+            return Failure{QStringLiteral("It is in use by another program.")};
+        return Failure{QStringLiteral("It is damaged: %1.").arg(query.lastError().databaseText())};
     }
     const QString verdict = query.value(0).toString();
     if (verdict != QStringLiteral("ok"))
-        return QStringLiteral("It is damaged: %1.").arg(verdict);
+        return Failure{QStringLiteral("It is damaged: %1.").arg(verdict)};
     query.finish();
     const QStringList present = file.Connection().tables();
     QStringList missing;
@@ -149,51 +167,26 @@ QString JetTakeover::StoreFault(const QString& path) {
         if (!present.contains(name, Qt::CaseInsensitive))
             missing += name;
     }
-    if (!missing.isEmpty())
-        return QStringLiteral("It is no database of this program; it lacks the table(s) %1.")
-            .arg(missing.join(QStringLiteral(", ")));
-    return {};
+    if (missing.isEmpty())
+        return {};
+    return Failure{QStringLiteral("It is no database of this program; it lacks the table(s) %1.")
+                       .arg(missing.join(QStringLiteral(", ")))};
 }
 
-QCoro::Task<bool> JetTakeover::Prepare(QString path) {
+QCoro::Task<Outcome> JetTakeover::Prepare(QString path) {
     if (m_closed)
-        co_return false;
-    QString fault;
-    switch (StoreKindOfFile(path)) {
-    case StoreKind::Sqlite:
-        fault = StoreFault(path);
-        if (fault.isEmpty())
-            co_return true;
-        fault = QStringLiteral("The database %1 cannot be used.\n\n%2").arg(Native(path), fault);
-        break;
-    case StoreKind::Jet3:
-    case StoreKind::Jet4:
-    case StoreKind::Ace: {
-        const Result result = co_await TakeOver(path);
-        co_return result == Result::Done;
-    }
-    case StoreKind::Missing:
-        fault = QStringLiteral("The file %1 does not exist.").arg(Native(path));
-        break;
-    case StoreKind::Unreadable:
-        fault = QStringLiteral("The file %1 cannot be read.").arg(Native(path));
-        break;
-    case StoreKind::Empty:
-        fault = QStringLiteral("The file %1 is empty; it holds no database.").arg(Native(path));
-        break;
-    case StoreKind::Other:
-        fault = QStringLiteral("The file %1 is neither a database of this program nor an Access database.")
-                    .arg(Native(path));
-        break;
-    }
+        co_return Outcome::Cancelled();
+    const StoreKind kind = StoreKindOfFile(path);
+    if (IsJet(kind))
+        co_return co_await TakeOver(path);
+    const QString fault = FaultOf(path, kind);
+    if (fault.isEmpty())
+        co_return Outcome::Done();
     m_log.WriteLog(fault.simplified(), EventLog::Error);
-    co_await m_dialogs.ShowMessage(BoxKind::Critical, fault);
-    co_return false;
+    co_return Outcome::Failed(fault, BoxKind::Critical);
 }
 
-QCoro::Task<JetTakeover::Result> JetTakeover::TakeOver(QString file) {
-    if (m_closed)
-        co_return Result::Cancelled;
+QCoro::Task<Outcome> JetTakeover::TakeOver(QString file) {
     // What a link names is replaced, not the link.
     const QString canonical = QFileInfo(file).canonicalFilePath();
     if (!canonical.isEmpty())
@@ -205,76 +198,69 @@ QCoro::Task<JetTakeover::Result> JetTakeover::TakeOver(QString file) {
             .arg(Native(file), QFileInfo(KeptName(file)).fileName());
     const bool agreed = co_await m_dialogs.AskYesNo(BoxKind::Information, question);
     if (m_closed)
-        co_return Result::Cancelled;
+        co_return Outcome::Cancelled();
     if (!agreed)
-        co_return Result::Declined;
+        co_return Outcome::Refused({});
 
     QLockFile lock(file + QStringLiteral(".takeover-lock"));
     // The age of a lock says nothing: only that of a dead process may be taken away.
     lock.setStaleLockTime(0);
     if (!lock.tryLock(0)) {
-        const QString reason = lock.error() == QLockFile::LockFailedError
-                                   ? QStringLiteral("Another program is taking it over right now.")
-                                   : QStringLiteral("Its folder cannot be written to.");
-        const Result failed = co_await Fail(file, reason);
-        co_return failed;
+        co_return NotTakenOver(file, lock.error() == QLockFile::LockFailedError
+                                         ? QStringLiteral("Another program is taking it over right now.")
+                                         : QStringLiteral("Its folder cannot be written to."));
     }
     RemoveLeftovers(file);
-    const Result result = co_await TakeOverLocked(file);
+    const Outcome outcome = co_await TakeOverLocked(file);
     RemoveLeftovers(file);
-    co_return result;
+    co_return outcome;
 }
 
-QCoro::Task<JetTakeover::Result> JetTakeover::TakeOverLocked(QString file) {
+QCoro::Task<Outcome> JetTakeover::TakeOverLocked(QString file) {
     const QString temporary = TemporaryStore(file);
     const QFileInfo before(file);
     const QDateTime changed = before.lastModified();
     const qint64 size = before.size();
 
-    ImporterRun::Outcome outcome;
-    QString reason;
+    ImporterRun::Report report;
     {
         const std::unique_ptr<ProgressBox> box =
             m_dialogs.ShowProgress(QStringLiteral("Taking over %1").arg(before.fileName()));
         auto run = std::make_unique<ImporterRun>(*box, m_clock, m_patience);
         m_run = run.get();
         run->Start(m_importer, file, temporary);
-        outcome = co_await run->Done().Wait();
+        report = co_await run->Done().Wait();
         run.release()->Retire();
-        if (!outcome.stopped && box->IsCancelled())
-            outcome.stopped = true;
+        if (!report.stopped && box->IsCancelled())
+            report.stopped = true;
     }
-    if (outcome.stopped || m_closed)
-        co_return Result::Cancelled;
-
-    reason = outcome.error;
-    if (reason.isEmpty())
-        reason = StoreFault(temporary);
+    if (report.stopped || m_closed)
+        co_return Outcome::Cancelled();
+    if (!report.error.isEmpty())
+        co_return NotTakenOver(file, report.error);
+    if (const Result<> sound = CheckStore(temporary); !sound)
+        co_return NotTakenOver(file, sound.Error());
     const QFileInfo after(file);
-    if (reason.isEmpty() && (after.lastModified() != changed || after.size() != size))
-        reason = QStringLiteral("Another program changed it meanwhile.");
+    if (after.lastModified() != changed || after.size() != size)
+        co_return NotTakenOver(file, QStringLiteral("Another program changed it meanwhile."));
     const QString kept = KeptName(file);
-    if (reason.isEmpty())
-        reason = Swap(file, temporary, kept);
-    if (!reason.isEmpty()) {
-        const Result failed = co_await Fail(file, reason);
-        co_return failed;
-    }
-    for (const QString& note : std::as_const(outcome.notes))
+    if (const Result<> swapped = Swap(file, temporary, kept); !swapped)
+        co_return NotTakenOver(file, swapped.Error());
+
+    for (const QString& note : std::as_const(report.notes))
         m_log.WriteLog(QStringLiteral("Take over: ") + note, EventLog::Warning);
     m_log.WriteLog(QStringLiteral("%1 taken over, %2 rows. The old file is kept as %3.")
                        .arg(Native(file))
-                       .arg(outcome.rows)
+                       .arg(report.rows)
                        .arg(Native(kept)));
-    co_return Result::Done;
+    co_return Outcome::Done();
 }
 
-QCoro::Task<JetTakeover::Result> JetTakeover::Fail(QString file, QString reason) {
+Outcome JetTakeover::NotTakenOver(const QString& file, const QString& reason) {
     m_log.WriteLog(QStringLiteral("%1 was not taken over: %2").arg(Native(file), reason.simplified()), EventLog::Error);
-    const QString text =
-        QStringLiteral("%1 was not taken over.\n\n%2\n\nThe file is as it was.").arg(Native(file), reason);
-    co_await m_dialogs.ShowMessage(BoxKind::Critical, text);
-    co_return Result::Failed;
+    return Outcome::Failed(
+        QStringLiteral("%1 was not taken over.\n\n%2\n\nThe file is as it was.").arg(Native(file), reason),
+        BoxKind::Critical);
 }
 
 void JetTakeover::Close() {

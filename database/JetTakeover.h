@@ -1,5 +1,8 @@
 #pragma once
 
+#include "platform/Outcome.h"
+#include "platform/Result.h"
+
 #include <QPointer>
 #include <QString>
 #include <qcoro/qcorotask.h>
@@ -15,13 +18,6 @@ class ImporterRun;
 /// program `JetImport`, whose breakdown costs a message and nothing else.
 class JetTakeover {
 public:
-    enum class Result {
-        Done,      ///< the file is a store now
-        Declined,  ///< the user answered No
-        Cancelled, ///< the user stopped it, or `Close` came; nothing has changed
-        Failed,    ///< the user was told why; nothing has changed
-    };
-
     /// An importer that tells nothing for so long is taken for hung.
     static constexpr std::chrono::milliseconds Patience{60'000};
 
@@ -33,25 +29,27 @@ public:
     ~JetTakeover();
 
     /// To be called before `OpenDatabase`. A sound store with all tables is left as it is; an Access/Jet file is taken
-    /// over if the user agrees; for anything else a box names the file and says what is wrong.
-    /// @return true if `path` can be opened as a store now.
-    QCoro::Task<bool> Prepare(QString path);
+    /// over if the user agrees.
+    /// @return done if `path` can be opened as a store now; failed with the file's name and what is wrong with it;
+    /// refused without a word if the user does not want a file taken over; cancelled if the user stopped it, or `Close`
+    /// came. Nothing has changed unless it is done.
+    QCoro::Task<Outcome> Prepare(QString path);
 
     /// Asks, then takes the Access/Jet file over into a new store beside it, which then takes its name. The old file
     /// is kept as NAME.jet.mdb (NAME.jet-2.mdb and so on if that is taken). At every moment a whole database bears
     /// the name; what a killed run left is removed by the next.
-    QCoro::Task<Result> TakeOver(QString file);
+    QCoro::Task<Outcome> TakeOver(QString file);
 
     /// Kills a running import and ends every operation; later ones end at once. Call before this is destroyed, as long
     /// as an operation may be suspended.
     void Close();
 
-    /// What is wrong with the store `path`: it cannot be opened, is damaged, or lacks tables. Empty if nothing is.
-    static QString StoreFault(const QString& path);
+    /// What is wrong with the store `path`: it cannot be opened, is damaged, or lacks tables.
+    static Result<> CheckStore(const QString& path);
 
 private:
-    QCoro::Task<Result> TakeOverLocked(QString file);
-    QCoro::Task<Result> Fail(QString file, QString reason);
+    QCoro::Task<Outcome> TakeOverLocked(QString file);
+    Outcome NotTakenOver(const QString& file, const QString& reason);
 
     Dialogs& m_dialogs;
     Clock& m_clock;

@@ -3,8 +3,8 @@
 #include "core/EventLog.h"
 #include "core/Installation.h"
 #include "core/Options.h"
+#include "database/Database.h"
 #include "database/RowReader.h"
-#include "database/TicketRecords.h"
 
 #include <QHash>
 #include <QSqlError>
@@ -14,10 +14,24 @@
 
 namespace {
 
+using Row = Snapshot::Row;
+
 constexpr std::size_t MostEntries = std::numeric_limits<qint16>::max(); ///< of a table whose count has 16 bits
 
 // Columns of the statements below, behind the row's number in the store.
-enum QueueColumn { q_RowId, q_Id, q_Number, q_Series, q_route, q_On, q_Name, q_Description, q_Notes, q_Button };
+enum QueueColumn {
+    q_RowId,
+    q_Id,
+    q_Number,
+    q_Series,
+    q_route,
+    q_On,
+    q_Name,
+    q_Description,
+    q_Notes,
+    q_Button,
+    MaxTicket
+};
 enum DisplayColumn {
     d_RowId,
     d_Id,
@@ -33,7 +47,7 @@ enum DisplayColumn {
 };
 
 /// What the log calls a row: its key or, in a store that others made, its number.
-const QVariant& KeyOf(const Loaders::Row& row) {
+const QVariant& KeyOf(const Row& row) {
     return row[1].isNull() ? row[0] : row[1];
 }
 
@@ -57,15 +71,13 @@ struct Loaders::ServiceFields {
     }
 };
 
-Loaders::Loaders(Database& database, const TicketRecords& tickets, model::Installation& installation,
-                 const Options& options, EventLog& log)
+Loaders::Loaders(Database& database, model::Installation& installation, const Options& options, EventLog& log)
     : m_database(database)
-    , m_tickets(tickets)
     , m_installation(installation)
     , m_options(options)
     , m_log(log) {}
 
-std::optional<std::vector<Loaders::Row>> Loaders::Read(const Statement& statement, const char* table) const {
+Result<std::vector<Row>> Loaders::Rows(const Statement& statement, const char* table) const {
     std::vector<Row> rows;
     auto query = m_database.Select(statement);
     QString error = query.Error();
@@ -82,37 +94,73 @@ std::optional<std::vector<Loaders::Row>> Loaders::Read(const Statement& statemen
         error = query->lastError().databaseText();
     }
     m_log.WriteLog(QStringLiteral("Load database: %1: %2").arg(QString::fromLatin1(table), error), EventLog::Error);
-    return std::nullopt;
+    return Failure{error};
 }
 
-std::optional<qint16> Loaders::LoadServices() {
-    const auto rows = ReadServices(true);
-    return rows ? std::optional(TakeServices(*rows)) : std::nullopt;
+Result<Snapshot> Loaders::Read() const {
+    const Transaction lock(m_database.File(), Transaction::Kind::Read);
+    auto services = ServiceRows();
+    if (!services)
+        return Failure{services.Error()};
+    auto objects = ObjectRows();
+    if (!objects)
+        return Failure{objects.Error()};
+    auto directions =
+        Rows({QStringLiteral("SELECT rowid,[inf_Id],[d_Id],[Dir_Id] FROM [Info-Direction] ORDER BY [inf_Id],rowid")},
+             "Info-Direction");
+    if (!directions)
+        return Failure{directions.Error()};
+    auto scanPlan =
+        Rows({QStringLiteral("SELECT rowid,[ID],[d_Id] FROM [ScanPlan] ORDER BY [Order],rowid")}, "ScanPlan");
+    if (!scanPlan)
+        return Failure{scanPlan.Error()};
+    return Snapshot{std::move(*services), std::move(*objects), std::move(*scanPlan), std::move(*directions)};
 }
 
-std::optional<std::vector<Loaders::ServiceRow>> Loaders::ReadServices(bool withTickets) const {
-    const auto rows =
-        Read({QStringLiteral("SELECT rowid,[Queue].[q_Id],[Queue].[q_Number],[Queue].[q_Series],[Queue].[q_route],"
-                             "[Queue].[q_On],[Queue].[q_Name],[Queue].[q_Description],[Queue].[q_Notes],"
-                             "[Queue].[q_Button] FROM [Queue] ORDER BY rowid")},
+Result<std::vector<Row>> Loaders::ServiceRows() const {
+    // The highest number of each service comes out of the index; the key 0 stands for all services.
+    auto rows =
+        Rows({QStringLiteral("SELECT rowid,[q_Id],[q_Number],[q_Series],[q_route],[q_On],[q_Name],[q_Description],"
+                             "[q_Notes],[q_Button],CASE [q_Id] WHEN 0"
+                             " THEN (SELECT MAX([TicketNo]) FROM [rData] WHERE Flags=0) ELSE"
+                             " (SELECT MAX([TicketNo]) FROM [rData] WHERE Flags=0 AND ServiceId=[Queue].[q_Id]) END"
+                             " FROM [Queue] ORDER BY rowid")},
              "Queue");
     if (!rows)
-        return std::nullopt;
-    std::vector<ServiceRow> services;
-    for (const Row& row : *rows) {
-        if (!RowReader::YesNo(row[q_On]))
-            continue;
-        ServiceRow& service = services.emplace_back(ServiceRow{row});
-        bool isId = false;
-        const qint32 id = row[q_Id].toInt(&isId);
-        if (!withTickets || !isId)
-            continue;
-        const std::optional<qint32> highest = m_tickets.GetMaxTicket(id);
-        if (!highest)
-            return std::nullopt;
-        service.maxTicket = *highest;
+        return Failure{rows.Error()};
+    std::vector<Row> services;
+    for (Row& row : *rows) {
+        if (RowReader::YesNo(row[q_On]))
+            services.push_back(std::move(row));
     }
     return services;
+}
+
+Result<std::vector<Snapshot::ObjectRow>> Loaders::ObjectRows() const {
+    auto rows = Rows({QStringLiteral("SELECT rowid,[d_Id],[d_Number],[d_Address],[d_Name],[d_On],[d_Type],[d_HubId],"
+                                     "[d_direction],[d_VoiceLocal],[d_VoicerId] FROM [Display] ORDER BY rowid")},
+                     "Display");
+    if (!rows)
+        return Failure{rows.Error()};
+    auto assignments =
+        Rows({QStringLiteral("SELECT rowid,[ID],[q_Id],[d_Id] FROM [Queue-Display] ORDER BY rowid")}, "Queue-Display");
+    if (!assignments)
+        return Failure{assignments.Error()};
+    QHash<QString, std::vector<Row>> byObject;
+    for (Row& assignment : *assignments) {
+        const QVariant object = std::exchange(assignment.back(), {});
+        assignment.pop_back();
+        if (!object.isNull())
+            byObject[object.toString()].push_back(std::move(assignment));
+    }
+    std::vector<Snapshot::ObjectRow> objects;
+    for (Row& row : *rows) {
+        if (!RowReader::YesNo(row[d_On]))
+            continue;
+        auto served = row[d_Id].isNull() ? std::vector<Row>() : byObject.value(row[d_Id].toString());
+        objects.push_back({std::move(row), std::move(served)});
+    }
+    return objects;
 }
 
 std::optional<Loaders::ServiceFields> Loaders::FieldsOf(const Row& row) const {
@@ -126,17 +174,19 @@ std::optional<Loaders::ServiceFields> Loaders::FieldsOf(const Row& row) const {
     return read.IsGood() ? std::optional(fields) : std::nullopt;
 }
 
-qint16 Loaders::TakeServices(const std::vector<ServiceRow>& rows) {
+qint16 Loaders::LoadServices(const Snapshot& store) {
     qint16 count = 0;
-    for (const ServiceRow& row : rows) {
-        const std::optional<ServiceFields> fields = FieldsOf(row.fields);
+    for (const Row& row : store.services) {
+        const std::optional<ServiceFields> fields = FieldsOf(row);
         if (!fields)
             continue;
         model::QService& service = m_installation.Service(count);
         service.Id = fields->id;
-        fields->CopyTo(service, row.fields);
+        fields->CopyTo(service, row);
         service.SeriesIndex = 0;
-        const qint32 last = row.maxTicket == 0 ? service.Series : row.maxTicket;
+        RowReader read(m_log, QStringLiteral("MAX"));
+        const auto highest = read.NeededOr<qint32>(row[MaxTicket], "TicketNo", 0);
+        const qint32 last = highest == 0 ? service.Series : highest;
         // A series at the very end of its range has no number behind it; held there, not wrapped.
         service.NextNumber = last == std::numeric_limits<qint32>::max() ? last : last + 1;
         service.WaitRing.ResetRing();
@@ -149,14 +199,14 @@ qint16 Loaders::TakeServices(const std::vector<ServiceRow>& rows) {
     return count;
 }
 
-bool Loaders::RefreshService(const ServiceRow& row) {
-    const std::optional<ServiceFields> fields = FieldsOf(row.fields);
+bool Loaders::RefreshService(const Row& row) {
+    const std::optional<ServiceFields> fields = FieldsOf(row);
     if (!fields)
         return true;
     const qint16 index = m_installation.FindServiceById(fields->id);
     if (index < 0)
         return false;
-    fields->CopyTo(m_installation.Service(index), row.fields);
+    fields->CopyTo(m_installation.Service(index), row);
     return true;
 }
 
@@ -187,41 +237,9 @@ void Loaders::AssignSeriesIndexes(qint16 count) {
     }
 }
 
-std::optional<qint16> Loaders::LoadCounters() {
-    const auto rows = ReadCounters();
-    return rows ? std::optional(TakeCounters(*rows)) : std::nullopt;
-}
-
-std::optional<std::vector<Loaders::CounterRow>> Loaders::ReadCounters() const {
-    auto rows = Read({QStringLiteral("SELECT rowid,[d_Id],[d_Number],[d_Address],[d_Name],[d_On],[d_Type],[d_HubId],"
-                                     "[d_direction],[d_VoiceLocal],[d_VoicerId] FROM [Display] ORDER BY rowid")},
-                     "Display");
-    if (!rows)
-        return std::nullopt;
-    auto assignments =
-        Read({QStringLiteral("SELECT rowid,[ID],[q_Id],[d_Id] FROM [Queue-Display] ORDER BY rowid")}, "Queue-Display");
-    if (!assignments)
-        return std::nullopt;
-    QHash<QString, std::vector<Row>> byObject;
-    for (Row& assignment : *assignments) {
-        const QVariant object = std::exchange(assignment.back(), {});
-        assignment.pop_back();
-        if (!object.isNull())
-            byObject[object.toString()].push_back(std::move(assignment));
-    }
-    std::vector<CounterRow> counters;
-    for (Row& row : *rows) {
-        if (!RowReader::YesNo(row[d_On]))
-            continue;
-        auto served = row[d_Id].isNull() ? std::vector<Row>() : byObject.value(row[d_Id].toString());
-        counters.push_back({std::move(row), std::move(served)});
-    }
-    return counters;
-}
-
-qint16 Loaders::TakeCounters(const std::vector<CounterRow>& rows) {
+qint16 Loaders::LoadCounters(const Snapshot& store) {
     qint16 count = 0;
-    for (const auto& [row, assignments] : rows) {
+    for (const auto& [row, assignments] : store.objects) {
         RowReader read(m_log, KeyOf(row));
         const auto address = read.Needed<quint8>(row[d_Address], "d_Address");
         if (!read.IsGood())
@@ -301,21 +319,12 @@ bool Loaders::IsAddressFree(qint16 lastIndex, quint8 address) const {
                         [address](const model::QObject& object) { return object.Address == address; });
 }
 
-std::optional<qint16> Loaders::LoadScanPlan() {
-    const auto rows = ReadScanPlan();
-    return rows ? std::optional(TakeScanPlan(*rows)) : std::nullopt;
-}
-
-std::optional<std::vector<Loaders::Row>> Loaders::ReadScanPlan() const {
-    return Read({QStringLiteral("SELECT rowid,[ID],[d_Id] FROM [ScanPlan] ORDER BY [Order],rowid")}, "ScanPlan");
-}
-
-qint16 Loaders::TakeScanPlan(const std::vector<Row>& rows) {
+qint16 Loaders::LoadScanPlan(const Snapshot& store) {
     auto& order = m_installation.ScanOrder;
     order.clear();
-    if (rows.empty())
+    if (store.scanPlan.empty())
         m_log.WriteLog(QStringLiteral("Scan Plan not built"));
-    for (const Row& row : rows) {
+    for (const Row& row : store.scanPlan) {
         RowReader read(m_log, KeyOf(row));
         const auto id = read.Needed<qint32>(row[2], "d_Id");
         if (!read.IsGood())
@@ -335,22 +344,12 @@ qint16 Loaders::TakeScanPlan(const std::vector<Row>& rows) {
     return static_cast<qint16>(order.size());
 }
 
-std::optional<qint16> Loaders::LoadDirections() {
-    const auto rows = ReadDirections();
-    return rows ? std::optional(TakeDirections(*rows)) : std::nullopt;
-}
-
-std::optional<std::vector<Loaders::Row>> Loaders::ReadDirections() const {
-    return Read({QStringLiteral("SELECT rowid,[inf_Id],[d_Id],[Dir_Id] FROM [Info-Direction] ORDER BY [inf_Id],rowid")},
-                "Info-Direction");
-}
-
-qint16 Loaders::TakeDirections(const std::vector<Row>& rows) {
+qint16 Loaders::LoadDirections(const Snapshot& store) {
     auto& table = m_installation.DirectionTable;
     table.clear();
-    if (rows.empty())
+    if (store.directions.empty())
         m_log.WriteLog(QStringLiteral("Main Display direction not built."));
-    for (const Row& row : rows) {
+    for (const Row& row : store.directions) {
         // This table has no key.
         RowReader read(m_log, row[0]);
         model::DirectionRow direction;
@@ -370,13 +369,15 @@ qint16 Loaders::TakeDirections(const std::vector<Row>& rows) {
 }
 
 QString Loaders::CounterListOfService(qint32 serviceId) const {
-    const auto rows = Read({QStringLiteral("SELECT Display.d_Number FROM [Queue-Display] INNER JOIN Display"
+    const auto rows = Rows({QStringLiteral("SELECT Display.d_Number FROM [Queue-Display] INNER JOIN Display"
                                            " ON [Queue-Display].d_Id = Display.d_Id WHERE [Queue-Display].q_Id=?"
                                            " ORDER BY [Queue-Display].rowid"),
                             {serviceId}},
                            "Queue-Display");
     QStringList numbers;
-    for (const Row& row : rows.value_or(std::vector<Row>())) {
+    if (!rows)
+        return {};
+    for (const Row& row : *rows) {
         if (!row[0].isNull())
             numbers += row[0].toString();
     }

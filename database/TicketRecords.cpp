@@ -38,13 +38,8 @@ TicketRecords::TicketRecords(Database& database, model::Installation& installati
     , m_installation(installation)
     , m_log(log) {}
 
-std::optional<qint32> TicketRecords::GetMaxTicket(qint32 serviceId) const {
-    Statement statement{QStringLiteral("SELECT MAX([Ticketno]) AS MaxTicket FROM [rData] WHERE Flags=0")};
-    if (serviceId != 0) {
-        statement.text += QStringLiteral(" AND ServiceId=?");
-        statement.values += serviceId;
-    }
-    auto query = m_database.Select(statement);
+std::optional<qint32> TicketRecords::GetMaxTicket() const {
+    auto query = m_database.Select({QStringLiteral("SELECT MAX([Ticketno]) AS MaxTicket FROM [rData] WHERE Flags=0")});
     if (!query || !query->next()) {
         m_log.WriteLog(
             QStringLiteral("Load database: rData: %1").arg(query ? query->lastError().text() : query.Error()),
@@ -62,7 +57,7 @@ std::optional<qint16> TicketRecords::RecoverTickets() {
     const std::optional<std::vector<Ticket>> tickets = ReadWaiting();
     if (!tickets)
         return std::nullopt;
-    const std::optional<qint32> highest = GetMaxTicket(0);
+    const std::optional<qint32> highest = GetMaxTicket();
     if (!highest)
         return std::nullopt;
     for (const Ticket& ticket : *tickets)

@@ -20,9 +20,9 @@ public:
     /// The references must outlive this.
     TicketRecords(Database& database, model::Installation& installation, EventLog& log);
 
-    /// The highest ticket number among the rows with Flags 0 of one service, or of all with a `serviceId` of 0; 0 if
-    /// there is no such row. Nothing if the query failed. A number beyond 32 bits is logged and counts as 0.
-    std::optional<qint32> GetMaxTicket(qint32 serviceId) const;
+    /// The highest ticket number among the rows with Flags 0; 0 if there is no such row. Nothing if the query failed. A
+    /// number beyond 32 bits is logged and counts as 0.
+    std::optional<qint32> GetMaxTicket() const;
 
     /// Files every waiting ticket in the ring of its object or of its service; the rings must be empty. A full ring is
     /// logged, and so is a row that lacks a number or has one that is too large. An unreadable moment counts as

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "platform/Result.h"
+
 #include <QAbstractTableModel>
 #include <QString>
 
-#include <optional>
 #include <vector>
 
 /// One column of a data-bound grid.
@@ -39,9 +40,6 @@ class GridModel : public QAbstractTableModel {
 public:
     using QAbstractTableModel::QAbstractTableModel;
 
-    /// What the store said to a refused change, in words for a user.
-    using Error = std::optional<QString>;
-
     virtual const std::vector<GridColumn>& Columns() const = 0;
 
     /// True for the blank last row.
@@ -57,12 +55,12 @@ public:
     virtual QString CellText(int row, int column) const = 0;
 
     /// Writes what was left in a cell; an empty text is a null. In the blank row it makes the new record, with the
-    /// store's defaults in all other columns. An unchanged value is not written. On an error the row shows what the
+    /// store's defaults in all other columns. An unchanged value is not written. After a failure the row shows what the
     /// store holds.
-    virtual Error Write(int row, int column, const QString& text) = 0;
+    virtual Result<> Write(int row, int column, const QString& text) = 0;
 
     /// Deletes the record of a row.
-    virtual Error Remove(int row) = 0;
+    virtual Result<> Remove(int row) = 0;
 
     /// Marks these cells and no others. A cell's text shows as its tool tip.
     void SetMarks(std::vector<GridMark> marks);

@@ -72,7 +72,7 @@ void DatabasePage::ShowBusy(bool busy) {
 
 void DatabasePage::Refresh() {
     Records().UpdateAll();
-    Records().rsQueue.Requery();
+    Records().Requery(Records().rsQueue);
     ShowOutcome(TheStation().dialogs, TheStation().RefreshModel());
 }
 
@@ -87,7 +87,7 @@ void DatabasePage::Empty() {
     };
     AskAndDo(BoxKind::Critical, QStringLiteral("Are you sure You want to delete all database?"), empty, [this] {
         Records().UpdateAll();
-        Records().rsQueue.Requery();
+        Records().Requery(Records().rsQueue);
     });
 }
 
@@ -155,7 +155,7 @@ void DatabasePage::RemoveServiceCounter() {
         QStringLiteral("Are you sure to remove counter '%1' from List ?")
             .arg(m_ui->TDBGridQD->CurrentText(PairCounter)),
         [this, id] { return Records().assignments.RemoveServiceCounter(id.toInt()); },
-        [this] { Records().rsQueueDisplay.Requery(); });
+        [this] { Records().Requery(Records().rsQueueDisplay); });
 }
 
 void DatabasePage::RemoveServiceCounters() {
@@ -165,5 +165,5 @@ void DatabasePage::RemoveServiceCounters() {
     AskAndDo(
         BoxKind::Plain, QStringLiteral("Are you sure to remove all counter from List ?"),
         [this, serviceId] { return Records().assignments.RemoveServiceCounters(serviceId); },
-        [this] { Records().rsQueueDisplay.Requery(); });
+        [this] { Records().Requery(Records().rsQueueDisplay); });
 }

@@ -65,7 +65,7 @@ void HubPage::AddHubCounter() {
         return;
     Do([=, this] { return Records().assignments.SetHub(id, hubId); },
        [this] {
-           Records().rsFreeCounters.Requery();
+           Records().Requery(Records().rsFreeCounters);
            LoadHubCounters();
        });
 }
@@ -79,8 +79,8 @@ void HubPage::RemoveCounter() {
         BoxKind::Plain, QStringLiteral("Are you sure to remove counter '%1' from List ?").arg(name),
         [=, this] { return Records().assignments.SetHub(id, 0); },
         [this] {
-            Records().rsHubCounters.Requery();
-            Records().rsFreeCounters.Requery();
+            Records().Requery(Records().rsHubCounters);
+            Records().Requery(Records().rsFreeCounters);
         });
 }
 
@@ -92,8 +92,8 @@ void HubPage::RemoveAll() {
         BoxKind::Plain, QStringLiteral("Are you sure to remove all counter from List ?"),
         [=, this] { return Records().assignments.ClearHub(hubId); },
         [this] {
-            Records().rsHubCounters.Requery();
-            Records().rsFreeCounters.Requery();
+            Records().Requery(Records().rsHubCounters);
+            Records().Requery(Records().rsFreeCounters);
         });
 }
 

@@ -141,8 +141,8 @@ SetupRecords::SetupRecords(Station& station)
     connect(&rsDisplay, &GridModel::RecordRemoved, this, &SetupRecords::UpdateAll);
     // A name that is typed in the plan is the object's. The plan itself stays as it is: its editor may be open.
     connect(&rsPlanView, &GridModel::RecordsChanged, this, [this] {
-        rsDisplay.Requery();
-        rsDisplayList.Requery();
+        Requery(rsDisplay);
+        Requery(rsDisplayList);
         RequeryServiceCounters();
         RequeryHubs();
     });
@@ -150,21 +150,26 @@ SetupRecords::SetupRecords(Station& station)
 }
 
 void SetupRecords::Load() {
-    rsQueue.Requery();
-    rsDisplay.Requery();
+    Requery(rsQueue);
+    Requery(rsDisplay);
     RequeryPlan();
     RequeryHubs();
     LoadDirectionGrid();
 }
 
+void SetupRecords::Requery(GridRecords& records) {
+    if (const Result<> read = records.Requery(); !read && m_station.Store().IsOpen())
+        m_station.Log().WriteLog(tr("Setup: a list could not be read: %1").arg(read.Error()), EventLog::Error);
+}
+
 void SetupRecords::LoadQueueDisplay(qint32 serviceId) {
     rsQueueDisplay.SetValues({serviceId});
-    rsQueueDisplay.Requery();
+    Requery(rsQueueDisplay);
 }
 
 void SetupRecords::LoadHubCounters(qint32 hubId) {
     rsHubCounters.SetValues({hubId == 0 ? QVariant() : QVariant(hubId)});
-    rsHubCounters.Requery();
+    Requery(rsHubCounters);
 }
 
 void SetupRecords::LoadDirectionGrid() {
@@ -172,26 +177,26 @@ void SetupRecords::LoadDirectionGrid() {
 }
 
 void SetupRecords::RequeryServiceCounters() {
-    rsQueueDisplay.Requery();
+    Requery(rsQueueDisplay);
     NoteChange();
 }
 
 void SetupRecords::RequeryPlan() {
-    rsPlanView.Requery();
-    rsDisplayList.Requery();
+    Requery(rsPlanView);
+    Requery(rsDisplayList);
     NoteChange();
 }
 
 void SetupRecords::RequeryHubs() {
-    rsHubs.Requery();
-    rsFreeCounters.Requery();
-    rsHubCounters.Requery();
+    Requery(rsHubs);
+    Requery(rsFreeCounters);
+    Requery(rsHubCounters);
     NoteChange();
 }
 
 void SetupRecords::UpdateAll() {
     RequeryServiceCounters();
-    rsDisplay.Requery();
+    Requery(rsDisplay);
     RequeryPlan();
     RequeryHubs();
 }

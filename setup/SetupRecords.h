@@ -40,6 +40,8 @@ public:
     /// Makes the matrix of directions anew.
     void LoadDirectionGrid();
 
+    /// Reads one list anew. A list that cannot be read is empty, and the log says why.
+    void Requery(GridRecords& records);
     /// Reads all lists anew that depend on services and objects, and the objects themselves.
     void UpdateAll();
     /// Reads the scan plan, and the objects to choose from for it, anew.

@@ -1,5 +1,6 @@
 #include "station/InstallationCheck.h"
 
+#include "database/Database.h"
 #include "hubs/HubConfig.h"
 #include "link/Encodings.h"
 #include "printers/PrinterTables.h"
@@ -37,12 +38,11 @@ const char* TableOf(BlockFault::Of of) {
 
 } // namespace
 
-InstallationCheck::InstallationCheck(Database& database, const TicketRecords& tickets, const Options& options,
-                                     const Clock& clock)
+InstallationCheck::InstallationCheck(Database& database, const Options& options, const Clock& clock)
     : m_database(database)
     , m_quiet(QString(), clock)
     , m_scratch(std::make_unique<model::Installation>())
-    , m_loaders(database, tickets, *m_scratch, options, m_quiet) {}
+    , m_loaders(database, *m_scratch, options, m_quiet) {}
 
 InstallationCheck::~InstallationCheck() = default;
 
@@ -60,14 +60,12 @@ std::vector<Finding> InstallationCheck::FindFaults() {
 }
 
 bool InstallationCheck::LoadScratch() {
-    const auto services = m_loaders.ReadServices(false);
-    const auto counters = m_loaders.ReadCounters();
-    const auto directions = m_loaders.ReadDirections();
-    if (!services || !counters || !directions)
+    const Result<Snapshot> store = m_loaders.Read();
+    if (!store)
         return false;
-    m_scratch->NumServices = m_loaders.TakeServices(*services);
-    m_scratch->NumObjects = m_loaders.TakeCounters(*counters);
-    m_scratch->NumDirections = m_loaders.TakeDirections(*directions);
+    m_scratch->NumServices = m_loaders.LoadServices(*store);
+    m_scratch->NumObjects = m_loaders.LoadCounters(*store);
+    m_scratch->NumDirections = m_loaders.LoadDirections(*store);
     for (qint16 i = 0; i < m_scratch->NumObjects; ++i)
         m_scratch->Object(i).FirstServiceIndex = m_scratch->FirstServiceOf(i);
     return true;

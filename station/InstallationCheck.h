@@ -29,7 +29,7 @@ struct Finding {
 class InstallationCheck {
 public:
     /// The references must outlive the check.
-    InstallationCheck(Database& database, const TicketRecords& tickets, const Options& options, const Clock& clock);
+    InstallationCheck(Database& database, const Options& options, const Clock& clock);
     ~InstallationCheck();
 
     /// What the store holds now is looked at; the running model is not touched.

@@ -57,17 +57,16 @@ Station::Station(const ProgramFolders& folders, Clock& stationClock, Dialogs& st
     , hubOption(clocks, options, ini)
     , database(ProgramFolder, ini, log, clock)
     , tickets(database, *installation, log)
-    , loaders(database, tickets, *installation, options, log)
-    , reload(database, loaders, tickets, *installation, log)
+    , loaders(database, *installation, options, log)
+    , reload(database, loaders, *installation, log)
     , takeover(dialogs, clock, log, folders.install + QStringLiteral("/JetImport"))
     , printers({*installation, router, clock, dialogs, log}, ProgramFolder, CounterList())
     , forms({*installation, router, clock, dialogs, log}, ProgramFolder, ini, CounterList())
-    , check(database, tickets, options, clock)
+    , check(database, options, clock)
     , run(*installation, options, bus, line, clock)
     , init({*installation, options, tickets, starts, hubs, printers, forms, clock})
     , maintenance(database, clock, dialogs)
     , console(bus, *installation, options, clock, dialogs) {
-    reload.OnRefreshed = [this] { Q_EMIT ModelChanged(); };
     hubs.OnDevice =
         clocks.OnDevice = [this](const QString& name) { Q_EMIT ProgressChanged(tr("Setting %1").arg(name)); };
     const PrinterTransfer* const transfers[] = {&printers, &forms.transfer, &forms.fonts};
@@ -127,7 +126,7 @@ QString Station::OfferedStore() {
     return path;
 }
 
-QCoro::Task<bool> Station::PrepareStore(QString path) {
+QCoro::Task<Outcome> Station::PrepareStore(QString path) {
     return takeover.Prepare(path);
 }
 
@@ -197,12 +196,8 @@ QCoro::Task<Outcome> Station::RefreshModel() {
 QCoro::Task<Outcome> Station::ReloadDirections() {
     if (m_isBusy)
         co_return Busy();
-    const auto counters = loaders.ReadCounters();
-    const auto directions = loaders.ReadDirections();
-    if (!counters || !directions)
+    if (!reload.ReloadObjectsAndDirections())
         co_return Closed();
-    installation->NumObjects = loaders.TakeCounters(*counters);
-    installation->NumDirections = loaders.TakeDirections(*directions);
     Q_EMIT ModelChanged();
     co_return Outcome::Done();
 }
@@ -210,15 +205,24 @@ QCoro::Task<Outcome> Station::ReloadDirections() {
 Outcome Station::StoreDirections(DirectionMatrix& directions) {
     if (const Result<> updated = directions.UpdateDataDir(database); !updated)
         return Outcome::Failed(updated.Error());
-    if (const std::optional<qint16> count = loaders.LoadDirections())
-        installation->NumDirections = *count;
+    if (!reload.ReloadDirections())
+        return Closed();
     return Outcome::Done(BoxKind::Plain, QStringLiteral("Update Done."));
 }
 
 QCoro::Task<> Station::RefreshIfChanged() {
-    if (m_isBusy || !reload.DbChanged)
+    if (m_isBusy || !reload.IsStoreChanged())
         co_return;
-    co_await reload.RefreshIfChanged(dialogs);
+    const int unknown = reload.Refresh().value_or(-1);
+    if (unknown < 0)
+        co_return;
+    Q_EMIT ModelChanged();
+    // The boxes come last: nobody must see a model that is half new while one of them stands open.
+    for (int i = 0; i < unknown; ++i) {
+        co_await dialogs.ShowMessage(
+            BoxKind::Exclamation,
+            QStringLiteral("Warning, Queue system has changed, you must restart program to apply these changes."));
+    }
 }
 
 QCoro::Task<Outcome> Station::ActiveAll() {

@@ -88,7 +88,7 @@ public:
     QCoro::Task<> ReadSettings();
 
     /// Makes a file that the user chose ready to be opened, see `JetTakeover::Prepare`.
-    QCoro::Task<bool> PrepareStore(QString path);
+    QCoro::Task<Outcome> PrepareStore(QString path);
 
     /// The store that is offered at the start, Harbinet.mdb of the program folder; an empty one is made where it is
     /// missing. What goes wrong with that is logged.
@@ -120,7 +120,7 @@ public:
     Outcome StoreDirections(DirectionMatrix& directions);
 
     /// The store is ahead of the model: `RefreshIfChanged` will read it.
-    void NoteStoreChanged() { reload.DbChanged = true; }
+    void NoteStoreChanged() { reload.NoteStoreChanged(); }
 
     /// Brings the model up to date if the setup window has changed the store, as far as that is possible while the
     /// system runs. While an operation reads the model nothing happens, and the change is still to be taken.

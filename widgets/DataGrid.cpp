@@ -194,14 +194,14 @@ void DataGrid::WriteCell(const QModelIndex& index, const QString& text) {
     if (!m_records)
         return;
     const QPersistentModelIndex cell(index);
-    const GridModel::Error error = m_records->Write(index.row(), index.column(), text);
-    if (!error) {
+    const Result<> written = m_records->Write(index.row(), index.column(), text);
+    if (written) {
         m_refusedText.reset();
         return;
     }
     m_refusedCell = cell;
     m_refusedText = text;
-    Q_EMIT DataError(*error);
+    Q_EMIT DataError(written.Error());
 }
 
 bool DataGrid::CommitOpenEditor() {
@@ -284,8 +284,8 @@ void DataGrid::DeleteSelected() {
     }
     if (!m_records->CanRemove())
         return;
-    if (const GridModel::Error error = m_records->Remove(rows.constFirst().row()))
-        Q_EMIT DataError(*error);
+    if (const Result<> removed = m_records->Remove(rows.constFirst().row()); !removed)
+        Q_EMIT DataError(removed.Error());
 }
 
 GridInsertion DataGrid::InsertionFor(QStringView before, QString typed, qsizetype room) const {

@@ -31,8 +31,8 @@ public:
     explicit Editor(const QString& path)
         : m_folder(QFileInfo(path).absolutePath()) {
         m_database.OpenDatabase(path);
-        m_services.Requery();
-        m_objects.Requery();
+        (void)m_services.Requery();
+        (void)m_objects.Requery();
         if (m_services.RecordCount() == 0)
             (void)Empty();
     }
@@ -65,8 +65,8 @@ private:
                                 "ELSE 2 END FROM n")},
             });
         }
-        m_services.Requery();
-        m_objects.Requery();
+        (void)m_services.Requery();
+        (void)m_objects.Requery();
         return done;
     }
 
@@ -83,7 +83,7 @@ private:
         const QString direction = QString::number(m_random() % 5);
         for (int row = 0; row + 1 < m_matrix.rowCount(); ++row) {
             for (int column = 1; column < m_matrix.columnCount(); ++column)
-                m_matrix.Write(row, column, direction);
+                (void)m_matrix.Write(row, column, direction);
         }
         return static_cast<bool>(m_matrix.UpdateDataDir(m_database));
     }
@@ -92,9 +92,9 @@ private:
         const int rows = m_services.RecordCount();
         const auto row = static_cast<int>(m_random() % static_cast<unsigned>(rows + 1));
         if (rows > 40)
-            return !m_services.Remove(row % rows);
+            return static_cast<bool>(m_services.Remove(row % rows));
         const QString number = QString::number(m_random() % 1000);
-        return !m_services.Write(row, 0, number) && !m_services.Write(row, 1, number);
+        return m_services.Write(row, 0, number) && m_services.Write(row, 1, number);
     }
 
     QString m_folder;

@@ -1,6 +1,4 @@
 #include "tests/database/World.h"
-#include "tests/support/TestDialogs.h"
-#include "tests/support/Waiting.h"
 
 namespace {
 
@@ -32,7 +30,6 @@ protected:
 
     World world;
     model::Installation& model = *world.installation;
-    TestDialogs dialogs;
 };
 
 TEST_F(ReloadTest, BuildsTheWholeModel) {
@@ -56,10 +53,10 @@ TEST_F(ReloadTest, LeavesTheModelAloneWhereTheStoreCannotBeRead) {
     world.Sql(QStringLiteral("UPDATE Display SET d_Name='new'"));
     world.TakeLines();
     const auto expectOldModel = [&] {
-        world.reload.DbChanged = true;
+        world.reload.NoteStoreChanged();
         EXPECT_EQ(world.reload.ReloadAll(), Reload::Outcome::NoDatabase);
-        EXPECT_FALSE(Await(world.reload.RefreshIfChanged(dialogs)));
-        EXPECT_TRUE(world.reload.DbChanged);
+        EXPECT_EQ(world.reload.Refresh(), std::nullopt);
+        EXPECT_TRUE(world.reload.IsStoreChanged());
         EXPECT_EQ(world.tickets.RecoverTickets().has_value(), world.database.IsOpen());
         EXPECT_EQ(model.NumServices, 2);
         EXPECT_EQ(model.QServices[0].Name, QStringLiteral("A"));
@@ -72,14 +69,11 @@ TEST_F(ReloadTest, LeavesTheModelAloneWhereTheStoreCannotBeRead) {
     world.Sql(QStringLiteral("DELETE FROM Other")); // no transaction was left open
     world.database.CloseDatabase();
     expectOldModel();
-    EXPECT_EQ(world.loaders.LoadServices(), std::nullopt);
     EXPECT_EQ(world.database.LastInfo(12), QString());
     EXPECT_FALSE(world.tickets.ClearTicketRecords());
 }
 
-TEST_F(ReloadTest, RefreshesLoadedServicesAndWarnsOfEachNewOne) {
-    const QString warning =
-        QStringLiteral("Warning, Queue system has changed, you must restart program to apply these changes.");
+TEST_F(ReloadTest, RefreshesLoadedServicesAndCountsTheNewOnes) {
     world.options.RoutedSeries = true;
     world.reload.ReloadAll();
     model.QServices[0].NextNumber = 40;
@@ -91,13 +85,9 @@ TEST_F(ReloadTest, RefreshesLoadedServicesAndWarnsOfEachNewOne) {
     world.Sql(QStringLiteral("UPDATE Display SET d_Name='new'"));
     world.Sql(QStringLiteral("DELETE FROM ScanPlan"));
 
-    EXPECT_TRUE(Await(world.reload.RefreshIfChanged(dialogs)));
-    EXPECT_EQ(model.QServices[1].Name, QStringLiteral("B")) << "nothing was edited as far as anybody said";
-    world.reload.DbChanged = true;
-    dialogs.ExpectMessage(BoxKind::Exclamation, warning);
-    dialogs.ExpectMessage(BoxKind::Exclamation, warning);
-    EXPECT_TRUE(Await(world.reload.RefreshIfChanged(dialogs)));
-    EXPECT_FALSE(world.reload.DbChanged);
+    world.reload.NoteStoreChanged();
+    EXPECT_EQ(world.reload.Refresh(), 2);
+    EXPECT_FALSE(world.reload.IsStoreChanged());
     EXPECT_EQ(model.NumServices, 2);
     EXPECT_EQ(model.QServices[0].Name, QStringLiteral("A"));
     EXPECT_EQ(model.QServices[1].Name, QStringLiteral("new"));

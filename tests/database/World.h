@@ -45,8 +45,10 @@ public:
 
     /// Loads services and objects the way a reload does, but nothing more.
     void LoadBoth() {
-        installation->NumServices = loaders.LoadServices().value_or(-1);
-        installation->NumObjects = loaders.LoadCounters().value_or(-1);
+        const Result<Snapshot> rows = loaders.Read();
+        ASSERT_TRUE(rows) << qPrintable(rows.Error());
+        installation->NumServices = loaders.LoadServices(*rows);
+        installation->NumObjects = loaders.LoadCounters(*rows);
     }
 
     QTemporaryDir folder;
@@ -59,6 +61,6 @@ public:
     std::unique_ptr<model::Installation> installation = std::make_unique<model::Installation>();
     Database database{folder.path(), ini, log, clock};
     TicketRecords tickets{database, *installation, log};
-    Loaders loaders{database, tickets, *installation, options, log};
-    Reload reload{database, loaders, tickets, *installation, log};
+    Loaders loaders{database, *installation, options, log};
+    Reload reload{database, loaders, *installation, log};
 };

@@ -36,7 +36,7 @@ protected:
         QStringList expected = {QStringLiteral("old.mdb")};
         if (finished.code == 0) {
             expected.prepend(QStringLiteral("new.db"));
-            EXPECT_EQ(JetTakeover::StoreFault(m_target), QString());
+            EXPECT_EQ(JetTakeover::CheckStore(m_target).Error(), QString());
         } else {
             EXPECT_EQ(finished.code, 1);
             EXPECT_TRUE(finished.output.contains(QStringLiteral("error "))) << qPrintable(finished.output);

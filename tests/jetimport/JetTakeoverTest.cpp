@@ -40,9 +40,11 @@ protected:
     }
 
     bool Prepare(JetTakeover& takeover) {
-        const bool prepared = Await(takeover.Prepare(m_file));
+        const Outcome prepared = Await(takeover.Prepare(m_file));
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        return prepared;
+        if (!prepared.text.isEmpty())
+            Await(m_dialogs.ShowMessage(prepared.kind, prepared.text));
+        return prepared.IsDone();
     }
 
     bool Prepare(const QString& importer = QStringLiteral(JETIMPORT_PROGRAM),
@@ -148,7 +150,7 @@ TEST_F(Takeover, EndsAtOnceWhenTheProgramCloses) {
     ExpectQuestion(true);
     JetTakeover takeover(m_dialogs, m_clock, m_log,
                          Program("echo half > \"$2\"; echo progress rData $$ 9; exec sleep 1000"));
-    const QCoro::Task<bool> running = takeover.Prepare(m_file);
+    const QCoro::Task<Outcome> running = takeover.Prepare(m_file);
     ASSERT_TRUE(WaitUntil([&] { return m_dialogs.ProgressTexts.size() == 2; }));
     EXPECT_FALSE(running.isReady());
     takeover.Close();

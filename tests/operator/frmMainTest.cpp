@@ -270,9 +270,9 @@ TEST_F(frmMainTest, ComingBackToItTakesUpWhatWasEdited) {
     other.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
     ASSERT_TRUE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name='New' WHERE d_Id=1")}));
-    m_station.reload.DbChanged = true;
+    m_station.reload.NoteStoreChanged();
     m_window->activateWindow();
-    ASSERT_TRUE(WaitUntil([&] { return !m_station.reload.DbChanged; }));
+    ASSERT_TRUE(WaitUntil([&] { return !m_station.reload.IsStoreChanged(); }));
     EXPECT_EQ(m_station.installation->QObjects[0].Name, QStringLiteral("New"));
 }
 

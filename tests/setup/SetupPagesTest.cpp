@@ -66,7 +66,7 @@ TEST_F(SetupPagesTest, TheListOfCountersFollowsTheSelectedService) {
 
 TEST_F(SetupPagesTest, CountersAreRemovedOneByOneAndTogetherAfterAQuestion) {
     Show();
-    m_station.reload.DbChanged = false;
+    m_station.reload.Refresh();
     WindowDriver::Click(Grid("TDBGridQD"), 1, 2);
     const QString one = QStringLiteral("Are you sure to remove counter 'C2' from List ?");
     ClickAndAnswer("cmdDelete", BoxKind::Plain, one, false);
@@ -78,10 +78,10 @@ TEST_F(SetupPagesTest, CountersAreRemovedOneByOneAndTogetherAfterAQuestion) {
     EXPECT_EQ(StoredText(QStringLiteral("SELECT ID FROM [Queue-Display]")), "3|4");
     m_hands->ClickButton("cmdDelete");
     m_hands->ClickButton("cmdDelAll");
-    EXPECT_FALSE(m_station.reload.DbChanged);
+    EXPECT_FALSE(m_station.reload.IsStoreChanged());
 
     m_hands->ClickButton("cmdNew");
-    EXPECT_TRUE(m_station.reload.DbChanged);
+    EXPECT_TRUE(m_station.reload.IsStoreChanged());
     EXPECT_EQ(Column("TDBGridQD", 2), "C1");
     Grid("TDBGridQD").setFocus();
     WindowDriver::Press(Qt::Key_Delete);
@@ -95,7 +95,7 @@ TEST_F(SetupPagesTest, ADeletedObjectLeavesAllListsAtOnce) {
     WindowDriver::Press(Qt::Key_Delete);
     EXPECT_EQ(Column("TDBGridDisplay", 0), "C1|P|D|H");
     EXPECT_EQ(Column("TDBGridQD", 2), "C1|") << "the pair stays, without its counter";
-    EXPECT_TRUE(m_station.reload.DbChanged);
+    EXPECT_TRUE(m_station.reload.IsStoreChanged());
     GoToTab(2);
     EXPECT_EQ(Column("TDBGridDisplayList", 0), "C1|P|D|H");
     EXPECT_EQ(Column("TDBGridPlan", 2), "C1");
@@ -171,7 +171,7 @@ TEST_F(SetupPagesTest, TestConnectTakesTheRowAndIsDisabledWhileItRuns) {
 
 TEST_F(SetupPagesTest, ThePlanIsChangedByHandAndOrderedByTyping) {
     Show(2);
-    m_station.reload.DbChanged = false;
+    m_station.reload.Refresh();
     EXPECT_TRUE(Grid("TDBGridDisplayList").isColumnHidden(3));
     EXPECT_EQ(Column("TDBGridPlan", 2), "C2|C1") << "an entry without its object is not shown";
     Run(QStringLiteral("UPDATE Display SET d_Number = NULL WHERE d_Id = 4"));
@@ -180,9 +180,9 @@ TEST_F(SetupPagesTest, ThePlanIsChangedByHandAndOrderedByTyping) {
     m_hands->ClickButton("cmdPlan_0");
     m_hands->ClickButton("cmdPlan_0");
     EXPECT_EQ(Column("TDBGridPlan", 2), "D|D|C2|C1") << "an object may come twice, its number may be missing";
-    EXPECT_FALSE(m_station.reload.DbChanged);
+    EXPECT_FALSE(m_station.reload.IsStoreChanged());
     WindowDriver::Type(Grid("TDBGridPlan"), 0, 3, QStringLiteral("9"));
-    EXPECT_TRUE(m_station.reload.DbChanged);
+    EXPECT_TRUE(m_station.reload.IsStoreChanged());
     WindowDriver::Type(Grid("TDBGridPlan"), 1, 2, QStringLiteral("Door"));
     EXPECT_EQ(Column("TDBGridPlan", 2), "Door|Door|C2|C1");
     EXPECT_EQ(Column("TDBGridDisplayList", 0), "C1|C2|P|Door|H");
@@ -276,7 +276,7 @@ TEST_F(SetupPagesTest, DevicesGoBehindTheHubAndBack) {
     EXPECT_TRUE(Grid("TDBGridHUB").isColumnHidden(3) && Grid("TDBGridHubCounters").isColumnHidden(2));
     EXPECT_EQ(Column("TDBGridCounters", 0), "C1|P|D") << "no hubs, no members, no null";
     EXPECT_EQ(Column("TDBGridHubCounters", 0), "C2");
-    m_station.reload.DbChanged = false;
+    m_station.reload.Refresh();
     WindowDriver::Click(Grid("TDBGridHUB"), 1, 0);
     EXPECT_EQ(m_hands->Find<QLabel>("lblHub").text(), QStringLiteral("H2"));
     EXPECT_EQ(Column("TDBGridHubCounters", 0), "");
@@ -296,7 +296,7 @@ TEST_F(SetupPagesTest, DevicesGoBehindTheHubAndBack) {
     EXPECT_EQ(m_station.installation->HubTable[4].Slots[0], 2);
     ClickAndAnswer("cmdRemAll", BoxKind::Plain, RemoveAll, true);
     EXPECT_EQ(StoredText(QStringLiteral("SELECT COUNT(*) FROM Display WHERE d_HubId <> 0")), "0");
-    EXPECT_FALSE(m_station.reload.DbChanged);
+    EXPECT_FALSE(m_station.reload.IsStoreChanged());
 
     Run(QStringLiteral("DELETE FROM Display"));
     m_hands->ClickButton("cmdRefreshHub");

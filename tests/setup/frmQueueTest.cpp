@@ -73,7 +73,7 @@ TEST_F(frmQueueTest, WhatIsLeftInACellStandsInTheStore) {
     Type(1, ButtonColumn, QStringLiteral("9"), Qt::Key_Tab);
     EXPECT_EQ(Stored(QStringLiteral("q_Name")), QStringLiteral("second|Teller"));
     EXPECT_EQ(Stored(QStringLiteral("q_Button")), QStringLiteral("9|6"));
-    EXPECT_TRUE(m_station.reload.DbChanged);
+    EXPECT_TRUE(m_station.reload.IsStoreChanged());
     EXPECT_EQ(m_station.installation->NumServices, 0) << "the model follows only by a reload";
 
     Click(0, NameColumn);
@@ -89,7 +89,7 @@ TEST_F(frmQueueTest, WhatIsNotChangedOrGivenUpIsNotWritten) {
     Type(0, NameColumn, QStringLiteral("first"));
     Type(0, NameColumn, QStringLiteral("typed"), Qt::Key_Escape);
     EXPECT_EQ(Shown(0, NameColumn), QStringLiteral("first"));
-    EXPECT_FALSE(m_station.reload.DbChanged);
+    EXPECT_FALSE(m_station.reload.IsStoreChanged());
 }
 
 TEST_F(frmQueueTest, TheIdCannotBeEdited) {
@@ -272,7 +272,7 @@ TEST_F(frmQueueTest, EmptyAsksFirst) {
     QTest::mouseClick(&Find<QPushButton>("cmdEmpty"), Qt::LeftButton);
     EXPECT_EQ(Grid().model()->rowCount(), 1);
     EXPECT_TRUE(Stored(QStringLiteral("q_Id")).isEmpty());
-    EXPECT_FALSE(m_station.reload.DbChanged);
+    EXPECT_FALSE(m_station.reload.IsStoreChanged());
 }
 
 TEST_F(frmQueueTest, AClosedDatabaseEndsEveryCommandInABox) {

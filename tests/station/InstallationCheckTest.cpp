@@ -50,8 +50,7 @@ protected:
     Options m_options;
     Database m_database{m_folder.path(), m_ini, m_log, m_clock};
     const std::unique_ptr<model::Installation> m_installation = std::make_unique<model::Installation>();
-    TicketRecords m_tickets{m_database, *m_installation, m_log};
-    InstallationCheck m_check{m_database, m_tickets, m_options, m_clock};
+    InstallationCheck m_check{m_database, m_options, m_clock};
 };
 
 } // namespace

@@ -88,7 +88,7 @@ TEST_F(RunnerTest, TheEndCutsAnOperationOffWhereItStands) {
             ++cuts;
             EXPECT_EQ(sent, sentBefore);
             EXPECT_EQ(behind, QStringList());
-            EXPECT_EQ(station.tickets.GetMaxTicket(1), 1007) << which << " after " << commands;
+            EXPECT_EQ(station.tickets.GetMaxTicket(), 1007) << which << " after " << commands;
             EXPECT_FALSE(station.run.QueueRunning());
         }
         EXPECT_GE(cuts, 1) << which;

@@ -373,7 +373,13 @@ TEST_F(StationTest, TheLighterRefreshFollowsEditsAndDevicesBehindHubsStayReachab
 
     // The objects move up by one.
     ASSERT_TRUE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_On=0 WHERE d_Id=1")}));
-    m_station.reload.DbChanged = true;
+    // Each service that a running system cannot take gets a warning.
+    ASSERT_TRUE(m_station.database.Run({QStringLiteral("INSERT INTO Queue (q_Id, q_On) VALUES (70, 1), (71, 1)")}));
+    m_station.NoteStoreChanged();
+    for (int i = 0; i < 2; ++i) {
+        m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Warning, Queue system has changed, you must"
+                                                                     " restart program to apply these changes."));
+    }
     Await(m_station.RefreshIfChanged());
     EXPECT_EQ(changes, 1);
     EXPECT_EQ(m_station.installation->NumObjects, 3);
