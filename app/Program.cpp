@@ -180,7 +180,7 @@ void Program::ShowHelp(const QString& page) {
         if (QFileInfo::exists(path) && QDesktopServices::openUrl(QUrl::fromLocalFile(path)))
             return;
     }
-    m_dialogs.ShowMessage(BoxKind::Exclamation, tr("The manual cannot be opened: %1/help").arg(m_folders.install));
+    m_dialogs.Warn(tr("The manual cannot be opened: %1/help").arg(m_folders.install));
 }
 
 void Program::Leave() {

@@ -130,7 +130,7 @@ void frmBusMonitor::Save(bool asCsv) {
                 window->m_model->WriteText(content);
             const Result<> written = WriteWhole(path, content.data());
             if (!written)
-                window->m_station.dialogs.ShowMessage(BoxKind::Exclamation, written.Error());
+                window->m_station.dialogs.Warn(written.Error());
         });
 }
 

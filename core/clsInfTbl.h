@@ -27,7 +27,6 @@ public:
     qint16 InfNewRows() const { return m_newRows; }
 
     bool IsDirty() const { return m_dirty; }
-    void SetDirty(bool dirty) { m_dirty = dirty; }
     void ClrDirty();
 
     /// Fills the rows from a stored text, seven characters a row, row 0 first; `NextRow` stays. An empty text changes

@@ -35,7 +35,7 @@ bool Reload::ReloadDirections() {
     const Result<Snapshot> store = m_loaders.Read();
     if (store)
         m_installation.NumDirections = m_loaders.LoadDirections(*store);
-    return bool(store);
+    return static_cast<bool>(store);
 }
 
 bool Reload::ReloadObjectsAndDirections() {

@@ -11,7 +11,7 @@ StoreKind StoreKindOf(QByteArrayView head) {
     if (head.size() < StoreKindBytes || !head.startsWith(QByteArrayView("\0\1\0\0", 4)))
         return StoreKind::Other;
     const QByteArrayView engine = head.sliced(4, 16);
-    const int version = quint8(head[0x14]);
+    const int version = static_cast<quint8>(head[0x14]);
     if (engine == QByteArrayView("Standard ACE DB\0", 16))
         return StoreKind::Ace;
     if (engine != QByteArrayView("Standard Jet DB\0", 16))

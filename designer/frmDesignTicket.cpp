@@ -152,7 +152,8 @@ void frmDesignTicket::SetUpFormats() {
     connect(&edit, &QTextEdit::selectionChanged, this, show);
     connect(&edit, &QTextEdit::cursorPositionChanged, this, show);
     connect(&edit, &QTextEdit::currentCharFormatChanged, this, show);
-    connect(&edit, &FormEdit::Refused, this, [this](const QString& characters) { Warn(RefusedText(characters)); });
+    connect(&edit, &FormEdit::Refused, this,
+            [this](const QString& characters) { m_dialogs.Warn(RefusedText(characters)); });
     show();
 }
 
@@ -280,12 +281,12 @@ void frmDesignTicket::Save() {
 void frmDesignTicket::LoadForm(const QString& path) {
     const Result<QByteArray> content = ReadWhole(path, LargestForm);
     if (!content) {
-        Warn(content.Error());
+        m_dialogs.Warn(content.Error());
         return;
     }
     Result<richtext::Document> read = richtext::Read(*content);
     if (!read) {
-        Warn(QStringLiteral("%1: %2").arg(path, read.Error()));
+        m_dialogs.Warn(QStringLiteral("%1: %2").arg(path, read.Error()));
         return;
     }
     const QString refused = MakeVni(read->document);
@@ -294,26 +295,22 @@ void frmDesignTicket::LoadForm(const QString& path) {
     m_ui->lblFile->setText(QFileInfo(path).fileName());
     ShowPreview();
     if (!read->losses.isEmpty())
-        Warn(tr("%1 has what a ticket form cannot keep. It will be lost on saving: %2.")
-                 .arg(QFileInfo(path).fileName(), read->losses.join(QStringLiteral(", "))));
+        m_dialogs.Warn(tr("%1 has what a ticket form cannot keep. It will be lost on saving: %2.")
+                           .arg(QFileInfo(path).fileName(), read->losses.join(QStringLiteral(", "))));
     if (!refused.isEmpty())
-        Warn(RefusedText(refused));
+        m_dialogs.Warn(RefusedText(refused));
 }
 
 void frmDesignTicket::SaveForm(const QString& path) {
     const Result<> written = WriteWhole(path, richtext::Write(m_ui->rtfPrintForm->Document()));
     if (!written) {
-        Warn(written.Error());
+        m_dialogs.Warn(written.Error());
         return;
     }
     m_formPath = path;
     m_ui->lblFile->setText(QFileInfo(path).fileName());
     m_formChanged = false;
     ShowPreview();
-}
-
-void frmDesignTicket::Warn(const QString& text) {
-    m_dialogs.ShowMessage(BoxKind::Exclamation, text);
 }
 
 void frmDesignTicket::Send() {

@@ -53,7 +53,6 @@ private:
     void Save();
     void LoadForm(const QString& path);
     void SaveForm(const QString& path);
-    void Warn(const QString& text);
 
     void Send();
     void SendToAll(Logos logos);

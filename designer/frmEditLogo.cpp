@@ -89,11 +89,11 @@ void frmEditLogo::Open() {
 void frmEditLogo::LoadLogoFile(const QString& path) {
     std::optional<Bitmap24> bitmap = LoadBitmap24(path);
     if (!bitmap) {
-        Warn(InvalidBitmapText());
+        m_dialogs.Warn(InvalidBitmapText());
         bitmap.emplace();
     }
     if (bitmap->width > LargestLogoWidth || bitmap->height > LargestLogoHeight) {
-        Warn(LogoTooLargeText());
+        m_dialogs.Warn(LogoTooLargeText());
         return;
     }
     m_ui->picEdit->SetCells(LogoCells(*bitmap));
@@ -127,7 +127,7 @@ void frmEditLogo::SaveLogo(const std::function<void()>& done) {
 bool frmEditLogo::WriteLogo(const QString& path) {
     const Result<> written = WriteWhole(path, BitmapFile(m_ui->picEdit->Cells().ToBitmap()));
     if (!written)
-        Warn(written.Error());
+        m_dialogs.Warn(written.Error());
     return static_cast<bool>(written);
 }
 
@@ -145,7 +145,7 @@ void frmEditLogo::ImportPicture(const QString& path) {
     reader.setDecideFormatFromContent(true);
     const QImage picture = reader.read();
     if (picture.isNull()) {
-        Warn(QStringLiteral("%1: %2").arg(path, reader.errorString()));
+        m_dialogs.Warn(QStringLiteral("%1: %2").arg(path, reader.errorString()));
         return;
     }
     auto* window = new frmImportLogo(picture, this);
@@ -193,10 +193,6 @@ void frmEditLogo::Zoom(int step) {
 void frmEditLogo::ShowSteps() {
     m_ui->mnUndo->setEnabled(m_ui->picEdit->CanUndo());
     m_ui->mnRedo->setEnabled(m_ui->picEdit->CanRedo());
-}
-
-void frmEditLogo::Warn(const QString& text) {
-    m_dialogs.ShowMessage(BoxKind::Exclamation, text);
 }
 
 void frmEditLogo::resizeEvent(QResizeEvent* event) {

@@ -47,7 +47,6 @@ private:
     void ScrollTo(int value);
     void Zoom(int step);
     void ShowSteps();
-    void Warn(const QString& text);
 
     TicketForms& m_forms;
     Dialogs& m_dialogs;

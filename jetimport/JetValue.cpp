@@ -30,14 +30,14 @@ void Unmask(char* bytes, int count) {
         i = (i + 1) & 0xFF;
         j = (j + state[i]) & 0xFF;
         std::swap(state[i], state[j]);
-        bytes[n] = char(quint8(bytes[n]) ^ state[(state[i] + state[j]) & 0xFF]);
+        bytes[n] = static_cast<char>(static_cast<quint8>(bytes[n]) ^ state[(state[i] + state[j]) & 0xFF]);
     }
 }
 
 QString Decimal(unsigned __int128 value, bool negative, int scale) {
     QString digits;
     do {
-        digits.prepend(QChar(u'0' + int(value % 10)));
+        digits.prepend(QChar(u'0' + static_cast<int>(value % 10)));
         value /= 10;
     } while (value > 0);
     if (scale > 0) {
@@ -67,7 +67,7 @@ QString Protection(QByteArrayView head) {
     if (!jet3) {
         const double days = qFromLittleEndian<double>(bytes.constData() + CreationPlace);
         if (std::isfinite(days) && std::abs(days) < 2147483647.0)
-            qToLittleEndian<qint32>(qint32(days), dateMask);
+            qToLittleEndian<qint32>(static_cast<qint32>(days), dateMask);
     }
     for (int i = 0; i < (jet3 ? 20 : 40); ++i) {
         if ((bytes[PasswordPlace + i] ^ dateMask[i % 4]) != 0)
@@ -90,7 +90,7 @@ QString Text4(QByteArrayView bytes) {
             single = !single;
             ++i;
         } else if (single) {
-            text += QChar(char16_t(quint8(bytes[i++])));
+            text += QChar(static_cast<char16_t>(static_cast<quint8>(bytes[i++])));
         } else if (i + 1 < bytes.size()) {
             text += QChar(qFromLittleEndian<quint16>(bytes.data() + i));
             i += 2;
@@ -108,13 +108,14 @@ QVariant Moment(double days) {
         return days;
     const double wholeDays = std::trunc(days);
     auto seconds = qint64(std::llround(std::abs(days - wholeDays) * 86400));
-    const QDate date = QDate(1899, 12, 30).addDays(qint64(wholeDays) + seconds / 86400);
+    const QDate date = QDate(1899, 12, 30).addDays(static_cast<qint64>(wholeDays) + seconds / 86400);
     seconds %= 86400;
     // Rounded up out of the last day.
     if (date.year() > 9999)
         return days;
     return QString::asprintf("%04d-%02d-%02d %02d:%02d:%02d", date.year(), date.month(), date.day(),
-                             int(seconds / 3600), int(seconds / 60 % 60), int(seconds % 60));
+                             static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
+                             static_cast<int>(seconds % 60));
 }
 
 QString Money(qint64 tenThousandths) {

@@ -37,7 +37,8 @@ constexpr Name PrinterNames[] = {{'S', QT_TRANSLATE_NOOP("commands", "reset with
                                  {'Q', QT_TRANSLATE_NOOP("commands", "query ticket")}};
 
 constexpr Name DisplayNames[] = {{'S', QT_TRANSLATE_NOOP("commands", "query")},
-                                 {'H', QT_TRANSLATE_NOOP("commands", "show text")}};
+                                 {'H', QT_TRANSLATE_NOOP("commands", "show text")},
+                                 {'P', QT_TRANSLATE_NOOP("commands", "status")}};
 
 constexpr Name HubNames[] = {
     {'W', QT_TRANSLATE_NOOP("commands", "member list")},   {'L', QT_TRANSLATE_NOOP("commands", "configuration block")},

@@ -350,7 +350,7 @@ void frmMain::Open() {
 
 void frmMain::Exit() {
     if (m_station.Run().QueueRunning())
-        m_station.dialogs.ShowMessage(BoxKind::Exclamation, QStringLiteral("Please Stop Queue first"));
+        m_station.dialogs.Warn(QStringLiteral("Please Stop Queue first"));
     else
         Q_EMIT ExitWanted();
 }

@@ -35,6 +35,11 @@ public:
     virtual QCoro::Task<> ShowMessage(BoxKind kind, QString text) = 0;
     /// The same under a title of its own.
     virtual QCoro::Task<> ShowTitledMessage(BoxKind kind, QString title, QString text) = 0;
+    /// A message that nobody waits for, with an exclamation mark, nothing for an empty text.
+    void Warn(const QString& text) {
+        if (!text.isEmpty())
+            ShowMessage(BoxKind::Exclamation, text);
+    }
 
     /// Asks `question` with the buttons Yes and No. Closing the box counts as No.
     virtual QCoro::Task<bool> AskYesNo(BoxKind kind, QString question) = 0;

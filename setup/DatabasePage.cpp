@@ -113,7 +113,7 @@ void DatabasePage::LoadQueueDisplay() {
 
 void DatabasePage::AddSelected() {
     if (m_ui->TDBGridDisplay->CurrentNumber(ObjectId) < 1 || m_ui->TDBGridQueue->CurrentNumber(ServiceId) < 1)
-        Warn(QStringLiteral("Must Select Service and Counter in Lists!"));
+        TheStation().dialogs.Warn(QStringLiteral("Must Select Service and Counter in Lists!"));
     else
         AddServiceCounter();
 }
@@ -122,17 +122,17 @@ void DatabasePage::AddServiceCounter() {
     const qint32 counterId = m_ui->TDBGridDisplay->CurrentNumber(ObjectId);
     // A type that is not set counts as a counter, as it does for the loader.
     if (m_ui->TDBGridDisplay->CurrentNumber(ObjectType) != model::Counter) {
-        Warn(QStringLiteral("Could not add this type to service."));
+        TheStation().dialogs.Warn(QStringLiteral("Could not add this type to service."));
         return;
     }
     const qint32 serviceId = m_ui->TDBGridQueue->CurrentNumber(ServiceId);
     const Result<bool> served = Records().assignments.IsCounterServed(counterId, serviceId);
     if (!served) {
-        Warn(served.Error());
+        TheStation().dialogs.Warn(served.Error());
         return;
     }
     if (*served) {
-        Warn(QStringLiteral("Counter was assigned. "));
+        TheStation().dialogs.Warn(QStringLiteral("Counter was assigned. "));
         return;
     }
     const auto add = [=, this]() -> Result<> {

@@ -86,7 +86,7 @@ void DirectionPage::SettleUnstored(const std::function<void(bool)>& done) {
         }
         const Outcome stored = yes ? page->UpdateDataDir() : Outcome::Done();
         if (!stored.IsDone())
-            page->Warn(stored.text);
+            page->TheStation().dialogs.Warn(stored.text);
         done(stored.IsDone());
     });
 }

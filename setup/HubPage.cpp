@@ -53,7 +53,7 @@ void HubPage::LoadHubCounters() {
 
 void HubPage::AddSelected() {
     if (m_ui->TDBGridCounters->CurrentNumber(FreeId) < 1 || m_ui->TDBGridHUB->CurrentNumber(HubId) < 1)
-        Warn(QStringLiteral("Must Select Service and Counter in Lists!"));
+        TheStation().dialogs.Warn(QStringLiteral("Must Select Service and Counter in Lists!"));
     else
         AddHubCounter();
 }

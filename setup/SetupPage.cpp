@@ -34,7 +34,7 @@ void SetupPage::Do(const Change& change, const Show& show) {
     show();
     m_records->NoteChange();
     if (!done)
-        Warn(done.Error());
+        m_station->dialogs.Warn(done.Error());
 }
 
 void SetupPage::AskAndDo(BoxKind kind, const QString& question, const Change& change, const Show& show) {
@@ -42,8 +42,4 @@ void SetupPage::AskAndDo(BoxKind kind, const QString& question, const Change& ch
         if (yes && page)
             page->Do(change, show);
     });
-}
-
-void SetupPage::Warn(const QString& text) {
-    m_station->dialogs.ShowMessage(BoxKind::Exclamation, text);
 }

@@ -41,8 +41,6 @@ protected:
     void Do(const Change& change, const Show& show);
     /// The same once the user has answered a question with Yes.
     void AskAndDo(BoxKind kind, const QString& question, const Change& change, const Show& show);
-    /// Warns the user in a box.
-    void Warn(const QString& text);
 
 private:
     Station* m_station = nullptr;

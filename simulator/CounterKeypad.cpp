@@ -30,21 +30,6 @@ void CounterKeypad::Hear(char letter, const QByteArray& data) {
         SetClock(data, TimeLength);
 }
 
-QString CounterKeypad::Meaning(char letter) const {
-    switch (letter) {
-    case 'S':
-        return QStringLiteral("time");
-    case 'H':
-        return QStringLiteral("display text");
-    case 'P':
-        return QStringLiteral("presence");
-    case 'Q':
-        return QStringLiteral("key");
-    default:
-        return {};
-    }
-}
-
 QString CounterKeypad::Summary() const {
     return QStringLiteral("%1: shows \"%2\", time %3\n").arg(Title(), ansi::Decode(m_text), ClockSummary());
 }

@@ -13,7 +13,6 @@ public:
     Answer Handle(char letter, const QByteArray& data) override;
     /// `R` and `U` set the time.
     void Hear(char letter, const QByteArray& data) override;
-    QString Meaning(char letter) const override;
     QString Summary() const override;
 
 private:

@@ -126,35 +126,6 @@ void DeviceHub::Hear(char letter, const QByteArray& data) {
         SetClock(data, ClockLength);
 }
 
-QString DeviceHub::Meaning(char letter) const {
-    switch (letter) {
-    case 'W':
-        return QStringLiteral("member list");
-    case 'L':
-        return QStringLiteral("configuration block");
-    case 'U':
-        return QStringLiteral("clock");
-    case 'K':
-        return QStringLiteral("counter option");
-    case 'J':
-        return QStringLiteral("transfer bracket");
-    case 'N':
-        return QStringLiteral("relay");
-    case 'H':
-        return QStringLiteral("counter display");
-    case 'P':
-        return QStringLiteral("presence");
-    case 'Q':
-        return QStringLiteral("query");
-    case 'Y':
-        return QStringLiteral("test of a member");
-    case 'Z':
-        return QStringLiteral("dump");
-    default:
-        return {};
-    }
-}
-
 QString DeviceHub::RelayedMeaning(const QByteArray& data) const {
     if (data.size() < 2)
         return {};

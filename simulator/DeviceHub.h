@@ -35,7 +35,6 @@ public:
     Answer Handle(char letter, const QByteArray& data) override;
     /// `R` and `U` set the clock.
     void Hear(char letter, const QByteArray& data) override;
-    QString Meaning(char letter) const override;
     /// The meaning of the letter that an `N` carries, with the device's name.
     QString RelayedMeaning(const QByteArray& data) const;
     QString Summary() const override;

@@ -21,12 +21,6 @@ SimulatedDevice::Answer InformationDisplay::Handle(char letter, const QByteArray
     }
 }
 
-QString InformationDisplay::Meaning(char letter) const {
-    if (letter == 'S')
-        return QStringLiteral("query");
-    return letter == 'H' ? QStringLiteral("text") : QString();
-}
-
 QString InformationDisplay::Summary() const {
     return QStringLiteral("%1: number \"%2\", text \"%3\"\n")
         .arg(Title(), ansi::Decode(m_number), ansi::Decode(m_text));

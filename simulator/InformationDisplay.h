@@ -11,7 +11,6 @@ public:
     const QByteArray& Text() const { return m_text; }
 
     Answer Handle(char letter, const QByteArray& data) override;
-    QString Meaning(char letter) const override;
     QString Summary() const override;
 
 private:

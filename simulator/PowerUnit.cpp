@@ -11,12 +11,6 @@ SimulatedDevice::Answer PowerUnit::Handle(char letter, const QByteArray& data) {
     return Reply();
 }
 
-QString PowerUnit::Meaning(char letter) const {
-    if (letter == 'G')
-        return QStringLiteral("switch on");
-    return letter == 'T' ? QStringLiteral("switch off") : QString();
-}
-
 QString PowerUnit::Summary() const {
     return QStringLiteral("%1: %2\n").arg(Title(), m_on ? QStringLiteral("on") : QStringLiteral("off"));
 }

@@ -10,7 +10,6 @@ public:
     bool IsOn() const { return m_on; }
 
     Answer Handle(char letter, const QByteArray& data) override;
-    QString Meaning(char letter) const override;
     QString Summary() const override;
 
 private:

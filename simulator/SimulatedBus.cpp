@@ -1,5 +1,6 @@
 #include "simulator/SimulatedBus.h"
 
+#include "link/CommandNames.h"
 #include "link/Encodings.h"
 #include "link/Frames.h"
 #include "simulator/CounterKeypad.h"
@@ -347,7 +348,7 @@ void SimulatedBus::HandleCommand(const FrameDecoder::Command& command) {
         who = broadcast           ? QStringLiteral("all")
               : device != nullptr ? device->Title()
                                   : QStringLiteral("address %1").arg(command.Address);
-        QString meaning = broadcast           ? QStringLiteral("clock")
+        QString meaning = broadcast           ? commands::BroadcastMeaning(command.Letter)
                           : device != nullptr ? device->Meaning(command.Letter)
                                               : QString();
         if (const auto* const hub = dynamic_cast<const DeviceHub*>(device); hub != nullptr && command.Letter == 'N')

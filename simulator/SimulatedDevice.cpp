@@ -1,5 +1,7 @@
 #include "simulator/SimulatedDevice.h"
 
+#include "link/CommandNames.h"
+
 #include "link/Encodings.h"
 
 SimulatedDevice::SimulatedDevice(BusDevice identity)
@@ -10,6 +12,12 @@ QString SimulatedDevice::Title() const {
         .arg(DeviceClassName(m_identity.Class))
         .arg(m_identity.Address)
         .arg(m_identity.Name);
+}
+
+QString SimulatedDevice::Meaning(char letter) const {
+    const bool isObject = m_identity.Class != DeviceClass::PowerUnit;
+    return commands::Meaning(isObject ? std::optional(static_cast<model::ObjectType>(m_identity.Class)) : std::nullopt,
+                             letter);
 }
 
 void SimulatedDevice::Hear(char, const QByteArray&) {}

@@ -30,7 +30,7 @@ public:
     /// Carries a broadcast out; a letter that is nothing to this device is passed over.
     virtual void Hear(char letter, const QByteArray& data);
     /// What the letter means to this class of device, empty if nothing.
-    virtual QString Meaning(char letter) const = 0;
+    QString Meaning(char letter) const;
     /// What the device holds now, one line or more, each ended by a line feed.
     virtual QString Summary() const = 0;
 

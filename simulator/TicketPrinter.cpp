@@ -114,13 +114,20 @@ SimulatedDevice::Answer TicketPrinter::Handle(char letter, const QByteArray& dat
     case 'J':
         m_letterTransfer.Take(data);
         return Reply();
+    case 'P':
+    case 'N':
+    case 'X':
+    case 'Z':
+    case 'G':
+    case 'T':
+    case 'W':
+        return data.isEmpty() ? HandleBare(letter) : WrongLength(data);
     default:
-        break;
-    }
-    if (Meaning(letter).isEmpty())
         return UnknownLetter();
-    if (!data.isEmpty())
-        return WrongLength(data);
+    }
+}
+
+SimulatedDevice::Answer TicketPrinter::HandleBare(char letter) {
     switch (letter) {
     case 'P':
         return Reply(Flags());
@@ -229,46 +236,6 @@ void TicketPrinter::Print(const Ticket& ticket) {
 void TicketPrinter::Hear(char letter, const QByteArray& data) {
     if (letter == 'R' || letter == 'U')
         SetClock(data, ClockLength);
-}
-
-QString TicketPrinter::Meaning(char letter) const {
-    switch (letter) {
-    case 'S':
-    case 'U':
-        return QStringLiteral("clock");
-    case 'P':
-        return QStringLiteral("status");
-    case 'K':
-        return QStringLiteral("button table");
-    case 'M':
-        return QStringLiteral("service row");
-    case 'N':
-        return QStringLiteral("end of the service table");
-    case 'L':
-        return QStringLiteral("form starts");
-    case 'O':
-        return QStringLiteral("form data");
-    case 'V':
-        return QStringLiteral("form ends");
-    case 'X':
-        return QStringLiteral("logos start");
-    case 'Y':
-        return QStringLiteral("logo data");
-    case 'Z':
-        return QStringLiteral("logos end");
-    case 'G':
-        return QStringLiteral("letters start");
-    case 'J':
-        return QStringLiteral("letter data");
-    case 'T':
-        return QStringLiteral("letters end");
-    case 'W':
-        return QStringLiteral("test print");
-    case 'Q':
-        return QStringLiteral("poll for a ticket");
-    default:
-        return {};
-    }
 }
 
 QString TicketPrinter::Summary() const {

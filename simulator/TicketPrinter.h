@@ -58,7 +58,6 @@ public:
     Answer Handle(char letter, const QByteArray& data) override;
     /// `R` and `U` set the clock.
     void Hear(char letter, const QByteArray& data) override;
-    QString Meaning(char letter) const override;
     QString Summary() const override;
 
 private:
@@ -74,6 +73,8 @@ private:
     };
 
     void Print(const Ticket& ticket);
+    /// A command without data.
+    Answer HandleBare(char letter);
     Answer TakeButtons(const QByteArray& data);
     Answer TakeRow(const QByteArray& data);
     Answer EndForm(const QByteArray& data);

@@ -105,11 +105,7 @@ std::unique_ptr<QCoreApplication> MakeApplication(int& argc, char** argv) {
     return std::make_unique<QGuiApplication>(argc, argv);
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    const std::unique_ptr<QCoreApplication> application = MakeApplication(argc, argv);
-    QCommandLineParser parser;
+void AddOptions(QCommandLineParser& parser) {
     parser.setApplicationDescription(QStringLiteral("Plays all devices of an installation behind a pseudo-terminal.\n"
                                                     "Commands on standard input:\n") +
                                      BusConsole::Help());
@@ -130,6 +126,67 @@ int main(int argc, char** argv) {
     });
     for (const Probability& probability : Probabilities)
         parser.addOption({QLatin1String(probability.name), QLatin1String(probability.meaning), QStringLiteral("p")});
+}
+
+/// Sets the bus up as the options say, and opens it.
+/// @return what is wrong, empty if nothing is.
+QString Open(SimulatedBus& bus, const QCommandLineParser& parser, const BusInstallation& installation) {
+    FaultSettings faults;
+    QString problem = ReadFaults(parser, installation, faults);
+    int baudRate = 0;
+    if (!problem.isEmpty() || !ReadNumber(parser, QStringLiteral("baud"), baudRate, problem))
+        return problem;
+    bus.SetLinkPath(parser.value(QStringLiteral("link")));
+    bus.SetBaudRate(baudRate);
+    bus.SetFaults(faults);
+    if (parser.isSet(QStringLiteral("transcript")))
+        problem = bus.Log().OpenFile(parser.value(QStringLiteral("transcript")));
+    return problem.isEmpty() ? bus.Open() : problem;
+}
+
+/// Prints what happens on the bus, and saves the tickets if there is a folder for them.
+void Report(SimulatedBus& bus, TicketPictures* pictures) {
+    QObject::connect(&bus, &SimulatedBus::PrinterLoaded, &bus, [&bus](int address) {
+        const SimulatedDevice* const printer = bus.Find(address);
+        Print(printer->Title() + QStringLiteral(" finished loading\n") + printer->Summary());
+    });
+    QObject::connect(&bus, &SimulatedBus::HungUp, &bus, [] { Print(QStringLiteral("hung up\n")); });
+    if (pictures == nullptr)
+        return;
+    QObject::connect(&bus, &SimulatedBus::TicketPrinted, &bus, [&bus, pictures](int address) {
+        const QString saved = pictures->Save(*bus.FindAs<TicketPrinter>(address));
+        Print(saved.isEmpty() ? QStringLiteral("the picture of a ticket could not be saved\n") : saved + u'\n');
+    });
+}
+
+/// Signals print what the bus holds; all but SIGUSR1 then end the program.
+/// @return false if the machine has no pipe for them.
+bool ListenToSignals(SimulatedBus& bus) {
+    std::array<int, 2> ends{};
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()) != 0)
+        return false;
+    signalEnd = ends[0];
+    auto* const signalled = new QSocketNotifier(ends[1], QSocketNotifier::Read, &bus);
+    QObject::connect(signalled, &QSocketNotifier::activated, &bus, [&bus, end = ends[1]] {
+        char signalNumber = 0;
+        if (::read(end, &signalNumber, 1) != 1)
+            return;
+        Print(bus.Summary());
+        if (signalNumber != SIGUSR1)
+            QCoreApplication::quit();
+    });
+    for (const int signalNumber : {SIGINT, SIGTERM, SIGUSR1})
+        std::signal(signalNumber, NoteSignal);
+    std::signal(SIGPIPE, SIG_IGN);
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const std::unique_ptr<QCoreApplication> application = MakeApplication(argc, argv);
+    QCommandLineParser parser;
+    AddOptions(parser);
     parser.process(*application);
     if (parser.positionalArguments().size() != 1)
         parser.showHelp(2);
@@ -141,58 +198,18 @@ int main(int argc, char** argv) {
         return Fail(problem);
     for (const QString& note : installation->Notes())
         Print(QStringLiteral("left out: %1\n").arg(note));
-    FaultSettings faults;
-    problem = ReadFaults(parser, *installation, faults);
-    int baudRate = 0;
-    if (!problem.isEmpty() || !ReadNumber(parser, QStringLiteral("baud"), baudRate, problem))
-        return Fail(problem);
-
     SimulatedBus bus(*installation);
-    bus.SetLinkPath(parser.value(QStringLiteral("link")));
-    bus.SetBaudRate(baudRate);
-    bus.SetFaults(faults);
-    if (parser.isSet(QStringLiteral("transcript"))) {
-        problem = bus.Log().OpenFile(parser.value(QStringLiteral("transcript")));
-        if (!problem.isEmpty())
-            return Fail(problem);
-    }
-    problem = bus.Open();
+    problem = Open(bus, parser, *installation);
     if (!problem.isEmpty())
         return Fail(problem);
     Print(parser.isSet(QStringLiteral("print-path"))
               ? bus.SlavePath() + u'\n'
               : QStringLiteral("%1 devices at %2\n").arg(bus.Devices().size()).arg(bus.SlavePath()));
 
-    QObject::connect(&bus, &SimulatedBus::PrinterLoaded, application.get(), [&bus](int address) {
-        const SimulatedDevice* const printer = bus.Find(address);
-        Print(printer->Title() + QStringLiteral(" finished loading\n") + printer->Summary());
-    });
     TicketPictures pictures(parser.value(QStringLiteral("tickets")));
-    if (parser.isSet(QStringLiteral("tickets"))) {
-        QObject::connect(&bus, &SimulatedBus::TicketPrinted, application.get(), [&bus, &pictures](int address) {
-            const QString saved = pictures.Save(*bus.FindAs<TicketPrinter>(address));
-            Print(saved.isEmpty() ? QStringLiteral("the picture of a ticket could not be saved\n") : saved + u'\n');
-        });
-    }
-    QObject::connect(&bus, &SimulatedBus::HungUp, application.get(), [] { Print(QStringLiteral("hung up\n")); });
-
-    std::array<int, 2> ends{};
-    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends.data()) != 0)
+    Report(bus, parser.isSet(QStringLiteral("tickets")) ? &pictures : nullptr);
+    if (!ListenToSignals(bus))
         return Fail(QStringLiteral("no pipe for signals"));
-    signalEnd = ends[0];
-    QSocketNotifier signalled(ends[1], QSocketNotifier::Read);
-    QObject::connect(&signalled, &QSocketNotifier::activated, application.get(), [&bus, end = ends[1]] {
-        char signalNumber = 0;
-        if (::read(end, &signalNumber, 1) != 1)
-            return;
-        Print(bus.Summary());
-        if (signalNumber != SIGUSR1)
-            QCoreApplication::quit();
-    });
-    for (const int signalNumber : {SIGINT, SIGTERM, SIGUSR1})
-        std::signal(signalNumber, NoteSignal);
-    std::signal(SIGPIPE, SIG_IGN);
-
     BusConsole console(bus);
     QObject::connect(&console, &BusConsole::QuitAsked, application.get(), &QCoreApplication::quit,
                      Qt::QueuedConnection);

@@ -24,8 +24,8 @@ NEEDS = {
     "fuzz": {*FLOORS, "simulator", "jetimport"},
 }
 BESIDE = [folder for folder in NEEDS if folder not in FLOORS]
-# What the simulator may use of the link: encodings and frames, not the master's side.
-SIMULATOR_LINK = {"link/Encodings.h", "link/Frames.h", "link/FrameReader.h"}
+# What the simulator may use of the link: encodings, frames and the dictionary, not the master's side.
+SIMULATOR_LINK = {"link/CommandNames.h", "link/Encodings.h", "link/Frames.h", "link/FrameReader.h"}
 # Folders with windows, the only ones that see the widgets.
 WINDOWS = {"console", "designer", "utilities", "setup", "operator", "app", "benchmarks"}
 

@@ -101,8 +101,8 @@ void frmOptions::SaveOptions() {
         options.*field = Typed(*box);
     options.DisplayType = static_cast<qint16>(m_ui->CboDispType->currentIndex());
     options.MainDisplayType = static_cast<qint16>(m_ui->cboMainDispType->currentIndex());
-    ShowProblem(m_station.SaveOptions(options, m_ui->txtRenewAt->text()).text);
-    ShowProblem(SaveAutoStart());
+    m_station.dialogs.Warn(m_station.SaveOptions(options, m_ui->txtRenewAt->text()).text);
+    m_station.dialogs.Warn(SaveAutoStart());
 }
 
 QString frmOptions::SaveAutoStart() const {
@@ -115,12 +115,7 @@ QString frmOptions::SaveAutoStart() const {
     return error ? error->description : QString();
 }
 
-void frmOptions::ShowProblem(const QString& text) {
-    if (!text.isEmpty())
-        m_station.dialogs.ShowMessage(BoxKind::Exclamation, text);
-}
-
 void frmOptions::WarnOfTicketSeries() {
-    ShowProblem(QStringLiteral("Warning, change this option may cause system to re-print printed ticket if "
-                               "queue is running!"));
+    m_station.dialogs.Warn(QStringLiteral("Warning, change this option may cause system to re-print printed ticket if "
+                                          "queue is running!"));
 }

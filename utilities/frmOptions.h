@@ -27,8 +27,6 @@ private:
     void SaveOptions();
     /// Makes or takes away the start with the session. @return what went wrong, empty if nothing did.
     QString SaveAutoStart() const;
-    /// Shows a box, unless the text is empty.
-    void ShowProblem(const QString& text);
     void WarnOfTicketSeries();
 
     Station& m_station;

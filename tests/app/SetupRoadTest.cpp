@@ -1,10 +1,9 @@
 #include "tests/app/ProgramWorld.h"
+#include "tests/app/SetupHands.h"
 
-#include "setup/frmQueue.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
 #include "station/Station.h"
-#include "tests/support/WindowDriver.h"
 
 #include <QAction>
 #include <QLabel>
@@ -32,53 +31,17 @@ protected:
         m_program.reset();
     }
 
-    void GoToTab(int number) const {
-        QTest::keyClick(m_window, static_cast<Qt::Key>(Qt::Key_0 + number), Qt::AltModifier);
-        QApplication::processEvents();
-    }
-
     std::string Column(const char* grid, int column) const { return WindowDriver::Column(m_hands->Grid(grid), column); }
 
-    void EnterServices() const {
-        DataGrid& services = m_hands->Grid("TDBGridQueue");
-        WindowDriver::Enter(
-            services, 1, {QStringLiteral("G\u1EEDi ti\u1EC1n"), QStringLiteral("1"), QStringLiteral("Qu\u1EA7y $1")});
-        WindowDriver::Enter(services, 1, {QStringLiteral("Loans"), QStringLiteral("2"), QStringLiteral("To $1")});
-        for (int row = 0; row < 2; ++row) {
-            WindowDriver::Type(services, row, 5, QString::number(row + 7));
-            WindowDriver::Choose(services, row, 6, QStringLiteral("Y"));
-        }
-    }
-
-    void EnterObjects() const {
-        DataGrid& objects = m_hands->Grid("TDBGridDisplay");
-        const struct {
-            const char16_t* name;
-            int number;
-            int address;
-            const char16_t* type;
-        } entered[] = {{u"Q1", 1, 1, u"C"},   {u"Q2", 2, 2, u"C"},   {u"P1", 11, 32, u"P"},
-                       {u"P2", 12, 33, u"P"}, {u"D1", 21, 40, u"D"}, {u"H1", 31, 64, u"H"}};
-        int row = 0;
-        for (const auto& [name, number, address, type] : entered) {
-            WindowDriver::Enter(objects, 0,
-                                {QString::fromUtf16(name), QString::number(number), QString::number(address)});
-            WindowDriver::Choose(objects, row, 3, QString::fromUtf16(type));
-            WindowDriver::Choose(objects, row, 4, QStringLiteral("Y"));
-            ++row;
-        }
-    }
-
     void AssignCounters() {
-        DataGrid& services = m_hands->Grid("TDBGridQueue");
         DataGrid& objects = m_hands->Grid("TDBGridDisplay");
         DataGrid& served = m_hands->Grid("TDBGridQD");
-        WindowDriver::Click(services, 0, 1);
+        m_hands->Assign(0, {});
         WindowDriver::Click(objects, 0, 0);
         m_hands->ClickButton("cmdNew");
         WindowDriver::Drag(objects, 1, 0, served);
         EXPECT_EQ(WindowDriver::Column(served, 2), "Q1|Q2");
-        WindowDriver::Click(services, 1, 1);
+        m_hands->Assign(1, {});
         EXPECT_EQ(m_hands->Find<QLabel>("lblService").text(), QStringLiteral("Loans"));
         EXPECT_EQ(WindowDriver::Column(served, 2), "");
         WindowDriver::Drag(objects, 1, 1, served);
@@ -134,13 +97,13 @@ protected:
         EXPECT_EQ(Column("TDBGridDisplay", 2), "1|2|32|33|40|64");
         EXPECT_EQ(Column("TDBGridDisplay", 3), "Counter|Counter|Printer|Printer|Display|Hub");
         EXPECT_EQ(Column("TDBGridQD", 2), "Q1|Q2");
-        GoToTab(2);
+        m_hands->GoToTab(2);
         EXPECT_EQ(Column("TDBGridPlan", 2), "Q2|P1|P2|D1|Q1");
-        GoToTab(3);
+        m_hands->GoToTab(3);
         EXPECT_EQ(Column("TDBGrid1", 0), "D1|--------");
         EXPECT_EQ(Column("TDBGrid1", 1), "Left|None");
         EXPECT_EQ(Column("TDBGrid1", 2), "Up|None");
-        GoToTab(4);
+        m_hands->GoToTab(4);
         EXPECT_EQ(Column("TDBGridHubCounters", 0), "Q2|P2");
         EXPECT_EQ(m_hands->Find<QPushButton>("cmdFindings").text(), QStringLiteral("Check: nothing found"));
     }
@@ -152,21 +115,26 @@ protected:
     }
 
     frmQueue* m_window = nullptr;
-    std::optional<WindowDriver> m_hands;
+    std::optional<SetupHands> m_hands;
 };
 
 } // namespace
 
 TEST_F(SetupRoadTest, FromAnEmptyStoreToConfiguredDevices) {
     Begin(false);
-    EnterServices();
-    EnterObjects();
+    m_hands->EnterServices({{u"G\u1EEDi ti\u1EC1n"_qs, u"Qu\u1EA7y $1"_qs, 7}, {u"Loans"_qs, u"To $1"_qs, 8}});
+    m_hands->EnterObjects({{u"Q1"_qs, 1, 1, u"C"_qs},
+                           {u"Q2"_qs, 2, 2, u"C"_qs},
+                           {u"P1"_qs, 11, 32, u"P"_qs},
+                           {u"P2"_qs, 12, 33, u"P"_qs},
+                           {u"D1"_qs, 21, 40, u"D"_qs},
+                           {u"H1"_qs, 31, 64, u"H"_qs}});
     AssignCounters();
-    GoToTab(2);
+    m_hands->GoToTab(2);
     BuildPlan();
-    GoToTab(3);
+    m_hands->GoToTab(3);
     ChooseDirections();
-    GoToTab(4);
+    m_hands->GoToTab(4);
     AssignToHub();
     End();
 

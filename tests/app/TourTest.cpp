@@ -7,13 +7,12 @@
 #include "designer/frmImportLogo.h"
 #include "operator/ObjectPicture.h"
 #include "operator/frmMain.h"
-#include "setup/frmQueue.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
 #include "station/Station.h"
+#include "tests/app/SetupHands.h"
 #include "tests/support/Files.h"
 #include "tests/support/TestClock.h"
-#include "tests/support/WindowDriver.h"
 #include "utilities/frmHUBCfg.h"
 #include "utilities/frmSetPort.h"
 #include "widgets/WindowDialogs.h"
@@ -111,71 +110,44 @@ protected:
         m_hands.emplace(*m_setup);
     }
 
-    void GoToTab(int number) const {
-        m_setup->activateWindow();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(m_setup));
-        QTest::keyClick(m_setup, static_cast<Qt::Key>(Qt::Key_0 + number), Qt::AltModifier);
-        QApplication::processEvents();
-    }
-
     void DescribeTheInstallation() {
-        DataGrid& services = m_hands->Grid("TDBGridQueue");
-        const char16_t* names[] = {u"Gửi tiền", u"Rút tiền", u"Tín dụng"};
-        int row = 0;
-        for (const char16_t* name : names) {
-            ++row;
-            WindowDriver::Enter(services, 1, {QString::fromUtf16(name), QString::number(row), u"Quầy $1"_qs});
-            WindowDriver::Type(services, row - 1, 5, QString::number(row));
-            WindowDriver::Choose(services, row - 1, 6, QStringLiteral("Y"));
-        }
-        DataGrid& objects = m_hands->Grid("TDBGridDisplay");
-        const struct {
-            const char16_t* name;
-            int number;
-            int address;
-            const char16_t* type;
-        } entered[] = {{u"Quầy 1", 1, 1, u"C"},   {u"Quầy 2", 2, 2, u"C"},         {u"Quầy 3", 3, 3, u"C"},
-                       {u"Máy in", 11, 32, u"P"}, {u"Máy in lầu 2", 12, 33, u"P"}, {u"Bảng chính", 21, 40, u"D"},
-                       {u"HUB", 31, 64, u"H"}};
-        row = 0;
-        for (const auto& [name, number, address, type] : entered) {
-            WindowDriver::Enter(objects, 0,
-                                {QString::fromUtf16(name), QString::number(number), QString::number(address)});
-            WindowDriver::Choose(objects, row, 3, QString::fromUtf16(type));
-            WindowDriver::Choose(objects, row, 4, QStringLiteral("Y"));
-            ++row;
-        }
-        DataGrid& served = m_hands->Grid("TDBGridQD");
-        for (int service = 0; service < 3; ++service) {
-            WindowDriver::Click(services, service, 1);
-            WindowDriver::Drag(objects, service, 0, served);
-            WindowDriver::Drag(objects, (service + 1) % 3, 0, served);
-        }
+        m_hands->EnterServices({{u"Gửi tiền"_qs, u"Quầy $1"_qs, 1},
+                                {u"Rút tiền"_qs, u"Quầy $1"_qs, 2},
+                                {u"Tín dụng"_qs, u"Quầy $1"_qs, 3}});
+        m_hands->EnterObjects({{u"Quầy 1"_qs, 1, 1, u"C"_qs},
+                               {u"Quầy 2"_qs, 2, 2, u"C"_qs},
+                               {u"Quầy 3"_qs, 3, 3, u"C"_qs},
+                               {u"Máy in"_qs, 11, 32, u"P"_qs},
+                               {u"Máy in lầu 2"_qs, 12, 33, u"P"_qs},
+                               {u"Bảng chính"_qs, 21, 40, u"D"_qs},
+                               {u"HUB"_qs, 31, 64, u"H"_qs}});
+        for (int service = 0; service < 3; ++service)
+            m_hands->Assign(service, {service, (service + 1) % 3});
         m_hands->ClickButton("cmdCheck");
         Picture("check-list", m_setup);
         m_hands->ClickButton("cmdCheck");
         Picture("setup-database", m_setup);
-        GoToTab(2);
+        m_hands->GoToTab(2);
         m_hands->ClickButton("cmdAuto");
         auto* question = Await<QMessageBox>();
         question->button(QMessageBox::Yes)->click();
         DataGrid& plan = m_hands->Grid("TDBGridPlan");
         EXPECT_TRUE(WaitUntil([&] { return plan.model()->rowCount() >= 7; }));
         Picture("setup-scan-plan", m_setup);
-        GoToTab(3);
+        m_hands->GoToTab(3);
         DataGrid& matrix = m_hands->Grid("TDBGrid1");
         for (int counter = 1; counter <= 3; ++counter)
             WindowDriver::Choose(matrix, 0, counter, counter == 2 ? QStringLiteral("U") : QStringLiteral("L"));
         m_hands->ClickButton("cmdUpdate");
         Close(QStringLiteral("Update Done."));
         Picture("setup-main-display", m_setup);
-        GoToTab(4);
+        m_hands->GoToTab(4);
         WindowDriver::Click(m_hands->Grid("TDBGridHUB"), 0, 0);
         for (const int free : {4, 2})
             WindowDriver::Drag(m_hands->Grid("TDBGridCounters"), free, 0, m_hands->Grid("TDBGridHubCounters"));
         EXPECT_EQ(WindowDriver::Column(m_hands->Grid("TDBGridHubCounters"), 0), "Quaày 3|Maùy in laàu 2");
         Picture("setup-hub-assignment", m_setup);
-        GoToTab(1);
+        m_hands->GoToTab(1);
         EXPECT_EQ(m_hands->Find<QPushButton>("cmdFindings").text(), QStringLiteral("Check: nothing found"));
     }
 
@@ -339,7 +311,7 @@ protected:
     std::unique_ptr<Program> m_program;
     std::optional<QCoro::Task<>> m_running;
     frmQueue* m_setup = nullptr;
-    std::optional<WindowDriver> m_hands;
+    std::optional<SetupHands> m_hands;
 };
 
 } // namespace
