@@ -3,6 +3,7 @@
 #include "core/EventLog.h"
 #include "core/IniUtility.h"
 #include "database/Schema.h"
+#include "database/StoreCheck.h"
 #include "database/StoreKind.h"
 #include "platform/Clock.h"
 #include "platform/WholeFile.h"
@@ -71,12 +72,8 @@ Result<> Database::Connect(const QString& path) {
     // All that can be refused is looked at before anything is written.
     if (const Result<> read = m_file.Run({QStringLiteral("SELECT COUNT(*) FROM sqlite_master")}); !read)
         return read;
-    const QStringList tables = m_file.Connection().tables();
-    for (const schema::Table& table : schema::Tables()) {
-        const QString name = QString::fromLatin1(table.name);
-        if (!tables.contains(name, Qt::CaseInsensitive))
-            return Failure{QStringLiteral("The file has no table %1.").arg(name)};
-    }
+    if (const Result<> checked = CheckTables(m_file); !checked)
+        return checked;
     for (const QString& setting :
          {QStringLiteral("PRAGMA journal_mode = DELETE"), QStringLiteral("PRAGMA synchronous = FULL"),
           QStringLiteral("PRAGMA foreign_keys = OFF")}) {
@@ -95,17 +92,15 @@ Result<> Database::Connect(const QString& path) {
 }
 
 Result<> Database::ReadLastInfos() {
-    auto rows = m_file.Select({QStringLiteral("SELECT * FROM [Display] ORDER BY rowid")});
+    auto rows = m_file.Select(
+        {QStringLiteral("SELECT [d_Number],[LastInfo] FROM [Display] WHERE [d_Number] IS NOT NULL ORDER BY rowid")});
     if (!rows)
         return Failure{rows.Error()};
-    // A store that others made may lack either column.
-    const int number = rows->record().indexOf(QStringLiteral("d_Number"));
-    const int text = rows->record().indexOf(QStringLiteral("LastInfo"));
-    while (number >= 0 && text >= 0 && rows->next()) {
+    while (rows->next()) {
         bool isNumber = false;
-        const double key = rows->value(number).toDouble(&isNumber);
-        if (isNumber && !rows->isNull(number) && !m_lastInfos.contains(key))
-            m_lastInfos.insert(key, rows->value(text).toString());
+        const double key = rows->value(0).toDouble(&isNumber);
+        if (isNumber && !m_lastInfos.contains(key))
+            m_lastInfos.insert(key, rows->value(1).toString());
     }
     if (rows->lastError().isValid())
         return Failure{rows->lastError().databaseText()};

@@ -21,8 +21,8 @@ public:
     Database(QString programFolder, IniUtility& ini, EventLog& log, const Clock& clock);
 
     /// Opens the store at `path`, closing the one that is open, and upgrades it. A file that is missing, no SQLite file
-    /// or without one of the station's tables is left as it is: the log gets "Can't open Queue database!" and the
-    /// reason, and the database stays closed.
+    /// or without one of the station's tables or columns is left as it is: the log gets "Can't open Queue database!"
+    /// and the reason, and the database stays closed.
     void OpenDatabase(const QString& path);
 
     /// Adds the columns DateTimeFinish, Action, Call and TicketFlag to `rData` and `qData` where `rData` lacks them,

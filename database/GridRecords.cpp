@@ -145,10 +145,29 @@ Result<> GridRecords::Write(int row, int column, const QString& text) {
     if (row < 0 || row >= rowCount() || text == CellText(row, column))
         return {};
     const QVariant value = text.isEmpty() ? QVariant() : QVariant(text);
+    if (Result<> known = CheckReference(m_columns[static_cast<std::size_t>(column)], value); !known)
+        return known;
     Result<> done = IsNewRow(row) ? Insert(column, value) : Update(row, column, value);
     if (done)
         Q_EMIT RecordsChanged();
     return done;
+}
+
+Result<> GridRecords::CheckReference(const GridColumn& column, const QVariant& value) const {
+    if (column.refersTo.isEmpty())
+        return {};
+    const QString table = column.refersTo.section(u'.', 0, -2);
+    const QString field = column.refersTo.section(u'.', -1);
+    auto known =
+        m_database.Select({QStringLiteral("SELECT 1 FROM %1 WHERE %2=?").arg(Quoted(table), Quoted(field)), {value}});
+    if (!known)
+        return Failure{known.Error()};
+    if (known->next())
+        return {};
+    return Failure{
+        value.isNull()
+            ? QStringLiteral("%1 must name %2.").arg(column.caption, column.refersToA)
+            : QStringLiteral("%1 %2 is not the number of %3.").arg(column.caption, value.toString(), column.refersToA)};
 }
 
 Result<> GridRecords::Insert(int column, const QVariant& value) {

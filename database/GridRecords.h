@@ -64,6 +64,7 @@ private:
     std::size_t TableOf(const GridColumn& column);
     QString SelectStatement(const QString& condition) const;
     Row RowOf(const QSqlQuery& query) const;
+    Result<> CheckReference(const GridColumn& column, const QVariant& value) const;
     Result<> Insert(int column, const QVariant& value);
     Result<> Update(int row, int column, const QVariant& value);
     /// Shows what the store holds for a row; drops the row if it is gone there.

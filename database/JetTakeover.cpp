@@ -2,16 +2,16 @@
 
 #include "core/EventLog.h"
 #include "database/ImporterRun.h"
-#include "database/Schema.h"
 #include "database/Sqlite.h"
+#include "database/StoreCheck.h"
 #include "database/StoreKind.h"
 #include "platform/Dialogs.h"
+#include "platform/LockFile.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QLockFile>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -160,17 +160,7 @@ Result<> JetTakeover::CheckStore(const QString& path) {
     if (verdict != QStringLiteral("ok"))
         return Failure{QStringLiteral("It is damaged: %1.").arg(verdict)};
     query.finish();
-    const QStringList present = file.Connection().tables();
-    QStringList missing;
-    for (const schema::Table& table : schema::Tables()) {
-        const QString name = QString::fromLatin1(table.name);
-        if (!present.contains(name, Qt::CaseInsensitive))
-            missing += name;
-    }
-    if (missing.isEmpty())
-        return {};
-    return Failure{QStringLiteral("It is no database of this program; it lacks the table(s) %1.")
-                       .arg(missing.join(QStringLiteral(", ")))};
+    return CheckTables(file);
 }
 
 QCoro::Task<Outcome> JetTakeover::Prepare(QString path) {
@@ -202,13 +192,11 @@ QCoro::Task<Outcome> JetTakeover::TakeOver(QString file) {
     if (!agreed)
         co_return Outcome::Refused({});
 
-    QLockFile lock(file + QStringLiteral(".takeover-lock"));
-    // The age of a lock says nothing: only that of a dead process may be taken away.
-    lock.setStaleLockTime(0);
-    if (!lock.tryLock(0)) {
-        co_return NotTakenOver(file, lock.error() == QLockFile::LockFailedError
+    LockFile lock;
+    if (const Result<> taken = lock.Take(file + QStringLiteral(".takeover-lock")); !taken) {
+        co_return NotTakenOver(file, lock.IsElsewhere()
                                          ? QStringLiteral("Another program is taking it over right now.")
-                                         : QStringLiteral("Its folder cannot be written to."));
+                                         : QStringLiteral("Its folder cannot be written to: %1.").arg(taken.Error()));
     }
     RemoveLeftovers(file);
     const Outcome outcome = co_await TakeOverLocked(file);

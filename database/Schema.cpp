@@ -13,7 +13,7 @@ constexpr Column QueueColumns[] = {
 
 constexpr Column DisplayColumns[] = {
     {"d_Id", Kind::Key},          {"d_Number", Kind::Byte},         {"d_Address", Kind::Byte},
-    {"d_Name", Kind::Text},       {"d_On", Kind::YesNo, "0"},       {"d_Type", Kind::Byte},
+    {"d_Name", Kind::Text},       {"d_On", Kind::YesNo, "0"},       {"d_Type", Kind::Byte, "0"},
     {"d_HubId", Kind::Long, "0"}, {"d_direction", Kind::Byte, "0"}, {"d_VoiceLocal", Kind::YesNo, "0"},
     {"d_VoicerId", Kind::Text},   {"d_Description", Kind::Text},    {"LastInfo", Kind::Text},
 };

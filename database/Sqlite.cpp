@@ -1,9 +1,28 @@
 #include "database/Sqlite.h"
 
 #include <QFileInfo>
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QUrl>
 #include <QUuid>
+
+#include <sqlite3.h>
+
+namespace {
+
+/// Nothing of the file's own runs. Triggers of the connection (TEMP) do.
+bool DisarmSchema(const QSqlDatabase& connection) {
+    const QVariant handle = connection.driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
+        return false;
+    sqlite3* const file = *static_cast<sqlite3* const*>(handle.constData());
+    return sqlite3_db_config(file, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr) == SQLITE_OK &&
+           sqlite3_db_config(file, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr) == SQLITE_OK &&
+           sqlite3_db_config(file, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr) == SQLITE_OK &&
+           sqlite3_db_config(file, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr) == SQLITE_OK;
+}
+
+} // namespace
 
 Result<> Sqlite::Open(const QString& path, Mode mode) {
     Close();
@@ -14,11 +33,16 @@ Result<> Sqlite::Open(const QString& path, Mode mode) {
     const QByteArray url = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded();
     m_connection.setDatabaseName(QString::fromLatin1(url) +
                                  (mode == Mode::Create ? QStringLiteral("?mode=rwc") : QStringLiteral("?mode=rw")));
-    if (m_connection.open())
-        return {};
-    const Failure failure{m_connection.lastError().databaseText()};
-    Close();
-    return failure;
+    if (!m_connection.open()) {
+        const Failure failure{m_connection.lastError().databaseText()};
+        Close();
+        return failure;
+    }
+    if (!DisarmSchema(m_connection)) {
+        Close();
+        return Failure{QStringLiteral("The library of the database cannot be set up.")};
+    }
+    return {};
 }
 
 void Sqlite::Close() {

@@ -15,7 +15,10 @@ struct Statement {
     QVariantList values = {};
 };
 
-/// One connection to one SQLite file. A failure is what SQLite says; while closed it is "The database is closed."
+/// One connection to one SQLite file. What a file from elsewhere wants to run is not run: its triggers, its views, and
+/// functions of its schema that could do harm.
+///
+/// A failure is what SQLite says; while closed it is "The database is closed."
 class Sqlite {
 public:
     enum class Mode {

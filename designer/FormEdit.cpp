@@ -1,12 +1,15 @@
 #include "designer/FormEdit.h"
 
 #include "platform/AnsiText.h"
+#include "tickets/RichText.h"
 #include "tickets/VniText.h"
+#include "widgets/CopiedText.h"
 
 #include <QDropEvent>
 #include <QKeyEvent>
 #include <QMimeData>
 #include <QTextBlock>
+#include <QTextDocumentFragment>
 
 #include <algorithm>
 
@@ -54,26 +57,9 @@ private:
     bool m_isFirst = true;
 };
 
-} // namespace
-
-FormEdit::FormEdit(QWidget* parent)
-    : QTextEdit(parent) {
-    setAcceptRichText(false);
-    SetDocument(TicketDocument());
-}
-
-QTextCharFormat FormEdit::FormatOf(const CharacterFormat& format) const {
-    QTextCharFormat shown;
-    shown.setFontFamilies({QStringLiteral("VNI-Aptima")});
-    shown.setFontPointSize(format.size);
-    shown.setFontWeight(format.bold ? QFont::Bold : QFont::Normal);
-    shown.setForeground(QColor::fromRgb(format.colour));
-    return shown;
-}
-
-TicketDocument FormEdit::Document() const {
+TicketDocument DocumentOf(const QTextDocument& shown) {
     TicketDocument read{{}};
-    for (QTextBlock block = document()->begin(); block.isValid(); block = block.next()) {
+    for (QTextBlock block = shown.begin(); block.isValid(); block = block.next()) {
         TicketDocument::Paragraph& paragraph = read.paragraphs.emplace_back();
         paragraph.alignment = AlignmentFrom(block.blockFormat().alignment());
         paragraph.empty = FormatFrom(block.charFormat());
@@ -92,6 +78,31 @@ TicketDocument FormEdit::Document() const {
         }
     }
     return read;
+}
+
+QString FormType() {
+    return QStringLiteral("application/x-orvex-form");
+}
+
+} // namespace
+
+FormEdit::FormEdit(QWidget* parent)
+    : QTextEdit(parent) {
+    setAcceptRichText(false);
+    SetDocument(TicketDocument());
+}
+
+QTextCharFormat FormEdit::FormatOf(const CharacterFormat& format) const {
+    QTextCharFormat shown;
+    shown.setFontFamilies({QStringLiteral("VNI-Aptima")});
+    shown.setFontPointSize(format.size);
+    shown.setFontWeight(format.bold ? QFont::Bold : QFont::Normal);
+    shown.setForeground(QColor::fromRgb(format.colour));
+    return shown;
+}
+
+TicketDocument FormEdit::Document() const {
+    return DocumentOf(*document());
 }
 
 void FormEdit::SetDocument(const TicketDocument& shown) {
@@ -196,21 +207,27 @@ void FormEdit::InsertTyped(const QString& typed) {
     const int start = cursor.selectionStart();
     const QTextBlock block = document()->findBlock(start);
     const vni::Insertion insertion = vni::Typed(QStringView(block.text()).first(start - block.position()), typed);
+    InsertText(insertion.text, insertion.replaces);
+}
+
+void FormEdit::InsertText(const QString& text, qsizetype replaces) {
+    QTextCursor cursor = textCursor();
+    const int start = cursor.selectionStart();
     QString taken;
     QString refused;
-    for (const char32_t character : insertion.text.toUcs4()) {
-        const QString text = QString::fromUcs4(&character, 1);
+    for (const char32_t character : text.toUcs4()) {
+        const QString one = QString::fromUcs4(&character, 1);
         const bool isLayout = character == '\n' || character == '\t';
-        if (isLayout || (character >= ' ' && ansi::Encode(text).lacking.isEmpty()))
-            taken += text;
-        else if (!refused.contains(text))
-            refused += text;
+        if (isLayout || (character >= ' ' && ansi::Encode(one).lacking.isEmpty()))
+            taken += one;
+        else if (!refused.contains(one))
+            refused += one;
     }
     const QTextCharFormat format = currentCharFormat();
     cursor.beginEditBlock();
     cursor.removeSelectedText();
     if (refused.isEmpty() || !taken.isEmpty()) {
-        cursor.setPosition(start - static_cast<int>(insertion.replaces), QTextCursor::KeepAnchor);
+        cursor.setPosition(start - static_cast<int>(replaces), QTextCursor::KeepAnchor);
         cursor.insertText(taken, format);
     }
     cursor.endEditBlock();
@@ -248,11 +265,49 @@ void FormEdit::inputMethodEvent(QInputMethodEvent* event) {
     event->accept();
 }
 
+void FormEdit::InsertDocument(const TicketDocument& inserted) {
+    QTextCursor cursor = textCursor();
+    cursor.beginEditBlock();
+    cursor.removeSelectedText();
+    bool isFirst = true;
+    for (const TicketDocument::Paragraph& paragraph : inserted.paragraphs) {
+        if (!std::exchange(isFirst, false))
+            cursor.insertBlock(BlockFormat(paragraph.alignment), FormatOf(paragraph.EndFormat()));
+        else if (cursor.block().length() == 1)
+            cursor.setBlockFormat(BlockFormat(paragraph.alignment));
+        for (const TicketDocument::Run& run : paragraph.runs)
+            cursor.insertText(run.text, FormatOf(run.format));
+    }
+    cursor.endEditBlock();
+    setTextCursor(cursor);
+    ensureCursorVisible();
+}
+
+QMimeData* FormEdit::createMimeDataFromSelection() const {
+    QTextDocument selected;
+    QTextCursor(&selected).insertFragment(textCursor().selection());
+    const TicketDocument document = DocumentOf(selected);
+    const QString text = document.Text().replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    auto data = copied::MimeOf(text, vni::ToUnicode(text));
+    data->setData(FormType(), richtext::Write(document));
+    return data.release();
+}
+
 bool FormEdit::canInsertFromMimeData(const QMimeData* source) const {
     return source->hasText();
 }
 
 void FormEdit::insertFromMimeData(const QMimeData* source) {
+    if (source->hasFormat(FormType())) {
+        if (const auto form = richtext::Read(source->data(FormType()))) {
+            InsertDocument(form->document);
+            return;
+        }
+    }
+    if (const std::optional<QString> stored = copied::StoredText(source)) {
+        InsertText(*stored, 0);
+        return;
+    }
     QString text = source->text();
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n")).replace(u'\r', u'\n');
     InsertTyped(text);

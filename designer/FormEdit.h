@@ -9,7 +9,8 @@
 /// The editor of a ticket form: characters with bold, size and colour, paragraphs with alignment, and nothing else.
 ///
 /// Text is in VNI. Vietnamese typed or pasted in Unicode is turned into it; any other character outside Windows-1252 is
-/// not taken, and `Refused` tells. Pasted text takes the format at the cursor.
+/// not taken, and `Refused` tells. Pasted text takes the format at the cursor; what was cut, copied or dragged in a
+/// form keeps its own. Other programs get Unicode.
 class FormEdit : public QTextEdit {
     Q_OBJECT
 
@@ -45,12 +46,16 @@ Q_SIGNALS:
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
+    QMimeData* createMimeDataFromSelection() const override;
     bool canInsertFromMimeData(const QMimeData* source) const override;
     void insertFromMimeData(const QMimeData* source) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
     void InsertTyped(const QString& typed);
+    /// Puts VNI text at the cursor. @param replaces characters before it.
+    void InsertText(const QString& text, qsizetype replaces);
+    void InsertDocument(const TicketDocument& inserted);
     void Merge(const QTextCharFormat& format);
     QTextCharFormat FormatOf(const CharacterFormat& format) const;
 };

@@ -20,8 +20,7 @@
 
 namespace {
 
-constexpr int PreviewDelay = 100;           ///< milliseconds behind the last change
-constexpr qint64 LargestForm = 100'000'000; ///< bytes of a form file
+constexpr int PreviewDelay = 100; ///< milliseconds behind the last change
 
 constexpr std::array Fields = {
     "Service Name (0)", "Service Desc (1)", "Current Calling (2)", "Ticket Number (3)",
@@ -61,8 +60,8 @@ int SizeButton(double points) {
     }
 }
 
-/// Turns a document that has Vietnamese in Unicode into one in VNI. @return the characters that are left out.
-QString MakeVni(TicketDocument& document) {
+/// Takes the characters out that no printer has. @return them.
+QString LeaveOutForeign(TicketDocument& document) {
     const QString text = document.Text();
     if (ansi::Encode(text).lacking.isEmpty())
         return {};
@@ -70,7 +69,7 @@ QString MakeVni(TicketDocument& document) {
     for (TicketDocument::Paragraph& paragraph : document.paragraphs) {
         for (TicketDocument::Run& run : std::exchange(paragraph.runs, {})) {
             QString kept;
-            for (const char32_t character : vni::FromUnicode(run.text).toUcs4()) {
+            for (const char32_t character : run.text.toUcs4()) {
                 const QString one = QString::fromUcs4(&character, 1);
                 if (ansi::Encode(one).lacking.isEmpty())
                     kept += one;
@@ -279,7 +278,7 @@ void frmDesignTicket::Save() {
 }
 
 void frmDesignTicket::LoadForm(const QString& path) {
-    const Result<QByteArray> content = ReadWhole(path, LargestForm);
+    const Result<QByteArray> content = ReadWhole(path, richtext::LargestFile);
     if (!content) {
         m_dialogs.Warn(content.Error());
         return;
@@ -289,7 +288,7 @@ void frmDesignTicket::LoadForm(const QString& path) {
         m_dialogs.Warn(QStringLiteral("%1: %2").arg(path, read.Error()));
         return;
     }
-    const QString refused = MakeVni(read->document);
+    const QString refused = LeaveOutForeign(read->document);
     m_ui->rtfPrintForm->SetDocument(read->document);
     m_formPath = path;
     m_ui->lblFile->setText(QFileInfo(path).fileName());

@@ -17,6 +17,10 @@ struct GridColumn {
     /// What a cell may hold and how each value shows, for a combo box; empty for a text cell.
     std::vector<std::pair<int, QString>> values = {};
 
+    /// "Table.column" whose values alone a cell may hold, and what one of them is called; empty where any will do.
+    QString refersTo = {};
+    QString refersToA = {};
+
     /// A column of yes or no, shown as "Yes" and "No".
     static GridColumn YesNo(const QString& caption, const QString& field);
 

@@ -1,5 +1,6 @@
 #include "platform/WholeFile.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -9,38 +10,68 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-Failure WholeFile::Fault() const {
-    return {QStringLiteral("%1 could not be written: %2").arg(m_file.fileName(), m_file.errorString())};
+namespace {
+
+QString Suffix() {
+    return QStringLiteral(".saving");
+}
+
+} // namespace
+
+Failure WholeFile::Fault(const QString& reason) {
+    m_fault = reason;
+    m_file.close();
+    m_lock.Release();
+    return {QStringLiteral("%1 could not be written: %2").arg(m_path, reason)};
 }
 
 Result<> WholeFile::Begin() {
-    m_isGood = m_file.open(QIODevice::WriteOnly);
-    return m_isGood ? Result<>() : Fault();
+    const QFileInfo info(m_path);
+    const QString target = info.canonicalFilePath();
+    m_target = target.isEmpty() ? info.absoluteFilePath() : target;
+    if (info.exists() && !info.isFile())
+        return Fault(QStringLiteral("It is no regular file."));
+    if (info.exists() && !info.isWritable())
+        return Fault(qt_error_string(EACCES));
+    if (const Result<> taken = m_lock.Take(m_target + Suffix()); !taken)
+        return Fault(m_lock.IsElsewhere() ? QStringLiteral("It is being written already.") : taken.Error());
+    const int descriptor = m_lock.Descriptor();
+    if (::ftruncate(descriptor, 0) != 0 || !m_file.open(descriptor, QIODevice::WriteOnly | QIODevice::Unbuffered))
+        return Fault(qt_error_string());
+    if (info.exists())
+        m_file.setPermissions(info.permissions());
+    m_fault.clear();
+    return {};
 }
 
 bool WholeFile::Write(QByteArrayView content) {
     // Of a disk that is nearly full a write takes what still fits, and calls that no error.
-    while (m_isGood && !content.isEmpty()) {
+    while (m_fault.isEmpty() && !content.isEmpty()) {
         const qint64 written = m_file.write(content.data(), content.size());
-        m_isGood = written > 0;
+        if (written <= 0)
+            m_fault = m_file.error() == QFileDevice::NoError ? qt_error_string(ENOSPC) : m_file.errorString();
         content = content.sliced(std::max<qint64>(written, 0));
     }
-    return m_isGood;
+    return m_fault.isEmpty();
 }
 
 Result<> WholeFile::Finish() {
-    // A commit overlooks that its own buffer could not be written, and puts an empty file in the old one's place.
-    if (!m_isGood || !m_file.flush() || m_file.error() != QFileDevice::NoError) {
-        const Failure fault = Fault();
-        if (m_file.isOpen()) {
-            m_file.cancelWriting();
-            m_file.commit();
-        }
-        return fault;
+    if (!m_fault.isEmpty())
+        return Fault(m_fault);
+    if (::fsync(m_lock.Descriptor()) != 0)
+        return Fault(qt_error_string());
+    if (const Result<> renamed = m_lock.RenameTo(m_target); !renamed)
+        return Fault(renamed.Error());
+    return FlushFolderOf(m_target);
+}
+
+void RemoveUnfinished(const QString& folder) {
+    const QDir files(folder);
+    for (const QString& name : files.entryList({u'*' + Suffix()}, QDir::Files | QDir::Hidden)) {
+        // Whoever still writes it holds it.
+        LockFile left;
+        (void)left.Take(files.filePath(name));
     }
-    if (!m_file.commit())
-        return Fault();
-    return FlushFolderOf(m_file.fileName());
 }
 
 Result<> WriteWhole(const QString& path, QByteArrayView content) {

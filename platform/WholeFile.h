@@ -1,16 +1,18 @@
 #pragma once
 
+#include "platform/LockFile.h"
 #include "platform/Result.h"
 
 #include <QByteArray>
-#include <QSaveFile>
+#include <QFile>
 
-/// A file that is replaced as a whole: written beside it under another name, flushed to the disk, and renamed. Until
-/// `Finish`, and after a failure of what comes before the renaming, the old file is what it was.
+/// A file that is replaced as a whole: written beside it as NAME.saving, flushed to the disk, and renamed. Until
+/// `Finish`, and after a failure of what comes before the renaming, the old file is what it was. Where the name is a
+/// link, the file that it leads to is replaced. What a killed program has left beside the file goes with the next save.
 class WholeFile {
 public:
     explicit WholeFile(const QString& path)
-        : m_file(path) {}
+        : m_path(path) {}
 
     /// Opens the new file. To be called once, before anything is written.
     Result<> Begin();
@@ -23,10 +25,13 @@ public:
     Result<> Finish();
 
 private:
-    Failure Fault() const;
+    Failure Fault(const QString& reason);
 
-    QSaveFile m_file;
-    bool m_isGood = false;
+    const QString m_path;
+    QString m_target; ///< the file itself, whatever links lead to it
+    LockFile m_lock;  ///< holds the new file
+    QFile m_file;
+    QString m_fault = QStringLiteral("It has not been begun.");
 };
 
 /// Replaces the file `path` by `content`.
@@ -36,6 +41,9 @@ Result<> WriteWhole(const QString& path, QByteArrayView content);
 /// @param limit bytes; a larger file is not read at all.
 /// @return a failure names the file and says what is wrong with it.
 Result<QByteArray> ReadWhole(const QString& path, qint64 limit);
+
+/// Removes what killed saves have left in a folder. Files that are being saved stay.
+void RemoveUnfinished(const QString& folder);
 
 /// Makes the renaming or removing of a file last through a power cut. @return success too where the file system cannot
 /// flush folders; a failure names the folder.

@@ -70,7 +70,10 @@ std::vector<GridColumn> ServiceCounterColumns() {
 std::vector<GridColumn> PlanColumns() {
     return {
         Shown("ID", "ID"),
-        {.caption = QStringLiteral("CounterID"), .field = QStringLiteral("d_Id")},
+        {.caption = QStringLiteral("CounterID"),
+         .field = QStringLiteral("d_Id"),
+         .refersTo = QStringLiteral("Display.d_Id"),
+         .refersToA = QStringLiteral("an object")},
         {.caption = QStringLiteral("CounterName"), .field = QStringLiteral("Display.d_Name"), .isWide = true},
         {.caption = QStringLiteral("Order"), .field = QStringLiteral("Order")},
     };

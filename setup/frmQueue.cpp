@@ -116,10 +116,11 @@ void frmQueue::SetUpTicketMenus() {
 
 void frmQueue::SetUpGrids() {
     for (DataGrid* grid : findChildren<DataGrid*>()) {
-        grid->SetTextHook([](QStringView before, const QString& typed) {
-            const vni::Insertion insertion = vni::Typed(before, typed);
-            return GridInsertion{insertion.replaces, insertion.text};
-        });
+        grid->SetLetters({[](QStringView before, const QString& typed) {
+                              const vni::Insertion insertion = vni::Typed(before, typed);
+                              return GridInsertion{insertion.replaces, insertion.text};
+                          },
+                          [](QStringView stored) { return vni::ToUnicode(stored); }});
         connect(grid, &DataGrid::DataError, this,
                 [this, grid](const QString& text) { TellDataError(m_station.dialogs, text, this, grid); });
     }
@@ -204,6 +205,10 @@ void frmQueue::GoToFinding(int index) {
     if (index < 0 || index >= static_cast<int>(m_findings.size()))
         return;
     const Finding finding = m_findings[static_cast<std::size_t>(index)];
+    if (!finding.mend.isEmpty()) {
+        Mend(finding);
+        return;
+    }
     const std::pair<QString, const char*> grids[] = {{QStringLiteral("Queue"), "TDBGridQueue"},
                                                      {QStringLiteral("Display"), "TDBGridDisplay"},
                                                      {QStringLiteral("Info-Direction"), "TDBGrid1"}};
@@ -213,6 +218,25 @@ void frmQueue::GoToFinding(int index) {
         m_ui->TabStrip1->setCurrentIndex(table == QStringLiteral("Info-Direction") ? DirectionTab : 0);
         findChild<DataGrid*>(QString::fromLatin1(name))->GoTo(finding.key, finding.field);
     }
+}
+
+void frmQueue::Mend(const Finding& finding) {
+    // A double click is one wish.
+    if (std::exchange(m_isMending, true))
+        return;
+    m_station.dialogs.AskYesNo(BoxKind::Plain, finding.mend).then([window = QPointer(this), finding](bool yes) {
+        if (!window)
+            return;
+        window->m_isMending = false;
+        if (!yes)
+            return;
+        SetupRecords& records = *window->m_records;
+        const Result<> done = finding.table == QStringLiteral("ScanPlan")
+                                  ? records.assignments.RemoveFromPlan(finding.key)
+                                  : records.assignments.SetHub(finding.key, 0);
+        records.UpdateAll();
+        window->m_station.dialogs.Warn(done.Error());
+    });
 }
 
 void frmQueue::SetCommStatus(const QString& device, const QString& baud, bool opened) {

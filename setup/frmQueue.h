@@ -74,6 +74,7 @@ private:
     void GoToTab(int tab);
     void ShowFindings();
     void GoToFinding(int index);
+    void Mend(const Finding& finding);
     void RestorePlaces();
     void KeepPlaces();
     QString PlacesFile() const;
@@ -82,6 +83,7 @@ private:
     std::unique_ptr<SetupRecords> m_records;
     std::unique_ptr<Ui::frmQueue> m_ui;
     std::vector<Finding> m_findings;
+    bool m_isMending = false;
     std::optional<LinePanels> m_linePanels;
     QLabel* m_progress = nullptr;
     QPushButton* m_findingCount = nullptr;

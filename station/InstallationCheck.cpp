@@ -55,6 +55,7 @@ std::vector<Finding> InstallationCheck::FindFaults() {
     FindLostObjects();
     CheckObjects();
     CheckHubs();
+    FindOrphans();
     CheckBlock();
     return std::move(m_findings);
 }
@@ -197,17 +198,47 @@ void InstallationCheck::CheckObjects() {
 void InstallationCheck::CheckHubs() {
     std::map<qint32, int> members;
     for (const model::QObject& object : m_scratch->LoadedObjects()) {
-        if (object.HubId == 0)
-            continue;
-        const qint16 index = m_scratch->FindObjectById(object.HubId);
-        const model::QObject* hub = index < 0 ? nullptr : &m_scratch->Object(index);
-        if (!hub || hub->Type != model::Hub) {
+        const qint16 hub = object.HubId == 0 ? qint16(-1) : m_scratch->FindObjectById(object.HubId);
+        if (hub >= 0 && m_scratch->Object(hub).Type == model::Hub && ++members[object.HubId] > model::HubMembers) {
             Add("Display", object.Id, "d_Name",
-                ObjectText(object.Name) + QStringLiteral("the hub that it stands behind is not loaded."));
-        } else if (++members[object.HubId] > model::HubMembers) {
-            Add("Display", object.Id, "d_Name",
-                ObjectText(object.Name) + QStringLiteral("hub '%1' has 16 devices already.").arg(hub->Name));
+                ObjectText(object.Name) +
+                    QStringLiteral("hub '%1' has 16 devices already.").arg(m_scratch->Object(hub).Name));
         }
+    }
+    for (const ActiveRow& row :
+         ActiveRows(QStringLiteral("SELECT o.[d_Id],o.[d_Name],NULL,NULL FROM [Display] o INNER JOIN [Display] h ON "
+                                   "h.[d_Id]=o.[d_HubId] WHERE o.[d_On] AND h.[d_Type]=3 ORDER BY o.rowid"))) {
+        const qint16 index = m_scratch->FindObjectById(row.key);
+        if (index >= 0 && m_scratch->FindObjectById(m_scratch->Object(index).HubId) < 0) {
+            Add("Display", row.key, "d_Name",
+                ObjectText(row.name) + QStringLiteral("the hub that it stands behind is not loaded."));
+        }
+    }
+}
+
+void InstallationCheck::FindOrphans() {
+    for (const ActiveRow& row : ActiveRows(QStringLiteral(
+             "SELECT [d_Id],[d_Name],NULL,NULL FROM [Display] WHERE [d_On] AND [d_Type] IS NULL ORDER BY rowid"))) {
+        Add("Display", row.key, "d_Type",
+            ObjectText(row.name) +
+                QStringLiteral("it has no type. It is taken for a counter, and the hubs' lists lack it."));
+    }
+    for (const ActiveRow& row : ActiveRows(QStringLiteral(
+             "SELECT o.[d_Id],o.[d_Name],NULL,NULL FROM [Display] o LEFT JOIN [Display] h ON h.[d_Id]=o.[d_HubId] "
+             "WHERE o.[d_HubId]<>0 AND IFNULL(h.[d_Type],0)<>3 ORDER BY o.rowid"))) {
+        Add("Display", row.key, "d_HubId",
+            ObjectText(row.name) + QStringLiteral("it stands behind a hub that does not exist. Click to free it."));
+        m_findings.back().mend = QStringLiteral("Put '%1' on the bus itself?").arg(row.name);
+    }
+    for (const ActiveRow& row : ActiveRows(
+             QStringLiteral("SELECT [ID],NULL,[d_Id],[Order] FROM [ScanPlan] WHERE [d_Id] IS NULL OR [d_Id] NOT IN "
+                            "(SELECT [d_Id] FROM [Display]) ORDER BY [Order],rowid"))) {
+        const QString entry = QStringLiteral("order %1, counter %2")
+                                  .arg(row.address.isNull() ? QStringLiteral("none") : row.address.toString(),
+                                       row.number.isNull() ? QStringLiteral("none") : row.number.toString());
+        Add("ScanPlan", row.key, "d_Id",
+            QStringLiteral("Scan plan: an entry (%1) names no object. Click to remove it.").arg(entry));
+        m_findings.back().mend = QStringLiteral("Remove the entry (%1) from the scan plan?").arg(entry);
     }
 }
 

@@ -13,12 +13,18 @@ struct Finding {
     QString table;  ///< where it is typed: "Queue", "Display" or "Info-Direction"; empty if no row is at fault
     qint32 key = 0; ///< `q_Id` of the service; `d_Id` of the object, or of the display of a direction
     QString field;  ///< the column
+    /// The question before the fault is mended, where no row of a grid could be edited for that: an entry of "ScanPlan"
+    /// is removed, an object of "Display" is taken out from behind its hub. Empty for all others.
+    QString mend = {};
 };
 
 /// Looks through the store for what would go wrong once it is loaded and sent. It forbids nothing: what the store takes
 /// may stand there, and the loaders know what to do with it.
 ///
 /// - A row that is active but is not loaded: address taken, address or number missing, beyond the 64th.
+/// - An object without a type, which is taken for a counter and stands in no list of the hubs.
+/// - An entry of the scan plan for an object that is not there, and a device behind a hub that is not there: no grid
+///   shows either.
 /// - A number of two services or of two objects.
 /// - A route to a number that no active service has, or to a service that is routed itself.
 /// - A name or description, with its counters, that is longer than its 63 places in the printer.
@@ -54,6 +60,7 @@ private:
     void CheckTexts(qint16 service);
     void CheckObjects();
     void CheckHubs();
+    void FindOrphans();
     void CheckBlock();
     void Add(const char* table, qint32 key, const char* field, const QString& text);
 

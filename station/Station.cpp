@@ -5,6 +5,7 @@
 #include "platform/Ended.h"
 #include "platform/LeadingNumber.h"
 #include "platform/VoiceChannel.h"
+#include "platform/WholeFile.h"
 
 #include <QFileInfo>
 
@@ -108,6 +109,8 @@ QCoro::Task<Outcome> Station::Alone(Work work) {
 // Start and end.
 
 QCoro::Task<> Station::ReadSettings() {
+    RemoveUnfinished(ProgramFolder);
+    RemoveUnfinished(ProgramFolder + QStringLiteral("/Data"));
     log.WriteLog(QStringLiteral("-"));
     log.WriteLog(QStringLiteral("---System Startup---"));
     options = ReadOptions(ini, log);

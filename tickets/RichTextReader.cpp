@@ -1,6 +1,8 @@
 #include "tickets/RichText.h"
 #include "tickets/RichTextCodePages.h"
+#include "tickets/RichTextFonts.h"
 #include "tickets/RichTextWords.h"
+#include "tickets/VniText.h"
 
 #include <algorithm>
 #include <array>
@@ -10,8 +12,6 @@
 
 namespace richtext {
 namespace {
-
-constexpr int MostFonts = 32768;
 
 class Reader {
 public:
@@ -35,6 +35,7 @@ private:
     };
 
     State& Now() { return m_groups.back(); }
+    int CurrentFont() const { return m_groups.back().font < 0 ? m_defaultFont : m_groups.back().font; }
     void ReadEscape();
     void ReadWord();
     void ReadHexByte();
@@ -50,7 +51,6 @@ private:
     void EndLine();
     void Skip(int bytes) { m_at += std::min<qsizetype>(bytes, m_file.size() - m_at); }
     bool InFallback();
-    int CurrentPage();
 
     const QByteArrayView m_file;
     qsizetype m_at;
@@ -62,14 +62,14 @@ private:
 
     int m_ansiPage = AnsiPage;
     int m_defaultFont = 0;
-    int m_tableFont = 0;
-    std::vector<int> m_fontPages; ///< by number of the font, 0 for the code page of the file
+    FontTable m_fonts;
     std::array<quint32, 3> m_mix{};
     std::vector<quint32> m_colours;
 
     TicketDocument m_document;
     QString m_run; ///< characters in `m_runFormat` that are not yet in the document
     CharacterFormat m_runFormat;
+    vni::Origin m_runOrigin = vni::Origin::Unknown;
     char16_t m_highHalf = 0;
     int m_pieces = 1;
     quint32 m_losses = 0;
@@ -267,7 +267,9 @@ void Reader::Apply(Control control, std::optional<int> number) {
         break;
     }
     case Action::Font:
-        now.font = m_tableFont = std::clamp(number.value_or(0), 0, MostFonts - 1);
+        now.font = std::clamp(number.value_or(0), 0, FontTable::MostFonts - 1);
+        if (now.destination == Destination::FontTable)
+            m_fonts.Describe(now.font);
         break;
     case Action::Plain:
         now.format = State().format;
@@ -293,15 +295,13 @@ void Reader::Apply(Control control, std::optional<int> number) {
         m_ansiPage = number.value_or(static_cast<int>(control.value));
         break;
     case Action::DefaultFont:
-        m_defaultFont = std::clamp(number.value_or(0), 0, MostFonts - 1);
+        m_defaultFont = std::clamp(number.value_or(0), 0, FontTable::MostFonts - 1);
         break;
     case Action::FontCharset:
     case Action::FontCodePage:
         if (now.destination == Destination::FontTable) {
-            const auto font = static_cast<std::size_t>(m_tableFont);
-            m_fontPages.resize(std::max(m_fontPages.size(), font + 1));
-            m_fontPages[font] =
-                control.action == Action::FontCharset ? PageOfCharset(number.value_or(0)) : number.value_or(0);
+            m_fonts.SetCodePage(control.action == Action::FontCharset ? PageOfCharset(number.value_or(0))
+                                                                      : number.value_or(0));
         }
         break;
     case Action::Red:
@@ -323,16 +323,14 @@ bool Reader::InFallback() {
     return true;
 }
 
-int Reader::CurrentPage() {
-    const auto font = static_cast<std::size_t>(Now().font < 0 ? m_defaultFont : Now().font);
-    const int page = font < m_fontPages.size() ? m_fontPages[font] : 0;
-    return page == 0 ? m_ansiPage : page;
-}
-
 /// Puts a byte of text, in the code page that is in force.
 void Reader::PutByte(char byte) {
     if (InFallback())
         return;
+    if (Now().destination == Destination::FontTable) {
+        m_fonts.AddToName(byte);
+        return;
+    }
     if (Now().destination == Destination::ColourTable) {
         if (byte == ';') {
             if (m_colours.size() < MostPieces)
@@ -351,7 +349,7 @@ void Reader::PutByte(char byte) {
 }
 
 void Reader::PutUpperByte(quint8 byte) {
-    const int page = CurrentPage();
+    const int page = m_fonts.CodePageOf(CurrentFont(), m_ansiPage);
     if (IsDoubleByte(page)) {
         m_isTrailByte = IsLeadByte(page, byte);
         m_losses |= ForeignCharacters;
@@ -396,9 +394,11 @@ void Reader::PutCode(char32_t code) {
 }
 
 void Reader::PutUnit(char16_t unit) {
-    if (!(m_runFormat == Now().format))
+    const vni::Origin origin = m_fonts.OriginOf(CurrentFont());
+    if (!(m_runFormat == Now().format) || m_runOrigin != origin)
         EndRun();
     m_runFormat = Now().format;
+    m_runOrigin = origin;
     m_run += QChar(unit);
 }
 
@@ -411,7 +411,7 @@ void Reader::EndHalfPair() {
 void Reader::EndRun() {
     if (m_run.isEmpty())
         return;
-    m_document.paragraphs.back().Append(m_run, m_runFormat);
+    m_document.paragraphs.back().Append(vni::FromUnicode(m_run, m_runOrigin), m_runFormat);
     m_run.clear();
     ++m_pieces;
 }

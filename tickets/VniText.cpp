@@ -141,6 +141,16 @@ QString ConvertWord(QStringView word) {
     return converted;
 }
 
+/// Every letter of Unicode Vietnamese above `last` in VNI.
+QString ConvertLetters(const QString& text, char16_t last) {
+    QString converted;
+    for (const QChar character : text) {
+        const Letter* letter = character.unicode() > last ? FindUnicode(character) : nullptr;
+        converted += letter ? Bytes(*letter) : QString(character);
+    }
+    return converted;
+}
+
 /// The pieces of `text`, words and what lies between them in turn, a word first.
 QList<QStringView> Pieces(QStringView text) {
     QList<QStringView> pieces;
@@ -162,7 +172,11 @@ std::span<const Letter> Letters() {
     return AllLetters;
 }
 
-QString FromUnicode(const QString& text) {
+QString FromUnicode(const QString& text, Origin origin) {
+    if (origin == Origin::Unicode)
+        return ConvertLetters(Compose(text), 0);
+    if (origin == Origin::Vni)
+        return ConvertLetters(text, 0xFF);
     const QString composed = Compose(text);
     const QList<QStringView> pieces = Pieces(composed);
     QList<Reading> readings;

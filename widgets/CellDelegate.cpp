@@ -1,5 +1,6 @@
 #include "widgets/CellDelegate.h"
 
+#include "widgets/CopiedText.h"
 #include "widgets/DataGrid.h"
 
 #include <QApplication>
@@ -19,10 +20,7 @@ public:
         : QLineEdit(parent)
         , m_grid(grid) {
         connect(this, &QLineEdit::textEdited, this, &CellEdit::Convert);
-        connect(QApplication::clipboard(), &QClipboard::dataChanged, this, [this] {
-            if (hasFocus() && QApplication::clipboard()->ownsClipboard())
-                m_grid.NoteCopied(QApplication::clipboard()->text());
-        });
+        connect(QApplication::clipboard(), &QClipboard::changed, this, &CellEdit::MakeReadable);
         setFrame(false);
     }
 
@@ -32,6 +30,17 @@ public:
     }
 
 private:
+    /// What this editor has just copied, by whatever key or menu, gets its form for other programs.
+    void MakeReadable(QClipboard::Mode mode) const {
+        QClipboard& clipboard = *QApplication::clipboard();
+        // Whatever has just been copied here is still selected.
+        if (!hasFocus() || !hasSelectedText() || copied::StoredText(clipboard.mimeData(mode)))
+            return;
+        if (clipboard.text(mode) != selectedText())
+            return;
+        clipboard.setMimeData(copied::MimeOf(selectedText(), m_grid.Readable(selectedText())).release(), mode);
+    }
+
     void Convert(const QString& edited) {
         const QString before = std::exchange(m_before, edited);
         // What was inserted ends at the cursor; what stands behind it was there before.

@@ -1,6 +1,7 @@
 #include "widgets/DataGrid.h"
 
 #include "widgets/CellDelegate.h"
+#include "widgets/CopiedText.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -289,10 +290,15 @@ void DataGrid::DeleteSelected() {
 }
 
 GridInsertion DataGrid::InsertionFor(QStringView before, QString typed, qsizetype room) const {
-    // Some text reads as VNI and as Unicode; what comes from a cell is known to be what cells hold.
-    const bool convert = m_textHook && (typed.isEmpty() || typed != m_copied);
+    // What was typed and what was pasted come alike.
+    for (const QClipboard::Mode mode : {QClipboard::Clipboard, QClipboard::Selection}) {
+        const QMimeData* data = QApplication::clipboard()->mimeData(mode);
+        const std::optional<QString> stored = copied::StoredText(data);
+        if (stored && typed == data->text() && stored->size() <= room)
+            return {0, *stored};
+    }
     while (true) {
-        const GridInsertion insertion = convert ? m_textHook(before, typed) : GridInsertion{0, typed};
+        const GridInsertion insertion = m_letters.typed ? m_letters.typed(before, typed) : GridInsertion{0, typed};
         if (typed.isEmpty() || insertion.text.size() - insertion.replaces <= room)
             return insertion;
         typed.chop(1);
@@ -303,8 +309,7 @@ void DataGrid::CopyCell() {
     if (!currentIndex().isValid())
         return;
     const QString text = currentIndex().data(Qt::DisplayRole).toString();
-    QApplication::clipboard()->setText(text);
-    NoteCopied(text);
+    QApplication::clipboard()->setMimeData(copied::MimeOf(text, Readable(text)).release());
 }
 
 void DataGrid::PasteIntoCell() {

@@ -21,7 +21,8 @@ struct GridInsertion {
 /// What is left in a cell (Enter, Tab, a click elsewhere) is written at once. If the store refuses it, `DataError`
 /// tells why and the typed text is kept until `ResumeEdit` opens the cell's editor with it again; Escape gives the edit
 /// up. Delete empties the current cell, or deletes the one row that is selected whole (by a click on the row's head or
-/// Shift+Space); several are refused. Ctrl+C copies the current cell, Ctrl+V puts text into it.
+/// Shift+Space); several are refused. Ctrl+C copies the current cell, in Unicode for other programs; Ctrl+V puts text
+/// into it.
 ///
 /// As long as there are rows one of them is the current one: after the records were read anew it is the one with the
 /// same key, else the one in the same place. Columns are as wide as what they show, until the user changes a width.
@@ -34,17 +35,21 @@ public:
     /// @param model the grid shows nothing any more once it is gone.
     void SetRecords(GridModel* model);
 
-    /// Called with the text before the cursor and what is typed or pasted there.
-    using TextHook = std::function<GridInsertion(QStringView before, const QString& typed)>;
-    void SetTextHook(TextHook hook) { m_textHook = std::move(hook); }
+    /// How cells hold letters, where not as Unicode.
+    struct Letters {
+        /// Called with the text before the cursor and what is typed or pasted there.
+        std::function<GridInsertion(QStringView before, const QString& typed)> typed;
+        /// What other programs get of a cell's text.
+        std::function<QString(QStringView stored)> readable;
+    };
+    void SetLetters(Letters letters) { m_letters = std::move(letters); }
+    /// The text of a cell as other programs get it.
+    QString Readable(const QString& stored) const { return m_letters.readable ? m_letters.readable(stored) : stored; }
 
-    /// What goes in for `typed` behind `before`, through the hook; text that was copied in this grid stays as it is.
+    /// What goes in for `typed` behind `before`; pasted text that a field of this program gave goes in as it is stored.
     /// What does not fit is left out from its end by whole letters.
     /// @param room characters that the text may become longer by.
     GridInsertion InsertionFor(QStringView before, QString typed, qsizetype room) const;
-
-    /// Remembers text that was copied from a cell or its editor.
-    void NoteCopied(const QString& text) { m_copied = text; }
 
     /// Writes what stands in an open editor. @return false if the store refuses it; `DataError` has come then.
     bool CommitOpenEditor();
@@ -115,8 +120,7 @@ private:
     bool m_isRestoring = false;
     bool m_isFitting = false;
     bool m_hasUserWidths = false;
-    TextHook m_textHook;
-    QString m_copied;
+    Letters m_letters;
     QPersistentModelIndex m_refusedCell;
     std::optional<QString> m_refusedText;
 };

@@ -27,8 +27,11 @@ TEST(Database, LeavesAFileThatIsNoStoreAsItIsAndStaysClosed) {
         QByteArray content;
         const char* reason;
     } cases[] = {
-        {"no file", "The file does not exist."},           {"", "The file has no table Queue."},
-        {QByteArray(5000, 'x'), "file is not a database"}, {noTable, "The file has no table ScanPlan."},
+        {"no file", "The file does not exist."},
+        {"", "It is no database of this program; it lacks the table(s) Queue, Display, Queue-Display, ScanPlan, "
+             "Info-Direction, Hub, Message, rData, qData."},
+        {QByteArray(5000, 'x'), "file is not a database"},
+        {noTable, "It is no database of this program; it lacks the table(s) ScanPlan."},
         {damaged, "database disk image is malformed"},
     };
     const QString path = world.folder.filePath(QStringLiteral("100% #1?.mdb"));
@@ -46,6 +49,48 @@ TEST(Database, LeavesAFileThatIsNoStoreAsItIsAndStaysClosed) {
     world.database.OpenDatabase(path);
     EXPECT_TRUE(world.database.IsOpen() && world.database.OpenError().isEmpty());
     EXPECT_EQ(world.database.Path(), path);
+}
+
+TEST(Database, RefusesAStoreWhoseTablesCouldNotHoldWhatIsTyped) {
+    const struct {
+        const char* change;
+        const char* reason;
+    } cases[] = {
+        {"ALTER TABLE Queue DROP COLUMN q_Button", "Table Queue lacks the column q_Button."},
+        {"ALTER TABLE Display DROP COLUMN LastInfo; ALTER TABLE ScanPlan DROP COLUMN Notes",
+         "Table Display lacks the column LastInfo.\nTable ScanPlan lacks the column Notes."},
+        {"DROP TABLE [Info-Direction]; CREATE VIEW [Info-Direction] AS SELECT 1 AS inf_Id, 2 AS d_Id, 3 AS Dir_Id",
+         "It is no database of this program; it lacks the table(s) Info-Direction."},
+        {"DROP TABLE Queue; CREATE TABLE Queue (q_Id INTEGER, q_Number TEXT, q_Series, q_route INT, q_On BIT, q_Name "
+         "REAL, q_Description VARCHAR(64), q_Notes, q_Button)",
+         "Column q_Id of table Queue is of the wrong kind: \"INTEGER\".\nColumn q_Number of table Queue is of the "
+         "wrong "
+         "kind: \"TEXT\".\nColumn q_Name of table Queue is of the wrong kind: \"REAL\"."},
+        {"ALTER TABLE rData DROP COLUMN TicketFlag; ALTER TABLE qData DROP COLUMN Flags; DROP TABLE Hub; CREATE TABLE "
+         "Hub (x)",
+         ""},
+    };
+    for (const auto& [change, reason] : cases) {
+        World world;
+        for (const QString& index : {QStringLiteral("rData_Service"), QStringLiteral("rData_Number")})
+            world.Sql(QStringLiteral("DROP INDEX %1").arg(index));
+        for (const QString& statement : QString::fromLatin1(change).split(u';'))
+            world.Sql(statement);
+        world.database.OpenDatabase(world.store);
+        EXPECT_EQ(world.database.OpenError().section(QStringLiteral(": "), 1).toStdString(), reason) << change;
+        EXPECT_EQ(world.database.IsOpen(), *reason == '\0');
+    }
+}
+
+TEST(Database, RunsNothingThatAForeignStoreBrings) {
+    World world;
+    world.Sql(QStringLiteral("CREATE TRIGGER evil AFTER INSERT ON Queue BEGIN DELETE FROM rData; END"));
+    world.Sql(QStringLiteral("CREATE VIEW peep AS SELECT 1"));
+    world.Sql(QStringLiteral("INSERT INTO rData (ID) VALUES (1)"));
+    world.database.OpenDatabase(world.store);
+    world.Sql(QStringLiteral("INSERT INTO Queue (q_Id) VALUES (1)"));
+    EXPECT_EQ(world.Values(QStringLiteral("SELECT COUNT(*) FROM rData")), QStringLiteral("1"));
+    EXPECT_FALSE(world.database.Select({QStringLiteral("SELECT * FROM peep")}));
 }
 
 TEST(Database, AddsTheLaterColumnsOfAnOlderStoreOnce) {
@@ -168,7 +213,7 @@ TEST(Database, EmptiesAllTablesOrNone) {
         "SELECT (SELECT COUNT(*) FROM [Queue-Display])+(SELECT COUNT(*) FROM Display)+(SELECT COUNT(*) FROM Queue)"
         "+(SELECT COUNT(*) FROM Hub)+(SELECT COUNT(*) FROM [Info-Direction])+(SELECT COUNT(*) FROM ScanPlan)"
         "+(SELECT COUNT(*) FROM rData)+(SELECT COUNT(*) FROM qData)");
-    world.Sql(QStringLiteral("CREATE TRIGGER keep BEFORE DELETE ON rData BEGIN SELECT RAISE(FAIL, 'kept'); END"));
+    world.Sql(QStringLiteral("CREATE TEMP TRIGGER keep BEFORE DELETE ON rData BEGIN SELECT RAISE(FAIL, 'kept'); END"));
     EXPECT_EQ(world.database.EmptyDatabase().Error(), QStringLiteral("kept"));
     EXPECT_EQ(world.Values(count), QStringLiteral("8"));
     world.Sql(QStringLiteral("DROP TRIGGER keep"));

@@ -171,7 +171,8 @@ TEST_F(ReloadTest, TellsAndClearsTheLastTicketOfACounter) {
     for (const quint8 number : {10, 13, 99}) // nothing served, no number, no such object
         EXPECT_EQ(world.tickets.GetLastTicket(number).RecordId, 0) << int(number);
 
-    world.Sql(QStringLiteral("CREATE TRIGGER keep BEFORE UPDATE ON Display BEGIN SELECT RAISE(ABORT, 'kept'); END"));
+    world.Sql(
+        QStringLiteral("CREATE TEMP TRIGGER keep BEFORE UPDATE ON Display BEGIN SELECT RAISE(ABORT, 'kept'); END"));
     EXPECT_EQ(world.tickets.ClearTicketRecords().Error(), QStringLiteral("kept"));
     EXPECT_EQ(world.Values(QStringLiteral("SELECT COUNT(*) FROM rData")), QStringLiteral("2"));
     world.Sql(QStringLiteral("DROP TRIGGER keep"));

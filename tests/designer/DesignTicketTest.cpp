@@ -121,6 +121,23 @@ TEST_F(DesignTicketTest, FormatsGoToTheSelectionAndShowUnlessTheyAreMixed) {
     EXPECT_EQ(Edit().Document().paragraphs[0], paragraph);
 }
 
+TEST_F(DesignTicketTest, WhatIsCutComesBackAsItWasAndGoesOutInUnicode) {
+    m_ini.WriteIni(QStringLiteral("Ticket"), QStringLiteral("LastForm"), Data(QStringLiteral("ticket.rtf")));
+    Show();
+    Select(0, 0);
+    WindowDriver::Keys(QStringLiteral("D\u1ECBch S\u01A1n ")); // alone it reads as Unicode as well as VNI
+    const TicketDocument before = Edit().Document();
+    const int length = Edit().document()->characterCount() - 1;
+    for (const auto& [start, count] : {std::pair(0, length), {2, 5}, {length / 2, length / 3}, {0, 5}}) {
+        Select(start, count);
+        QTest::keyClick(&Edit(), Qt::Key_X, Qt::ControlModifier);
+        EXPECT_NE(Edit().Document(), before) << start;
+        QTest::keyClick(&Edit(), Qt::Key_V, Qt::ControlModifier);
+        EXPECT_EQ(Edit().Document(), before) << start;
+    }
+    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("D\u1ECBch "));
+}
+
 TEST_F(DesignTicketTest, ADroppedFieldStandsBeforeTheSelectionAndIsSelected) {
     Show();
     WindowDriver::Keys(QStringLiteral("abcd"));

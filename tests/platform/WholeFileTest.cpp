@@ -61,6 +61,41 @@ TEST(WholeFile, IsTheOldOrTheNewWholeAndSuccessIsSaidOfTheNewAlone) {
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("settings.ini")});
 }
 
+TEST(WholeFile, OneSavesAtATimeAndWhatAKilledOneLeftGoes) {
+    const QTemporaryDir folder;
+    const auto files = [&] { return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).join(u' '); };
+    const QString path = folder.filePath(QStringLiteral("a.ini"));
+    const QString link = folder.filePath(QStringLiteral("b.ini"));
+    WriteFile(path, "old");
+    WriteFile(path + QStringLiteral(".saving"), "longer than what is saved");
+    WriteFile(folder.filePath(QStringLiteral("c.backup")), "");
+    WriteFile(folder.filePath(QStringLiteral("d.saving")), "left");
+    ASSERT_TRUE(QFile::link(QStringLiteral("a.ini"), link));
+    QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    {
+        WholeFile first(link);
+        ASSERT_TRUE(first.Begin());
+        EXPECT_TRUE(first.Write("new"));
+        EXPECT_EQ(WriteWhole(path, "other").Error(),
+                  QStringLiteral("%1 could not be written: It is being written already.").arg(path));
+        RemoveUnfinished(folder.path());
+        EXPECT_EQ(files(), QStringLiteral("a.ini a.ini.saving b.ini c.backup"));
+        EXPECT_EQ(ReadFile(path), "old");
+        EXPECT_TRUE(first.Finish());
+    }
+    EXPECT_EQ(files(), QStringLiteral("a.ini b.ini c.backup"));
+    EXPECT_EQ(ReadFile(path), "new");
+    EXPECT_EQ(QFile::permissions(path) & QFileDevice::ReadOther, QFileDevice::Permissions())
+        << "others may read it now";
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    {
+        WholeFile given(path);
+        EXPECT_TRUE(given.Begin() && given.Write("no"));
+    }
+    EXPECT_EQ(files(), QStringLiteral("a.ini b.ini c.backup"));
+    EXPECT_EQ(ReadFile(path), "new");
+}
+
 TEST(WholeFile, WhatIsNoRegularFileOrTooLargeIsNotRead) {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("file"));

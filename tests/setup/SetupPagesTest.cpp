@@ -117,7 +117,7 @@ TEST_F(SetupPagesTest, ColumnsAndChoicesOfTheObjects) {
     EXPECT_EQ(
         StoredText(QStringLiteral("SELECT d_Name,d_Number,d_On,d_HubId,d_direction,d_VoiceLocal,d_Type FROM Display "
                                   "WHERE d_Id = 6")),
-        "new,null,0,0,0,0,null");
+        "new,null,0,0,0,0,0");
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Address takes a whole number from 0 to 255."));
     WindowDriver::Type(objects, 5, 2, QStringLiteral("256"));
     EXPECT_TRUE(WaitUntil([&] { return !objects.HasRefusedText() && WindowDriver::Editor(); }));
@@ -181,6 +181,16 @@ TEST_F(SetupPagesTest, ThePlanIsChangedByHandAndOrderedByTyping) {
     m_hands->ClickButton("cmdPlan_0");
     EXPECT_EQ(Column("TDBGridPlan", 2), "D|D|C2|C1") << "an object may come twice, its number may be missing";
     EXPECT_FALSE(m_station.reload.IsStoreChanged());
+    for (const auto& [typed, refusal] :
+         {std::pair("", "CounterID must name an object."), {"88", "CounterID 88 is not the number of an object."}}) {
+        m_dialogs.ExpectMessage(BoxKind::Exclamation, QString::fromLatin1(refusal));
+        WindowDriver::Type(Grid("TDBGridPlan"), 0, 1, QString::fromLatin1(typed),
+                           *typed == '\0' ? Qt::Key_Delete : Qt::Key_Return);
+        // The text comes back to be typed again.
+        ASSERT_TRUE(WaitUntil([] { return WindowDriver::Editor() != nullptr; }));
+        EXPECT_EQ(WindowDriver::Editor()->text(), QString::fromLatin1(typed));
+        WindowDriver::Press(Qt::Key_Escape);
+    }
     WindowDriver::Type(Grid("TDBGridPlan"), 0, 3, QStringLiteral("9"));
     EXPECT_TRUE(m_station.reload.IsStoreChanged());
     WindowDriver::Type(Grid("TDBGridPlan"), 1, 2, QStringLiteral("Door"));
@@ -203,8 +213,9 @@ TEST_F(SetupPagesTest, ThePlanIsChangedByHandAndOrderedByTyping) {
 
 TEST_F(SetupPagesTest, ARefusedPlanLeavesTheOldOne) {
     Show(2);
-    Run(QStringLiteral("CREATE TRIGGER full BEFORE INSERT ON ScanPlan WHEN NEW.[Order] > 2 BEGIN SELECT RAISE(FAIL, "
-                       "'disk full'); END"));
+    Run(QStringLiteral(
+        "CREATE TEMP TRIGGER full BEFORE INSERT ON ScanPlan WHEN NEW.[Order] > 2 BEGIN SELECT RAISE(FAIL, "
+        "'disk full'); END"));
     m_dialogs.ExpectQuestion(BoxKind::Exclamation,
                              QStringLiteral("This will delete all scan list. Do you want to continue?"), true);
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
@@ -230,7 +241,7 @@ TEST_F(SetupPagesTest, DirectionsAreStoredTogetherAndNotForgottenInSilence) {
     EXPECT_EQ(Column("TDBGrid1", 2), "None|None");
 
     WindowDriver::Choose(matrix, 0, 2, QStringLiteral("D"));
-    Run(QStringLiteral("CREATE TRIGGER full BEFORE INSERT ON [Info-Direction] WHEN NEW.d_Id = 2 BEGIN SELECT "
+    Run(QStringLiteral("CREATE TEMP TRIGGER full BEFORE INSERT ON [Info-Direction] WHEN NEW.d_Id = 2 BEGIN SELECT "
                        "RAISE(FAIL, 'disk full'); END"));
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
     m_hands->ClickButton("cmdUpdate");
@@ -313,7 +324,23 @@ TEST_F(SetupPagesTest, DevicesGoBehindTheHubAndBack) {
 TEST_F(SetupPagesTest, AFindingIsCountedMarkedAndGoneTo) {
     Show();
     auto& count = m_hands->Find<QPushButton>("cmdFindings");
-    EXPECT_EQ(count.text(), QStringLiteral("Check: nothing found"));
+    // What no grid shows is mended from the list.
+    EXPECT_EQ(count.text(), QStringLiteral("Check: 1 finding"));
+    Run(QStringLiteral("UPDATE Display SET d_HubId = 99 WHERE d_Id = 3"));
+    m_hands->ClickButton("cmdRefresh");
+    EXPECT_TRUE(WaitUntil([&] { return count.text() == QStringLiteral("Check: 2 findings"); }));
+    QTest::mouseClick(&count, Qt::LeftButton);
+    auto& findings = m_hands->Find<QListWidget>("lstFindings");
+    const auto mend = [&](const QString& question) {
+        m_dialogs.ExpectQuestion(BoxKind::Plain, question, true);
+        QTest::mouseClick(findings.viewport(), Qt::LeftButton, {}, findings.visualItemRect(findings.item(0)).center());
+    };
+    mend(QStringLiteral("Put 'P' on the bus itself?"));
+    EXPECT_TRUE(WaitUntil([&] { return count.text() == QStringLiteral("Check: 1 finding"); }));
+    mend(QStringLiteral("Remove the entry (order 3, counter 77) from the scan plan?"));
+    EXPECT_TRUE(WaitUntil([&] { return count.text() == QStringLiteral("Check: nothing found"); }));
+    QTest::mouseClick(&count, Qt::LeftButton);
+
     WindowDriver::Type(Grid("TDBGridDisplay"), 3, 2, QStringLiteral("127"));
     EXPECT_TRUE(WaitUntil([&] { return count.text() == QStringLiteral("Check: 1 finding"); }));
     const QString text = QStringLiteral("Object 'D': address 127 is that of the broadcast.");

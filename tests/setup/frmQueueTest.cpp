@@ -84,7 +84,7 @@ TEST_F(frmQueueTest, WhatIsLeftInACellStandsInTheStore) {
 
 TEST_F(frmQueueTest, WhatIsNotChangedOrGivenUpIsNotWritten) {
     ASSERT_TRUE(m_station.database.Run(
-        {QStringLiteral("CREATE TRIGGER t BEFORE UPDATE ON Queue BEGIN SELECT RAISE(FAIL, 'written'); END")}));
+        {QStringLiteral("CREATE TEMP TRIGGER t BEFORE UPDATE ON Queue BEGIN SELECT RAISE(FAIL, 'written'); END")}));
     Show();
     Type(0, NameColumn, QStringLiteral("first"));
     Type(0, NameColumn, QStringLiteral("typed"), Qt::Key_Escape);
@@ -230,6 +230,7 @@ TEST_F(frmQueueTest, WhatWasCopiedInTheGridIsPastedAsItStands) {
     QTest::mouseClick(&Find<QPushButton>("cmdRefresh"), Qt::LeftButton);
     Click(0, NameColumn);
     QTest::keyClick(&Grid(), Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("D\u1ECBch")) << "what other programs get";
     Click(1, NameColumn);
     QTest::keyClick(&Grid(), Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(Shown(1, NameColumn), vni);
@@ -237,8 +238,16 @@ TEST_F(frmQueueTest, WhatWasCopiedInTheGridIsPastedAsItStands) {
     Press(Qt::Key_F2);
     ASSERT_NE(Editor(), nullptr);
     QTest::keyClick(Editor(), Qt::Key_X, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("D\u1ECBch"));
     QTest::keyClick(Editor(), Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(Editor()->text(), vni);
+    Press(Qt::Key_Escape);
+
+    // Into another grid, too.
+    auto& objects = Find<DataGrid>("TDBGridDisplay");
+    WindowDriver::Click(objects, 0, 0);
+    QTest::keyClick(&objects, Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(WindowDriver::Shown(objects, 0, 0), vni);
 }
 
 TEST_F(frmQueueTest, YesAndNoAreChosenFromAList) {

@@ -24,7 +24,7 @@ protected:
                             "1000, 1, 'A', '$1'), (2, 2, 2000, 1, 'B', ''), (3, 1, 0, 0, 'off', '')"),
              QStringLiteral("INSERT INTO Display (d_Id, d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) VALUES "
                             "(1, 1, 1, 'C1', 1, 0, 0), (2, 2, 2, 'C2', 1, 0, 5), (3, 3, 32, 'P', 1, 1, 0), "
-                            "(4, 4, 40, 'D', 1, 2, 0), (5, 5, 64, 'H', 1, 3, 0), (6, 1, 1, 'off', 0, 0, 99)")});
+                            "(4, 4, 40, 'D', 1, 2, 0), (5, 5, 64, 'H', 1, 3, 0), (6, 1, 1, 'off', 0, 0, 0)")});
         m_database.OpenDatabase(store);
     }
 
@@ -88,7 +88,17 @@ TEST_F(InstallationCheckTest, NamesTheRowAndTheColumnAtFault) {
          "Info-Direction 4 Dir_Id: Display 'D', counter 'C2': direction 208 does not fit the hub's block, which takes "
          "0 to 207."},
         {"UPDATE Display SET d_HubId = 3 WHERE d_Id = 2",
+         "Display 2 d_HubId: Object 'C2': it stands behind a hub that does not exist. Click to free it."},
+        {"UPDATE Display SET d_HubId = 99 WHERE d_Id = 6",
+         "Display 6 d_HubId: Object 'off': it stands behind a hub that does not exist. Click to free it."},
+        {"UPDATE Display SET d_On = 0 WHERE d_Id = 5",
          "Display 2 d_Name: Object 'C2': the hub that it stands behind is not loaded."},
+        {"UPDATE Display SET d_Type = NULL WHERE d_Id = 1",
+         "Display 1 d_Type: Object 'C1': it has no type. It is taken for a counter, and the hubs' lists lack it."},
+        {"INSERT INTO ScanPlan (ID, d_Id, [Order]) VALUES (8, 77, 3)",
+         "ScanPlan 8 d_Id: Scan plan: an entry (order 3, counter 77) names no object. Click to remove it."},
+        {"INSERT INTO ScanPlan (ID, d_Id, [Order]) VALUES (9, NULL, NULL)",
+         "ScanPlan 9 d_Id: Scan plan: an entry (order none, counter none) names no object. Click to remove it."},
         {"UPDATE Display SET d_Id = 32768, d_HubId = 0 WHERE d_Id = 2",
          "Display 32768 d_Name: Object 'C2': no direction can be stored for it, since its key 32768 is above 32767."},
     };

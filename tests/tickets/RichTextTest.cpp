@@ -1,6 +1,7 @@
 #include "tickets/RichText.h"
 
 #include "tests/support/Files.h"
+#include "tickets/VniText.h"
 
 #include <gtest/gtest.h>
 
@@ -67,7 +68,8 @@ TEST(RichText, ReadsCharactersAndLineEnds) {
         {"a\\u999999999999?\\u-999999999999?\\fs999999999999 b\\-", QStringLiteral("ab\u00AD")},
     };
     for (const auto& [body, text] : cases)
-        EXPECT_EQ(TextOf(body).toStdString(), text.toStdString()) << body.toStdString();
+        EXPECT_EQ(TextOf(body).toStdString(), vni::FromUnicode(text, vni::Origin::Unicode).toStdString())
+            << body.toStdString();
     for (const char* cut : {"{\\rtf", "{\\rtf1 \\", "{\\rtf1\\f", "{\\rtf1\\bin99 a", "{\\rtf1{"})
         EXPECT_EQ(ReadGood(cut).document.Text(), QString()) << cut;
     EXPECT_EQ(ReadGood("\xEF\xBB\xBF \r\n{\\rtf1 a}\0\0").document.Text(), QStringLiteral("a"));
@@ -87,6 +89,31 @@ QString Outline(const TicketDocument& document) {
         outlines += paragraph.runs.empty() ? outline + u'(' + name(paragraph.empty) + u')' : outline;
     }
     return outlines.join(QStringLiteral(" | "));
+}
+
+TEST(RichText, TheNameOfTheFontTellsWhatItsLettersAre) {
+    const struct {
+        const char* fonts;
+        const char* body;
+        QString text;
+    } cases[] = {
+        // All Latin-1, and still Unicode; a word processor's code page with combining marks too.
+        {"{\\f0 Times New Roman;}", "Ph\\'f2ng kh\\'e1m", QStringLiteral("Phoøng khaùm")},
+        {"{\\f0\\fcharset163 Arial;}", "Ti\\'ea\\'ccn, D\\u7883?ch", QStringLiteral("Tieàn, Dòch")},
+        // VNI, whatever stands beside it and whatever character set the font is said to have.
+        {"{\\f0 VNI-Aptima;}", "D\\'f2ch S\\'f4n \\u8594?", QStringLiteral("Dòch Sôn →")},
+        {"{\\f0\\fcharset163{\\*\\fname vni-times;}vni-times;}", "D\\'f2ch S\\'f4n", QStringLiteral("Dòch Sôn")},
+        {"{\\f0 Arial;}{\\f1 VNI-Times;}", "D\\'f2{\\f1 D\\'f2ch\\u432?}", QStringLiteral("DoøDòchö")},
+        // No name: as the words tell.
+        {"{\\f0\\fnil;}", "D\\'f2ch Tie\\'e0n", QStringLiteral("Dòch Tieàn")},
+        {"", "D\\'f2ch", QStringLiteral("Doøch")},
+    };
+    for (const auto& [fonts, body, text] : cases) {
+        const QByteArray file = QByteArray("{\\rtf1\\ansi\\deff0{\\fonttbl") + fonts + '}' + body + '}';
+        const TicketDocument document = ReadGood(file).document;
+        EXPECT_EQ(document.Text().toStdString(), text.toStdString()) << file.toStdString();
+        EXPECT_TRUE(ReadGood(richtext::Write(document)).document == document);
+    }
 }
 
 TEST(RichText, ReadsFormatsAndAlignments) {
@@ -161,7 +188,7 @@ TicketDocument RandomDocument(QRandomGenerator& random) {
         default:
             char32_t code = static_cast<char32_t>(random.bounded(0x0E, 0x10F800));
             code += code < 0xD800 ? 0 : 0x800;
-            return QString::fromUcs4(&code, 1);
+            return vni::FromUnicode(QString::fromUcs4(&code, 1), vni::Origin::Unicode);
         }
     };
     TicketDocument document;
