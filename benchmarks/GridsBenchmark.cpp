@@ -25,7 +25,7 @@ void BenchmarkGrids() {
     WindowDialogs dialogs;
     OpenStation station({folder.path(), folder.path()}, clock, dialogs);
     station.database.OpenDatabase(path);
-    station.reload.ReloadAll();
+    (void)station.reload.ReloadAll();
 
     std::unique_ptr<frmQueue> window;
     const double load = BestSeconds(5, [&] {

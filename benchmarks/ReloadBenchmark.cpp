@@ -31,7 +31,7 @@ void BenchmarkReload() {
     database.OpenDatabase(path);
 
     const auto load = [&] {
-        reload.ReloadAll();
+        (void)reload.ReloadAll();
         tickets.RecoverTickets();
     };
     const double withIndexes = BestSeconds(5, load);

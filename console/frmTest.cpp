@@ -4,10 +4,10 @@
 #include "link/Frames.h"
 #include "platform/AnsiText.h"
 #include "station/Station.h"
+#include "tickets/VniText.h"
 #include "widgets/Artwork.h"
 #include "widgets/OutcomeBox.h"
 #include "widgets/PortBoxes.h"
-#include "widgets/WindowFonts.h"
 
 #include <QMouseEvent>
 #include <QPointer>
@@ -32,7 +32,6 @@ frmTest::frmTest(Station& station)
     for (int sub = 0; sub < SubDevices; ++sub)
         m_ui->cboSub->addItem(QString::number(sub));
     m_ui->cboSub->setEditText(QStringLiteral("Combo1"));
-    m_ui->cboHub->setFont(fonts::ForStoredText(font()));
     m_ui->picQObj->setPixmap(artwork::Object(0, devicePixelRatioF()));
     for (QWidget* watched : {static_cast<QWidget*>(m_ui->Picture1), static_cast<QWidget*>(m_ui->picQObj)})
         watched->installEventFilter(this);
@@ -112,7 +111,7 @@ void frmTest::ListHubs() {
     const qint16 chosen = Hub();
     m_ui->cboHub->clear();
     for (const qint16 hub : m_station.Model().ObjectsOf(model::Hub))
-        m_ui->cboHub->addItem(m_station.Model().Object(hub).Name, hub);
+        m_ui->cboHub->addItem(vni::ToUnicode(m_station.Model().Object(hub).Name), hub);
     m_ui->cboHub->setCurrentIndex(std::max(m_ui->cboHub->findData(chosen), m_ui->cboHub->count() > 0 ? 0 : -1));
 }
 

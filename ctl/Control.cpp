@@ -3,7 +3,6 @@
 #include "ctl/LineDialogs.h"
 #include "platform/Ended.h"
 #include "station/Station.h"
-#include "tickets/VniText.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -45,7 +44,7 @@ QString Description() {
 Status PrintFindings(Station& station) {
     const std::vector<Finding> findings = station.FindFaults();
     for (const Finding& finding : findings)
-        std::puts(qUtf8Printable(vni::ToUnicode(finding.text)));
+        std::puts(qUtf8Printable(finding.text));
     return findings.empty() ? Status::Good : Status::Failed;
 }
 
@@ -68,8 +67,10 @@ QCoro::Task<Status> CarryStarted(Station& station, Request request) {
             LineDialogs::Print(prepared.text);
         co_return Status::Failed;
     }
-    if (request.port)
-        station.UsePort(*request.port, request.baud.value_or(station.Line().Settings.CommBaud));
+    if (request.port || request.baud) {
+        const CommSettings& set = station.Line().Settings;
+        station.UsePort(request.port.value_or(set.CommName), request.baud.value_or(set.CommBaud));
+    }
     Outcome started = Outcome::Done();
     if (verb.operation)
         started = co_await station.Start(request.store);

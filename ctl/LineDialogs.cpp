@@ -1,7 +1,6 @@
 #include "ctl/LineDialogs.h"
 
 #include "platform/Ended.h"
-#include "tickets/VniText.h"
 
 #include <cstdio>
 
@@ -17,7 +16,7 @@ public:
 } // namespace
 
 void LineDialogs::Print(const QString& text) {
-    std::fprintf(stderr, "orvexctl: %s\n", qUtf8Printable(vni::ToUnicode(text)));
+    std::fprintf(stderr, "orvexctl: %s\n", qUtf8Printable(text));
 }
 
 QCoro::Task<> LineDialogs::ShowMessage(BoxKind, QString text) {

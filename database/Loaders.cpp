@@ -94,10 +94,12 @@ Result<std::vector<Row>> Loaders::Rows(const Statement& statement, const char* t
         error = query->lastError().databaseText();
     }
     m_log.WriteLog(QStringLiteral("Load database: %1: %2").arg(QString::fromLatin1(table), error), EventLog::Error);
-    return Failure{error};
+    return Failure{QStringLiteral("The database cannot be read: %1").arg(error)};
 }
 
 Result<Snapshot> Loaders::Read() const {
+    if (!m_database.IsOpen())
+        return Failure{QStringLiteral("Can't open Queue database!")};
     const Transaction lock(m_database.File(), Transaction::Kind::Read);
     auto services = ServiceRows();
     if (!services)
@@ -187,8 +189,7 @@ qint16 Loaders::LoadServices(const Snapshot& store) {
         RowReader read(m_log, QStringLiteral("MAX"));
         const auto highest = read.NeededOr<qint32>(row[MaxTicket], "TicketNo", 0);
         const qint32 last = highest == 0 ? service.Series : highest;
-        // A series at the very end of its range has no number behind it; held there, not wrapped.
-        service.NextNumber = last == std::numeric_limits<qint32>::max() ? last : last + 1;
+        service.NextNumber = model::NumberAfter(last);
         service.WaitRing.ResetRing();
         service.FlaggedRing.ResetRing();
         if (++count == model::SlotCount) {

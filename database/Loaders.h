@@ -42,7 +42,7 @@ public:
     /// The references must outlive the loaders.
     Loaders(Database& database, model::Installation& installation, const Options& options, EventLog& log);
 
-    /// Reads everything in one transaction. Fails if the store is closed or a statement fails; the latter is logged.
+    /// Reads everything in one transaction. Fails if the store is closed, or if a statement fails, which is logged.
     Result<Snapshot> Read() const;
 
     /// Fills `QServices`. @return how many, 0 to 64, for `NumServices`.

@@ -13,12 +13,10 @@ Reload::Reload(Database& database, Loaders& loaders, model::Installation& instal
     , m_installation(installation)
     , m_log(log) {}
 
-Reload::Outcome Reload::ReloadAll() {
-    if (!m_database.IsOpen())
-        return Outcome::NoDatabase;
+Result<> Reload::ReloadAll() {
     const Result<Snapshot> store = m_loaders.Read();
     if (!store)
-        return Outcome::NoDatabase;
+        return Failure{store.Error()};
     m_installation.NumServices = m_loaders.LoadServices(*store);
     m_loaders.MergeRoutedNumbers();
     m_loaders.AssignSeriesIndexes(m_installation.NumServices);
@@ -28,29 +26,32 @@ Reload::Outcome Reload::ReloadAll() {
     AssignFirstServices();
     BuildHubTable(m_installation, m_log);
     LoadInfoTexts();
-    return m_installation.NumScanEntries > 0 ? Outcome::Loaded : Outcome::NoScanPlan;
+    return {};
 }
 
-bool Reload::ReloadDirections() {
-    const Result<Snapshot> store = m_loaders.Read();
-    if (store)
-        m_installation.NumDirections = m_loaders.LoadDirections(*store);
-    return static_cast<bool>(store);
-}
-
-bool Reload::ReloadObjectsAndDirections() {
+Result<> Reload::ReloadDirections() {
     const Result<Snapshot> store = m_loaders.Read();
     if (!store)
-        return false;
+        return Failure{store.Error()};
+    m_installation.NumDirections = m_loaders.LoadDirections(*store);
+    return {};
+}
+
+Result<> Reload::ReloadObjectsAndDirections() {
+    const Result<Snapshot> store = m_loaders.Read();
+    if (!store)
+        return Failure{store.Error()};
     m_installation.NumObjects = m_loaders.LoadCounters(*store);
     m_installation.NumDirections = m_loaders.LoadDirections(*store);
-    return true;
+    // The objects may stand in other places now.
+    BuildHubTable(m_installation, m_log);
+    return {};
 }
 
-std::optional<int> Reload::Refresh() {
+Result<int> Reload::Refresh() {
     const Result<Snapshot> store = m_loaders.Read();
     if (!store)
-        return std::nullopt;
+        return Failure{store.Error()};
     m_dbChanged = false;
     m_installation.NumObjects = m_loaders.LoadCounters(*store);
     const int unknown = ReloadServices(*store);

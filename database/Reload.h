@@ -1,6 +1,6 @@
 #pragma once
 
-#include <optional>
+#include "platform/Result.h"
 
 class Database;
 class EventLog;
@@ -12,28 +12,21 @@ struct Installation;
 }
 
 /// Builds the model anew from the store, whole or, while devices run, in the parts that can change under them. Where
-/// the store cannot be read (see the log) the model is as it was.
+/// the store is closed or cannot be read they fail, and the model is as it was.
 class Reload {
 public:
     /// The references must outlive this.
     Reload(Database& database, Loaders& loaders, model::Installation& installation, EventLog& log);
 
-    enum class Outcome {
-        Loaded,     ///< everything is loaded
-        NoScanPlan, ///< everything is loaded, but the scan plan has no entries
-        NoDatabase, ///< no store is open, or it cannot be read
-    };
-
     /// Rebuilds everything: services, series, objects, directions, scan plan, first services, hub table, information
     /// texts. All rings are empty after it.
-    Outcome ReloadAll();
+    Result<> ReloadAll();
 
-    /// Rebuilds the directions alone. @return false if the store cannot be read.
-    bool ReloadDirections();
+    /// Rebuilds the directions alone.
+    Result<> ReloadDirections();
 
-    /// Rebuilds objects and directions, without first services and hub table. @return false if the store cannot be
-    /// read.
-    bool ReloadObjectsAndDirections();
+    /// Rebuilds objects, directions and hub table, without first services.
+    Result<> ReloadObjectsAndDirections();
 
     /// The store is ahead of the model.
     void NoteStoreChanged() { m_dbChanged = true; }
@@ -42,9 +35,9 @@ public:
     /// The lighter refresh, for a store that is ahead of the model. Reloads objects and scan plan, overwrites the
     /// loaded services in their places, numbers the series anew, and builds the hub table anew, since objects may stand
     /// in other places now. Next numbers, the services' rings and first services stay.
-    /// @return the number of enabled services that are not loaded, for a warning each; nothing if the store cannot be
-    /// read, which then still counts as changed.
-    std::optional<int> Refresh();
+    /// @return the number of enabled services that are not loaded, for a warning each. After a failure the store still
+    /// counts as changed.
+    Result<int> Refresh();
 
     /// Sets `FirstServiceIndex` of every object.
     void AssignFirstServices();

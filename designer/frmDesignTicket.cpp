@@ -8,7 +8,6 @@
 #include "tickets/RichText.h"
 #include "tickets/VniText.h"
 #include "widgets/OutcomeBox.h"
-#include "widgets/WindowFonts.h"
 
 #include <QApplication>
 #include <QButtonGroup>
@@ -94,7 +93,6 @@ frmDesignTicket::frmDesignTicket(Station& station, QWidget* parent)
     , m_forms(station.Forms())
     , m_dialogs(station.dialogs)
     , m_ui(std::make_unique<Ui::frmDesignTicket>()) {
-    setFont(fonts::ForStoredText(font()));
     m_ui->setupUi(this);
     setWindowModality(Qt::ApplicationModal);
     setAttribute(Qt::WA_DeleteOnClose);
@@ -209,7 +207,7 @@ void frmDesignTicket::LoadTicketOptions() {
 void frmDesignTicket::FillPrinters() {
     m_ui->cboPrinters->addItem(QStringLiteral("All"), -1);
     for (const qint16 printer : m_station.Model().ObjectsOf(model::Printer))
-        m_ui->cboPrinters->addItem(m_station.Model().Object(printer).Name, printer);
+        m_ui->cboPrinters->addItem(vni::ToUnicode(m_station.Model().Object(printer).Name), printer);
     m_ui->cboPrinters->setCurrentIndex(0);
 }
 

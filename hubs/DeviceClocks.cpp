@@ -4,6 +4,7 @@
 #include "link/Bus.h"
 #include "link/Encodings.h"
 #include "platform/Clock.h"
+#include "tickets/VniText.h"
 
 DeviceClocks::DeviceClocks(Bus& bus, const model::Installation& installation, const Clock& clock)
     : m_bus(bus)
@@ -27,10 +28,11 @@ QCoro::Task<QStringList> DeviceClocks::SendToAll(model::ObjectType type, char le
     QStringList silent;
     for (const qint16 index : m_installation.ObjectsOf(type)) {
         const model::QObject& object = m_installation.Object(index);
-        OnDevice(object.Name);
+        const QString name = vni::ToUnicode(object.Name);
+        OnDevice(name);
         const Reply reply = co_await m_bus.SendCommand(object.Address, letter, data, Bus::DirectTimeout, OneTry);
         if (!reply.ok)
-            silent += object.Name;
+            silent += name;
     }
     co_return silent;
 }

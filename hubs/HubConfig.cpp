@@ -4,6 +4,7 @@
 #include "link/Bus.h"
 #include "link/Encodings.h"
 #include "link/Frames.h"
+#include "tickets/VniText.h"
 
 #include <functional>
 #include <span>
@@ -34,6 +35,10 @@ bool FitsOneCharacter(int number) {
 /// Collects what does not fit the block.
 class Faults {
 public:
+    /// @param carrier what the numbers have to fit.
+    explicit Faults(QString carrier)
+        : m_carrier(std::move(carrier)) {}
+
     /// Looks at what one character has to carry.
     void Number(BlockFault::Of of, qint32 id, const QString& who, const char* field, const QString& what, int number) {
         Check(FitsOneCharacter(number), of, id, field, who, what, number, encoding::LargestSmallNumber);
@@ -53,11 +58,14 @@ private:
         if (fits)
             return;
         Found.push_back({of, id, QString::fromLatin1(field),
-                         QStringLiteral("%1: %2 %3 does not fit the hub's block, which takes 0 to %4.")
+                         QStringLiteral("%1: %2 %3 does not fit the hub's %4, which takes 0 to %5.")
                              .arg(who, what)
                              .arg(number)
+                             .arg(m_carrier)
                              .arg(largest)});
     }
+
+    QString m_carrier;
 };
 
 QByteArray List(const std::vector<const model::QObject*>& objects,
@@ -73,14 +81,14 @@ QByteArray List(const std::vector<const model::QObject*>& objects,
 std::vector<BlockFault> BlockFaults(const model::Installation& installation) {
     if (OfType(installation, model::Hub).empty())
         return {};
-    Faults faults;
+    Faults faults(QStringLiteral("block"));
     for (const model::QService& service : installation.LoadedServices()) {
-        const QString who = QStringLiteral("Service '%1'").arg(service.Name);
+        const QString who = QStringLiteral("Service '%1'").arg(vni::ToUnicode(service.Name));
         faults.Number(BlockFault::Of::Service, service.Id, who, "q_Number", QStringLiteral("number"), service.Number);
         faults.Series(service, who);
     }
     for (const model::QObject& object : installation.LoadedObjects()) {
-        const QString who = QStringLiteral("Object '%1'").arg(object.Name);
+        const QString who = QStringLiteral("Object '%1'").arg(vni::ToUnicode(object.Name));
         if (object.Type == model::Counter || object.Type == model::Printer)
             faults.Number(BlockFault::Of::Object, object.Id, who, "d_Number", QStringLiteral("number"), object.Number);
         if (object.Type == model::Counter || object.Type == model::Printer || object.Type == model::Display)
@@ -89,9 +97,24 @@ std::vector<BlockFault> BlockFaults(const model::Installation& installation) {
     }
     for (const model::QObject* display : OfType(installation, model::Display)) {
         for (const model::QObject* counter : OfType(installation, model::Counter)) {
-            const QString who = QStringLiteral("Display '%1', counter '%2'").arg(display->Name, counter->Name);
+            const QString who = QStringLiteral("Display '%1', counter '%2'")
+                                    .arg(vni::ToUnicode(display->Name), vni::ToUnicode(counter->Name));
             faults.Number(BlockFault::Of::Direction, display->Id, who, "Dir_Id", QStringLiteral("direction"),
                           installation.DirectionOf(display->Id, counter->Id));
+        }
+    }
+    return faults.Found;
+}
+
+std::vector<BlockFault> MemberFaults(const model::Installation& installation) {
+    Faults faults(QStringLiteral("member list"));
+    for (const qint16 hub : installation.ObjectsOf(model::Hub)) {
+        for (const qint16 index : installation.MembersOf(hub)) {
+            const model::QObject& member = installation.Object(index);
+            const QString who = QStringLiteral("Object '%1'").arg(vni::ToUnicode(member.Name));
+            faults.Number(BlockFault::Of::Object, member.Id, who, "d_Address", QStringLiteral("address"),
+                          member.Address);
+            faults.Number(BlockFault::Of::Object, member.Id, who, "d_Type", QStringLiteral("type"), member.Type);
         }
     }
     return faults.Found;
@@ -140,6 +163,11 @@ QByteArray HubConfig::MemberList(qint16 object) const {
 }
 
 QCoro::Task<bool> HubConfig::SendHubMembers(qint16 object) {
+    for (const qint16 member : m_installation.MembersOf(object)) {
+        const model::QObject& device = m_installation.Object(member);
+        if (!FitsOneCharacter(device.Address) || !FitsOneCharacter(device.Type))
+            co_return false;
+    }
     const quint8 address = m_installation.Object(object).Address;
     const Reply reply = co_await m_bus.SendCommand(address, 'W', MemberList(object), Bus::DirectTimeout, OneTry);
     co_return reply.ok;
@@ -155,10 +183,11 @@ QCoro::Task<QStringList> HubConfig::SetHubConfig() {
     QStringList silent;
     for (const qint16 hub : m_installation.ObjectsOf(model::Hub)) {
         const model::QObject& object = m_installation.Object(hub);
-        OnDevice(object.Name);
+        const QString name = vni::ToUnicode(object.Name);
+        OnDevice(name);
         const bool answered = co_await SendHubConfig(object.Address, block);
         if (!answered)
-            silent += object.Name;
+            silent += name;
     }
     co_return silent;
 }

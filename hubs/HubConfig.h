@@ -28,6 +28,9 @@ struct BlockFault {
 /// (0 to 65535) cannot carry. Nothing without a hub, since nobody gets the block then.
 std::vector<BlockFault> BlockFaults(const model::Installation& installation);
 
+/// The members of all hubs whose address or type one character (0 to 207) cannot carry in a member list.
+std::vector<BlockFault> MemberFaults(const model::Installation& installation);
+
 /// The configuration block, the data of command `L`, stuffed, of an installation without faults. Before stuffing:
 ///
 ///     2       7        1  1      3 each              1      3 each                          1      2 each
@@ -57,7 +60,8 @@ public:
     /// The member list of a hub. @param object its index in `QObjects`.
     QByteArray MemberList(qint16 object) const;
 
-    /// Sends its member list to one hub. @param object index in `QObjects`.
+    /// Sends its member list to one hub, unless the list cannot carry one of them: then nothing is sent, and it has
+    /// failed. @param object index in `QObjects`.
     QCoro::Task<bool> SendHubMembers(qint16 object);
 
     /// Sends a stuffed block to one hub.

@@ -13,10 +13,6 @@ HubOption::HubOption(DeviceClocks& devices, Options& options, IniUtility& ini)
     , m_options(options)
     , m_ini(ini) {}
 
-qint16 HubOption::Value() const {
-    return m_options.FromToval;
-}
-
 QCoro::Task<Outcome> HubOption::Apply(QString typed) {
     constexpr qint16 Fewest = 1;
     constexpr qint16 Most = 10;
@@ -28,6 +24,9 @@ QCoro::Task<Outcome> HubOption::Apply(QString typed) {
     const QStringList silent = co_await m_devices.SetHubOption(m_options.FromToval);
     if (!silent.isEmpty())
         co_return Outcome::Silent(silent, QStringLiteral("Error on setting config to HUB(s)."));
-    m_ini.WriteIni(QStringLiteral("options"), QStringLiteral("FromToval"), QString::number(m_options.FromToval));
+    if (!m_ini.WriteIni(QStringLiteral("options"), QStringLiteral("FromToval"), QString::number(m_options.FromToval)))
+        co_return Outcome::Failed(
+            QStringLiteral("The hubs have the option, but the settings could not be written to %1.")
+                .arg(m_ini.IniPath));
     co_return Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
 }

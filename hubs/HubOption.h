@@ -12,11 +12,9 @@ public:
     /// The references must outlive this object.
     HubOption(DeviceClocks& devices, Options& options, IniUtility& ini);
 
-    /// The value in memory: the one last typed, whether or not it was taken.
-    qint16 Value() const;
-
     /// Takes what the user typed, sends it to every hub, and saves it if all answered.
-    /// @return refused if the number is not from 1 to 10: nothing was sent and the user may type another.
+    /// @return refused if the number is not from 1 to 10: nothing was sent and the user may type another. Failed too if
+    /// it could not be saved.
     QCoro::Task<Outcome> Apply(QString typed);
 
 private:

@@ -35,8 +35,8 @@ bool CommLine::LoadCommSettings() {
 }
 
 bool CommLine::SaveCommSettings() {
-    m_ini.WriteIni(Section(), QStringLiteral("Device"), Settings.CommName);
-    return m_ini.WriteIni(Section(), QStringLiteral("Baud"), Settings.CommBaud);
+    const bool hasDevice = m_ini.WriteIni(Section(), QStringLiteral("Device"), Settings.CommName);
+    return m_ini.WriteIni(Section(), QStringLiteral("Baud"), Settings.CommBaud) && hasDevice;
 }
 
 QCoro::Task<bool> CommLine::OpenPort() {
@@ -62,16 +62,19 @@ QCoro::Task<bool> CommLine::OpenPort() {
 }
 
 QCoro::Task<bool> CommLine::ChoosePort(QString name, QString baud) {
-    if (name.isEmpty() || baud.isEmpty()) {
+    if (name.trimmed().isEmpty() || baud.trimmed().isEmpty()) {
         co_await m_dialogs.ShowMessage(BoxKind::Critical, QStringLiteral("Please select a Device and Baudrate!"));
         co_return false;
     }
     Settings.CommDevice = name;
     Settings.CommName = name;
     Settings.CommBaud = baud;
-    SaveCommSettings();
+    const bool saved = SaveCommSettings();
     const bool opened = co_await OpenPort();
     SetCommStatus(Settings.CommDevice, Settings.CommBaud, opened);
+    if (!saved)
+        co_await m_dialogs.ShowMessage(BoxKind::Exclamation,
+                                       QStringLiteral("The settings could not be written to %1.").arg(m_ini.IniPath));
     co_return opened;
 }
 

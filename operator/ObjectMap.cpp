@@ -3,8 +3,8 @@
 #include "operator/ComputerPicture.h"
 #include "operator/ObjectPicture.h"
 #include "station/Station.h"
+#include "tickets/VniText.h"
 #include "widgets/Artwork.h"
-#include "widgets/WindowFonts.h"
 
 #include <QEvent>
 #include <QLabel>
@@ -100,7 +100,7 @@ int ObjectMap::ShownObjects() const {
 
 void ObjectMap::ShowObjects() {
     const int shown = ShownObjects();
-    QFont nameFont = fonts::ForStoredText(font());
+    QFont nameFont = font();
     nameFont.setPixelSize(11);
     const QFontMetrics metrics(nameFont);
     for (int i = 0; i < Pictures; ++i) {
@@ -119,9 +119,10 @@ void ObjectMap::ShowObjects() {
             picture.SetType(object.Type);
             m_shown[slot] = now;
         }
+        const QString shownName = vni::ToUnicode(object.Name);
         name.setFont(nameFont);
-        name.setText(metrics.elidedText(object.Name, Qt::ElideRight, NameWidth) + tr("\nadr %1").arg(object.Address));
-        const QString told = tr("%1, number %2, address %3").arg(object.Name).arg(object.Number).arg(object.Address);
+        name.setText(metrics.elidedText(shownName, Qt::ElideRight, NameWidth) + tr("\nadr %1").arg(object.Address));
+        const QString told = tr("%1, number %2, address %3").arg(shownName).arg(object.Number).arg(object.Address);
         name.setToolTip(told);
         picture.setAccessibleName(told);
     }

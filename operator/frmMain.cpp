@@ -8,7 +8,6 @@
 #include "widgets/LinePanels.h"
 #include "widgets/OutcomeBox.h"
 #include "widgets/PortBoxes.h"
-#include "widgets/WindowFonts.h"
 #include "widgets/frmSysTray.h"
 
 #include <QApplication>
@@ -94,9 +93,6 @@ void frmMain::InitTimers() {
 }
 
 void frmMain::InitPictures() {
-    const QFont vniFont = fonts::ForStoredText(font());
-    for (int i = 0; i < InfoLabels; ++i)
-        findChild<QLabel*>(QStringLiteral("lblInfo_%1").arg(i))->setFont(vniFont);
     QSizePolicy kept = m_ui->Frame1->sizePolicy();
     kept.setRetainSizeWhenHidden(true);
     m_ui->Frame1->setSizePolicy(kept);
@@ -319,7 +315,7 @@ void frmMain::ShowInfo(int object) {
         const qint16 service = model.FirstServiceOf(static_cast<qint16>(object));
         if (service >= 0) {
             const model::QService& first = model.Service(service);
-            lines += QStringLiteral("Service   : ") + first.Name;
+            lines += QStringLiteral("Service   : ") + vni::ToUnicode(first.Name);
             lines += QStringLiteral("Wait        : %1").arg(first.WaitRing.Count);
         } else {
             lines += {QString(), QString()};
@@ -330,7 +326,7 @@ void frmMain::ShowInfo(int object) {
         if (shown.Type == model::Printer) {
             for (const model::QService& service : model.LoadedServices()) {
                 if (lines.size() < InfoLabels)
-                    lines += QStringLiteral("%1: %2").arg(service.Name).arg(service.WaitRing.Count);
+                    lines += QStringLiteral("%1: %2").arg(vni::ToUnicode(service.Name)).arg(service.WaitRing.Count);
             }
         }
     }

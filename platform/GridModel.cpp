@@ -44,9 +44,11 @@ QString GridModel::MarkOf(int row, int column) const {
 QVariant GridModel::data(const QModelIndex& index, int role) const {
     if (index.isValid() && role == Qt::ToolTipRole)
         return MarkOf(index.row(), index.column());
-    if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole))
+    if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole && role != Qt::AccessibleTextRole))
         return {};
     const QString text = CellText(index.row(), index.column());
+    if (role == Qt::AccessibleTextRole && m_readable)
+        return m_readable(Columns()[static_cast<std::size_t>(index.column())].Shown(text));
     return role == Qt::EditRole ? text : Columns()[static_cast<std::size_t>(index.column())].Shown(text);
 }
 

@@ -5,6 +5,7 @@
 #include <QAbstractTableModel>
 #include <QString>
 
+#include <functional>
 #include <vector>
 
 /// One column of a data-bound grid.
@@ -66,6 +67,9 @@ public:
     /// Deletes the record of a row.
     virtual Result<> Remove(int row) = 0;
 
+    /// How a cell's text reads where it is not drawn in the grid's font, as for a screen reader.
+    void SetReadable(std::function<QString(QStringView stored)> readable) { m_readable = std::move(readable); }
+
     /// Marks these cells and no others. A cell's text shows as its tool tip.
     void SetMarks(std::vector<GridMark> marks);
     /// The text of a cell's mark, empty if it has none.
@@ -87,4 +91,5 @@ Q_SIGNALS:
 
 private:
     std::vector<GridMark> m_marks;
+    std::function<QString(QStringView)> m_readable;
 };

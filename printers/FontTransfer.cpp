@@ -3,9 +3,10 @@
 #include "core/Installation.h"
 #include "link/Frames.h"
 #include "platform/Dialogs.h"
+#include "platform/WholeFile.h"
 #include "tickets/VniTable.h"
 
-#include <QFile>
+#include <QFileInfo>
 
 namespace {
 
@@ -49,18 +50,17 @@ QCoro::Task<bool> FontTransfer::SendVNIToPrinter(qint16 object, LetterSet letter
 }
 
 QCoro::Task<bool> FontTransfer::SendFontFile(qint16 object) {
-    QFile file(m_programFolder + QStringLiteral("/VNI-ZR.bin"));
-    QString problem;
-    if (!file.open(QIODevice::ReadOnly))
-        problem = QStringLiteral("Font file not found (VNI-ZR.bin)");
-    else if (file.size() > LargestFontFile)
-        problem = QStringLiteral("Font file too large (VNI-ZR.bin)");
-    if (!problem.isEmpty()) {
+    const QString path = m_programFolder + QStringLiteral("/VNI-ZR.bin");
+    const Result<QByteArray> font = ReadWhole(path, LargestFontFile);
+    if (!font) {
+        QString problem = QStringLiteral("Font file not found (VNI-ZR.bin)");
+        if (QFileInfo(path).size() > LargestFontFile)
+            problem = QStringLiteral("Font file too large (VNI-ZR.bin)");
         co_await m_dialogs.ShowMessage(BoxKind::Exclamation, problem);
         co_return false;
     }
     const qsizetype longest = Printer(object).HubId != 0 ? LongestRelayed : LongestDirect;
-    co_return co_await SendLetters(object, StuffedChunks(file.readAll(), FontChunk, longest), FontPause);
+    co_return co_await SendLetters(object, StuffedChunks(*font, FontChunk, longest), FontPause);
 }
 
 std::vector<QByteArray> FontTransfer::StuffedChunks(QByteArrayView content, qsizetype chunkLength, qsizetype longest) {

@@ -6,6 +6,7 @@
 #include "link/Encodings.h"
 #include "link/Frames.h"
 #include "platform/Clock.h"
+#include "tickets/VniText.h"
 
 namespace {
 
@@ -46,7 +47,6 @@ QCoro::Task<> FormTransfer::Report(qint16 object, Occasion occasion, QString tex
 }
 
 QCoro::Task<bool> FormTransfer::SendForm(qint16 object, QByteArray form, Occasion occasion) {
-    m_isCancelled = false;
     const bool begun =
         co_await SendFrame(object, 'L', encoding::Hexadecimal(static_cast<quint32>(form.size()), 4), TwoTries);
     if (!begun) {
@@ -62,11 +62,11 @@ QCoro::Task<bool> FormTransfer::SendForm(qint16 object, QByteArray form, Occasio
     const bool ended = co_await SendFrame(object, 'V', flag, TwoTries);
     if (!ended)
         co_await Report(object, occasion, QStringLiteral("Send ticket form Error!"));
-    co_return ended && !cancelled;
+    co_return ended && !cancelled && !m_isCancelled;
 }
 
 QCoro::Task<bool> FormTransfer::SendLogos(qint16 object, QByteArray logos) {
-    const QString name = Printer(object).Name;
+    const QString name = vni::ToUnicode(Printer(object).Name);
     Q_EMIT Progress(name, tr("the printer stores the form"), 0, 0);
     co_await Wait(BeforeLogos);
     QString problem;
@@ -89,10 +89,12 @@ QCoro::Task<bool> FormTransfer::SendLogos(qint16 object, QByteArray logos) {
     }
     Q_EMIT Progress(name, tr("the printer stores the logos"), 0, 0);
     co_await Wait(AfterLogos);
-    co_return true;
+    co_return !m_isCancelled;
 }
 
 QCoro::Task<bool> FormTransfer::SendFormAndLogo(qint16 object, CompiledForm form, Logos logos, Occasion occasion) {
+    if (occasion == Occasion::StartUp)
+        m_isCancelled = false; // nobody can have meant this one
     const bool sent = co_await SendForm(object, form.PrnForm, occasion);
     if (!sent || logos == Logos::Without || occasion == Occasion::StartUp || form.LogoCount < 1)
         co_return sent;
@@ -102,7 +104,8 @@ QCoro::Task<bool> FormTransfer::SendFormAndLogo(qint16 object, CompiledForm form
 QCoro::Task<Outcome> FormTransfer::SendToPrinter(qint16 object, CompiledForm form, Logos logos) {
     if (const QString fault = LogoFault(form, logos); !fault.isEmpty())
         co_return Outcome::Refused(fault);
-    const QString name = Printer(object).Name;
+    m_isCancelled = false;
+    const QString name = vni::ToUnicode(Printer(object).Name);
     co_await m_router.HubTransferBegin(object);
     const bool sent = co_await SendFormAndLogo(object, form, logos, Occasion::Designer);
     Outcome outcome = Outcome::Done();
@@ -118,12 +121,19 @@ QCoro::Task<Outcome> FormTransfer::SendToPrinter(qint16 object, CompiledForm for
     co_return outcome;
 }
 
+QCoro::Task<bool> FormTransfer::SendToNext(qint16 object, CompiledForm form, Logos logos) {
+    const bool sent = co_await SendFormAndLogo(object, form, logos, Occasion::Designer);
+    // What was cancelled has failed; whether to go on is asked.
+    if (!sent)
+        m_isCancelled = false;
+    co_return sent;
+}
+
 QCoro::Task<Outcome> FormTransfer::SendFormToAllPrinters(CompiledForm form, Logos logos) {
     if (const QString fault = LogoFault(form, logos); !fault.isEmpty())
         co_return Outcome::Refused(fault);
-    const Send send = [this, form, logos](qint16 object) {
-        return SendFormAndLogo(object, form, logos, Occasion::Designer);
-    };
+    m_isCancelled = false;
+    const Send send = [this, form, logos](qint16 object) { return SendToNext(object, form, logos); };
     const QStringList failed = co_await SendToAll(
         send, HubBracket::With, QStringLiteral("Set ticket form to printer #%1 error! Do you want to continue?"));
     Outcome outcome = failed.isEmpty() ? Outcome::Done(BoxKind::Information, QStringLiteral("Set done."))

@@ -40,6 +40,8 @@ public:
 private:
     bool IsCancelled() const override { return m_isCancelled; }
     QCoro::Task<bool> SendForm(qint16 object, QByteArray form, Occasion occasion);
+    /// One printer of all.
+    QCoro::Task<bool> SendToNext(qint16 object, CompiledForm form, Logos logos);
     QCoro::Task<bool> SendLogos(qint16 object, QByteArray logos);
     QCoro::Task<> Wait(int milliseconds);
     QCoro::Task<> Report(qint16 object, Occasion occasion, QString text);

@@ -5,6 +5,7 @@
 #include "hubs/HubRouter.h"
 #include "platform/Clock.h"
 #include "platform/WholeFile.h"
+#include "tickets/VniText.h"
 
 namespace {
 
@@ -23,7 +24,7 @@ PrinterConfig::PrinterConfig(const Parts& parts, QString programFolder, PrinterT
 QCoro::Task<bool> PrinterConfig::SendPrinterConfig(qint16 object, Load load) {
     const bool isFull = load == Load::Full;
     const PrinterTables tables(m_installation, m_counterListOfService, m_log);
-    const QString name = Printer(object).Name;
+    const QString name = vni::ToUnicode(Printer(object).Name);
     const QString phase = tr("tables");
     const int total = static_cast<int>(tables.ServiceTable().size()) + (isFull ? 3 : 2);
     int done = 0;

@@ -4,6 +4,7 @@
 #include "hubs/HubRouter.h"
 #include "platform/Clock.h"
 #include "platform/Dialogs.h"
+#include "tickets/VniText.h"
 
 PrinterTransfer::PrinterTransfer(const Parts& parts)
     : m_installation(parts.installation)
@@ -24,9 +25,10 @@ QCoro::Task<QStringList> PrinterTransfer::SendToAll(Send send, HubBracket bracke
         const bool sent = co_await send(object);
         bool goOn = true;
         if (!sent) {
-            failed += Printer(object).Name;
+            const QString name = vni::ToUnicode(Printer(object).Name);
+            failed += name;
             if (!question.isEmpty())
-                goOn = co_await m_dialogs.AskYesNo(BoxKind::Exclamation, question.arg(Printer(object).Name));
+                goOn = co_await m_dialogs.AskYesNo(BoxKind::Exclamation, question.arg(name));
         }
         if (bracket == HubBracket::With)
             co_await m_router.HubTransferEnd(object);
@@ -45,7 +47,7 @@ QCoro::Task<bool> PrinterTransfer::SendFrame(qint16 object, char letter, QByteAr
 
 QCoro::Task<bool> PrinterTransfer::SendChunks(qint16 object, char letter, std::vector<QByteArray> chunks, QString phase,
                                               int tries, qint16 pause) {
-    const QString name = Printer(object).Name;
+    const QString name = vni::ToUnicode(Printer(object).Name);
     const auto total = static_cast<int>(chunks.size());
     int done = 0;
     for (const QByteArray& chunk : chunks) {

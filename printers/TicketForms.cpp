@@ -47,15 +47,20 @@ QCoro::Task<> TicketForms::LoadLetters() {
         co_await m_dialogs.ShowMessage(BoxKind::Plain, QStringLiteral("Error load VNI table"));
 }
 
+void TicketForms::Save(const QString& section, const QString& key, const QString& value) {
+    if (!m_ini.WriteIni(section, key, value))
+        m_log.WriteLog(QStringLiteral("%1 could not be written.").arg(m_ini.IniPath), EventLog::Error);
+}
+
 void TicketForms::SetTicketCopies(qint16 copies) {
     m_TicketCopies = copies;
-    m_ini.WriteIni(OptionsSection(), QStringLiteral("TicketCopies"), QString::number(copies));
+    Save(OptionsSection(), QStringLiteral("TicketCopies"), QString::number(copies));
 }
 
 void TicketForms::SetTicketDigits(qint16 digits) {
     m_TicketDigits = digits;
     // The blank belongs to the key.
-    m_ini.WriteIni(OptionsSection(), QStringLiteral("m_TicketDigits "), QString::number(digits));
+    Save(OptionsSection(), QStringLiteral("m_TicketDigits "), QString::number(digits));
 }
 
 QString TicketForms::DataFolder() const {
@@ -69,12 +74,12 @@ QString TicketForms::LastForm() const {
 }
 
 void TicketForms::SetLastForm(const QString& path) {
-    if (path != LastForm() && !m_ini.WriteIni(TicketSection(), LastFormKey(), path))
-        m_log.WriteLog(QStringLiteral("%1 could not be written.").arg(m_ini.IniPath), EventLog::Error);
+    if (path != LastForm())
+        Save(TicketSection(), LastFormKey(), path);
 }
 
 void TicketForms::SetLastLogo(const QString& name) {
-    m_ini.WriteIni(QStringLiteral("Logo"), QStringLiteral("Filename"), name);
+    Save(QStringLiteral("Logo"), QStringLiteral("Filename"), name);
 }
 
 QString TicketForms::FolderOf(const QString& formPath) const {

@@ -68,6 +68,8 @@ private:
     QCoro::Task<std::optional<CompiledForm>> CompileForm(TicketDocument document, QString formPath,
                                                          QString printerNumber);
     QString FolderOf(const QString& formPath) const;
+    /// Writes one setting; a failure is in the log.
+    void Save(const QString& section, const QString& key, const QString& value);
 
     const model::Installation& m_installation;
     Clock& m_clock;

@@ -107,7 +107,7 @@ void DatabasePage::TestConnect() {
 }
 
 void DatabasePage::LoadQueueDisplay() {
-    m_ui->lblService->setText(m_ui->TDBGridQueue->CurrentText(ServiceName));
+    m_ui->lblService->setText(m_ui->TDBGridQueue->CurrentReadable(ServiceName));
     Records().LoadQueueDisplay(m_ui->TDBGridQueue->CurrentNumber(ServiceId));
 }
 
@@ -153,7 +153,7 @@ void DatabasePage::RemoveServiceCounter() {
     AskAndDo(
         BoxKind::Plain,
         QStringLiteral("Are you sure to remove counter '%1' from List ?")
-            .arg(m_ui->TDBGridQD->CurrentText(PairCounter)),
+            .arg(m_ui->TDBGridQD->CurrentReadable(PairCounter)),
         [this, id] { return Records().assignments.RemoveServiceCounter(id.toInt()); },
         [this] { Records().Requery(Records().rsQueueDisplay); });
 }

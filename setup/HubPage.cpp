@@ -47,7 +47,7 @@ void HubPage::ShowBusy(bool busy) {
 }
 
 void HubPage::LoadHubCounters() {
-    m_ui->lblHub->setText(m_ui->TDBGridHUB->CurrentText(HubName));
+    m_ui->lblHub->setText(m_ui->TDBGridHUB->CurrentReadable(HubName));
     Records().LoadHubCounters(m_ui->TDBGridHUB->CurrentNumber(HubId));
 }
 
@@ -74,7 +74,7 @@ void HubPage::RemoveCounter() {
     const qint32 id = m_ui->TDBGridHubCounters->CurrentNumber(MemberId);
     if (id == 0)
         return;
-    const QString name = m_ui->TDBGridHubCounters->CurrentText(MemberName);
+    const QString name = m_ui->TDBGridHubCounters->CurrentReadable(MemberName);
     AskAndDo(
         BoxKind::Plain, QStringLiteral("Are you sure to remove counter '%1' from List ?").arg(name),
         [=, this] { return Records().assignments.SetHub(id, 0); },

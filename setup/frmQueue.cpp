@@ -48,7 +48,6 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     , m_station(station)
     , m_records(std::make_unique<SetupRecords>(station))
     , m_ui(std::make_unique<Ui::frmQueue>()) {
-    setFont(fonts::ForStoredText(font()));
     m_ui->setupUi(this);
     SetUpStatusBar();
     for (SetupPage* page : Pages())
@@ -116,6 +115,7 @@ void frmQueue::SetUpTicketMenus() {
 
 void frmQueue::SetUpGrids() {
     for (DataGrid* grid : findChildren<DataGrid*>()) {
+        grid->setFont(fonts::ForStoredText(font()));
         grid->SetLetters({[](QStringView before, const QString& typed) {
                               const vni::Insertion insertion = vni::Typed(before, typed);
                               return GridInsertion{insertion.replaces, insertion.text};

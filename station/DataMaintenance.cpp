@@ -5,10 +5,11 @@
 #include <QRegularExpression>
 #include <QScopeGuard>
 
-DataMaintenance::DataMaintenance(Database& database, Clock& clock, Dialogs& dialogs)
+DataMaintenance::DataMaintenance(Database& database, Clock& clock, Dialogs& dialogs, Runner alone)
     : m_clock(clock)
     , m_dialogs(dialogs)
-    , m_archive(database, clock) {}
+    , m_archive(database, clock)
+    , m_alone(std::move(alone)) {}
 
 QDate DataMaintenance::ReadDay(const QString& text) {
     static const QRegularExpression form(
@@ -28,13 +29,18 @@ TicketArchive::Progress DataMaintenance::OnProgress() {
     return [this](qint64 done, qint64 total) { Q_EMIT Progress(done, total); };
 }
 
-QCoro::Task<Outcome> DataMaintenance::Run(Work work) {
+QCoro::Task<Outcome> DataMaintenance::Delete(Deleting deleting) {
+    const Work work = [this, deleting] { return Run(deleting); };
+    co_return co_await m_alone(work);
+}
+
+QCoro::Task<Outcome> DataMaintenance::Run(Deleting deleting) {
     m_isRunning = true;
     const auto ended = qScopeGuard([this] {
         m_isRunning = false;
         Q_EMIT Progress(0, 0);
     });
-    const Result<> deleted = co_await work();
+    const Result<> deleted = co_await deleting();
     if (!deleted)
         co_return Outcome::Failed(QStringLiteral("Nothing was deleted: %1").arg(deleted.Error()));
     co_return Outcome::Done(BoxKind::Information, QStringLiteral("Done."));
@@ -49,8 +55,8 @@ QCoro::Task<Outcome> DataMaintenance::DeleteFromYear(QString year) {
     const bool yes = co_await m_dialogs.AskYesNo(BoxKind::Exclamation, question);
     if (!yes)
         co_return Outcome::Cancelled();
-    const Work work = [this, number = year.toInt()] { return m_archive.DeleteYears(number, OnProgress()); };
-    co_return co_await Run(work);
+    const Deleting deleting = [this, number = year.toInt()] { return m_archive.DeleteYears(number, OnProgress()); };
+    co_return co_await Delete(deleting);
 }
 
 QCoro::Task<Outcome> DataMaintenance::DeleteFromDays(QString from, QString to) {
@@ -71,6 +77,6 @@ QCoro::Task<Outcome> DataMaintenance::DeleteFromDays(QString from, QString to) {
         co_return Outcome::Refused(QStringLiteral("Error in Date/Time format."));
     if (!yes)
         co_return Outcome::Cancelled();
-    const Work work = [this, first, end] { return m_archive.DeleteDays(first, end, OnProgress()); };
-    co_return co_await Run(work);
+    const Deleting deleting = [this, first, end] { return m_archive.DeleteDays(first, end, OnProgress()); };
+    co_return co_await Delete(deleting);
 }

@@ -10,8 +10,12 @@ class DataMaintenance : public QObject {
     Q_OBJECT
 
 public:
-    /// The references must outlive this.
-    DataMaintenance(Database& database, Clock& clock, Dialogs& dialogs);
+    using Work = std::function<QCoro::Task<Outcome>()>;
+    /// Does work that must not run beside another of its kind, or refuses it.
+    using Runner = std::function<QCoro::Task<Outcome>(const Work&)>;
+
+    /// The references must outlive this. @param alone runs each delete.
+    DataMaintenance(Database& database, Clock& clock, Dialogs& dialogs, Runner alone);
 
     /// Deletes up to and including a year, after asking. @param year four digits; anything else is refused.
     QCoro::Task<Outcome> DeleteFromYear(QString year);
@@ -33,13 +37,15 @@ Q_SIGNALS:
     void Progress(qint64 done, qint64 total);
 
 private:
-    using Work = std::function<QCoro::Task<Result<>>()>;
+    using Deleting = std::function<QCoro::Task<Result<>>()>;
 
-    QCoro::Task<Outcome> Run(Work work);
+    QCoro::Task<Outcome> Run(Deleting deleting);
+    QCoro::Task<Outcome> Delete(Deleting deleting);
     TicketArchive::Progress OnProgress();
 
     Clock& m_clock;
     Dialogs& m_dialogs;
     TicketArchive m_archive;
+    Runner m_alone;
     bool m_isRunning = false;
 };

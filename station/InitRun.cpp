@@ -8,6 +8,7 @@
 #include "platform/Clock.h"
 #include "printers/PrinterConfig.h"
 #include "printers/TicketForms.h"
+#include "tickets/VniText.h"
 
 #include <algorithm>
 
@@ -20,7 +21,8 @@ constexpr qint16 AtTheEnd = 2;        ///< seconds
 
 /// What goes to a device behind a hub directly reaches it only if the hub passes it on.
 QString NameOf(const model::QObject& object) {
-    return object.HubId == 0 ? object.Name : InitRun::tr("%1 (behind a hub)").arg(object.Name);
+    const QString name = vni::ToUnicode(object.Name);
+    return object.HubId == 0 ? name : InitRun::tr("%1 (behind a hub)").arg(name);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "hubs/HubConfig.h"
 #include "link/Encodings.h"
 #include "printers/PrinterTables.h"
+#include "tickets/VniText.h"
 
 #include <QSqlQuery>
 
@@ -17,11 +18,11 @@ constexpr int LargestDirectionId = 32767;
 constexpr qsizetype LongestData = 254; ///< characters; with the command's letter the length field is full
 
 QString ServiceText(const QString& name) {
-    return QStringLiteral("Service '%1': ").arg(name);
+    return QStringLiteral("Service '%1': ").arg(vni::ToUnicode(name));
 }
 
 QString ObjectText(const QString& name) {
-    return QStringLiteral("Object '%1': ").arg(name);
+    return QStringLiteral("Object '%1': ").arg(vni::ToUnicode(name));
 }
 
 const char* TableOf(BlockFault::Of of) {
@@ -48,8 +49,10 @@ InstallationCheck::~InstallationCheck() = default;
 
 std::vector<Finding> InstallationCheck::FindFaults() {
     m_findings.clear();
-    if (!m_database.IsOpen() || !LoadScratch())
+    if (!m_database.IsOpen())
         return {};
+    if (const Result<> loaded = LoadScratch(); !loaded)
+        return {Finding{loaded.Error(), {}, 0, {}}};
     FindLostServices();
     CheckServices();
     FindLostObjects();
@@ -60,16 +63,16 @@ std::vector<Finding> InstallationCheck::FindFaults() {
     return std::move(m_findings);
 }
 
-bool InstallationCheck::LoadScratch() {
+Result<> InstallationCheck::LoadScratch() {
     const Result<Snapshot> store = m_loaders.Read();
     if (!store)
-        return false;
+        return Failure{store.Error()};
     m_scratch->NumServices = m_loaders.LoadServices(*store);
     m_scratch->NumObjects = m_loaders.LoadCounters(*store);
     m_scratch->NumDirections = m_loaders.LoadDirections(*store);
     for (qint16 i = 0; i < m_scratch->NumObjects; ++i)
         m_scratch->Object(i).FirstServiceIndex = m_scratch->FirstServiceOf(i);
-    return true;
+    return {};
 }
 
 void InstallationCheck::Add(const char* table, qint32 key, const char* field, const QString& text) {
@@ -91,8 +94,9 @@ void InstallationCheck::FindLostServices() {
             continue;
         const bool isFull = m_scratch->NumServices == model::SlotCount;
         Add("Queue", row.key, "q_On",
-            ServiceText(row.name) + (isFull ? QStringLiteral("only 64 active services are loaded, not this one.")
-                                            : QStringLiteral("it cannot be loaded; the log tells why.")));
+            ServiceText(row.name) + (isFull
+                                         ? QStringLiteral("only 64 active services are loaded, not this one.")
+                                         : QStringLiteral("it cannot be loaded; the log of the next load says why.")));
     }
 }
 
@@ -115,11 +119,11 @@ QString InstallationCheck::WhyLost(const ActiveRow& row) const {
         if (object.Address == row.address.toInt())
             return QStringLiteral("address %1 is taken by '%2', so it is not loaded.")
                 .arg(object.Address)
-                .arg(object.Name);
+                .arg(vni::ToUnicode(object.Name));
     }
     if (m_scratch->NumObjects == model::SlotCount)
         return QStringLiteral("only 64 active objects are loaded, not this one.");
-    return QStringLiteral("it cannot be loaded; the log tells why.");
+    return QStringLiteral("it cannot be loaded; the log of the next load says why.");
 }
 
 void InstallationCheck::CheckServices() {
@@ -129,8 +133,9 @@ void InstallationCheck::CheckServices() {
         const auto [first, isFirst] = numbers.try_emplace(service.Number, service.Name);
         if (!isFirst) {
             Add("Queue", service.Id, "q_Number",
-                ServiceText(service.Name) +
-                    QStringLiteral("number %1 is also that of '%2'.").arg(service.Number).arg(first->second));
+                ServiceText(service.Name) + QStringLiteral("number %1 is also that of '%2'.")
+                                                .arg(service.Number)
+                                                .arg(vni::ToUnicode(first->second)));
         }
         if (service.Route != 0) {
             // 0 is also the answer for a number that nobody has.
@@ -142,8 +147,8 @@ void InstallationCheck::CheckServices() {
                         QStringLiteral("no active service has the number %1 of its route.").arg(service.Route));
             } else if (target.Route != 0) {
                 Add("Queue", service.Id, "q_route",
-                    ServiceText(service.Name) +
-                        QStringLiteral("its route leads to '%1', which is routed itself.").arg(target.Name));
+                    ServiceText(service.Name) + QStringLiteral("its route leads to '%1', which is routed itself.")
+                                                    .arg(vni::ToUnicode(target.Name)));
             }
         }
         CheckTexts(i);
@@ -173,8 +178,9 @@ void InstallationCheck::CheckObjects() {
         const auto [first, isFirst] = numbers.try_emplace(object.Number, object.Name);
         if (!isFirst) {
             Add("Display", object.Id, "d_Number",
-                ObjectText(object.Name) +
-                    QStringLiteral("number %1 is also that of '%2'.").arg(object.Number).arg(first->second));
+                ObjectText(object.Name) + QStringLiteral("number %1 is also that of '%2'.")
+                                              .arg(object.Number)
+                                              .arg(vni::ToUnicode(first->second)));
         }
         if (object.Address == BroadcastAddress) {
             Add("Display", object.Id, "d_Address",
@@ -201,8 +207,8 @@ void InstallationCheck::CheckHubs() {
         const qint16 hub = object.HubId == 0 ? qint16(-1) : m_scratch->FindObjectById(object.HubId);
         if (hub >= 0 && m_scratch->Object(hub).Type == model::Hub && ++members[object.HubId] > model::HubMembers) {
             Add("Display", object.Id, "d_Name",
-                ObjectText(object.Name) +
-                    QStringLiteral("hub '%1' has 16 devices already.").arg(m_scratch->Object(hub).Name));
+                ObjectText(object.Name) + QStringLiteral("hub '%1' has 16 devices already.")
+                                              .arg(vni::ToUnicode(m_scratch->Object(hub).Name)));
         }
     }
     for (const ActiveRow& row :
@@ -228,7 +234,7 @@ void InstallationCheck::FindOrphans() {
              "WHERE o.[d_HubId]<>0 AND IFNULL(h.[d_Type],0)<>3 ORDER BY o.rowid"))) {
         Add("Display", row.key, "d_HubId",
             ObjectText(row.name) + QStringLiteral("it stands behind a hub that does not exist. Click to free it."));
-        m_findings.back().mend = QStringLiteral("Put '%1' on the bus itself?").arg(row.name);
+        m_findings.back().mend = QStringLiteral("Put '%1' on the bus itself?").arg(vni::ToUnicode(row.name));
     }
     for (const ActiveRow& row : ActiveRows(
              QStringLiteral("SELECT [ID],NULL,[d_Id],[Order] FROM [ScanPlan] WHERE [d_Id] IS NULL OR [d_Id] NOT IN "

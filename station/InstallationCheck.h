@@ -39,7 +39,8 @@ public:
     ~InstallationCheck();
 
     /// What the store holds now is looked at; the running model is not touched.
-    /// @return services first, then objects, each in the order of their keys; empty while the database is closed.
+    /// @return services first, then objects, then what concerns both; empty while the database is closed, and the
+    /// reason alone if it cannot be read.
     std::vector<Finding> FindFaults();
 
 private:
@@ -51,7 +52,7 @@ private:
         QVariant address; ///< of an object
     };
 
-    bool LoadScratch();
+    Result<> LoadScratch();
     std::vector<ActiveRow> ActiveRows(const QString& statement) const;
     void FindLostServices();
     void FindLostObjects();

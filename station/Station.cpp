@@ -6,8 +6,10 @@
 #include "platform/LeadingNumber.h"
 #include "platform/VoiceChannel.h"
 #include "platform/WholeFile.h"
+#include "tickets/VniText.h"
 
 #include <QFileInfo>
+#include <QLocale>
 
 #include <limits>
 
@@ -23,10 +25,6 @@ QString AutoDeleteSection() {
 
 Outcome Busy() {
     return Outcome::Refused(QStringLiteral("Devices are being configured. Please try again when this is done."));
-}
-
-Outcome Closed() {
-    return Outcome::Failed(QStringLiteral("Can't open Queue database!"));
 }
 
 Outcome Answered(bool answered) {
@@ -66,7 +64,7 @@ Station::Station(const ProgramFolders& folders, Clock& stationClock, Dialogs& st
     , check(database, options, clock)
     , run(*installation, options, bus, line, clock)
     , init({*installation, options, tickets, starts, hubs, printers, forms, clock})
-    , maintenance(database, clock, dialogs)
+    , maintenance(database, clock, dialogs, [this](const Work& work) { return Alone(work); })
     , console(bus, *installation, options, clock, dialogs) {
     hubs.OnDevice =
         clocks.OnDevice = [this](const QString& name) { Q_EMIT ProgressChanged(tr("Setting %1").arg(name)); };
@@ -135,11 +133,13 @@ QCoro::Task<Outcome> Station::PrepareStore(QString path) {
 
 Outcome Station::OpenStore(const QString& store) {
     database.OpenDatabase(store);
-    reload.ReloadAll();
+    const Result<> loaded = reload.ReloadAll();
     bus.ResetSequenceNumbers();
     if (const std::optional<qint16> next = tickets.RecoverTickets())
         installation->LastTicketNumber = *next;
-    return database.IsOpen() ? Outcome::Done() : Outcome::Failed(database.OpenError());
+    if (!database.IsOpen())
+        return Outcome::Failed(database.OpenError());
+    return loaded ? Outcome::Done() : Outcome::Failed(loaded.Error());
 }
 
 QCoro::Task<Outcome> Station::Start(QString store) {
@@ -186,8 +186,8 @@ void Station::CloseVoice() {
 // Operations on the model.
 
 Outcome Station::Reloaded() {
-    if (reload.ReloadAll() == Reload::Outcome::NoDatabase)
-        return Closed();
+    if (const Result<> loaded = reload.ReloadAll(); !loaded)
+        return Outcome::Failed(loaded.Error());
     Q_EMIT ModelChanged();
     return Outcome::Done();
 }
@@ -199,8 +199,8 @@ QCoro::Task<Outcome> Station::RefreshModel() {
 QCoro::Task<Outcome> Station::ReloadDirections() {
     if (m_isBusy)
         co_return Busy();
-    if (!reload.ReloadObjectsAndDirections())
-        co_return Closed();
+    if (const Result<> loaded = reload.ReloadObjectsAndDirections(); !loaded)
+        co_return Outcome::Failed(loaded.Error());
     Q_EMIT ModelChanged();
     co_return Outcome::Done();
 }
@@ -208,15 +208,15 @@ QCoro::Task<Outcome> Station::ReloadDirections() {
 Outcome Station::StoreDirections(DirectionMatrix& directions) {
     if (const Result<> updated = directions.UpdateDataDir(database); !updated)
         return Outcome::Failed(updated.Error());
-    if (!reload.ReloadDirections())
-        return Closed();
+    if (const Result<> loaded = reload.ReloadDirections(); !loaded)
+        return Outcome::Failed(loaded.Error());
     return Outcome::Done(BoxKind::Plain, QStringLiteral("Update Done."));
 }
 
 QCoro::Task<> Station::RefreshIfChanged() {
     if (m_isBusy || !reload.IsStoreChanged())
         co_return;
-    const int unknown = reload.Refresh().value_or(-1);
+    const int unknown = reload.Refresh().ValueOr(-1);
     if (unknown < 0)
         co_return;
     Q_EMIT ModelChanged();
@@ -304,14 +304,17 @@ QCoro::Task<Outcome> Station::SetHubs() {
 
 QCoro::Task<Outcome> Station::InitHubs() {
     return Alone([this]() -> QCoro::Task<Outcome> {
+        if (const std::vector<BlockFault> faults = MemberFaults(*installation); !faults.empty())
+            co_return Outcome::Refused(faults.front().text);
         Outcome outcome = Outcome::Done(BoxKind::Information, QStringLiteral("Init done."));
         for (const qint16 hub : installation->ObjectsOf(model::Hub)) {
             const model::QObject& object = installation->Object(hub);
-            Q_EMIT ProgressChanged(tr("Setting %1").arg(object.Name));
+            const QString name = vni::ToUnicode(object.Name);
+            Q_EMIT ProgressChanged(tr("Setting %1").arg(name));
             const bool answered = co_await hubs.SendHubMembers(hub);
             if (answered)
                 continue;
-            outcome = Outcome::Silent(outcome.silent + QStringList{object.Name}, outcome.text, outcome.kind);
+            outcome = Outcome::Silent(outcome.silent + QStringList{name}, outcome.text, outcome.kind);
             co_await dialogs.ShowMessage(BoxKind::Exclamation,
                                          QStringLiteral("Set config to Hub number: %1 fail.").arg(object.Number));
         }
@@ -359,7 +362,7 @@ QCoro::Task<Outcome> Station::ResetSystem() {
         for (model::QService& service : installation->LoadedServices()) {
             service.WaitRing.ResetRing();
             service.FlaggedRing.ResetRing();
-            service.NextNumber = service.Series + 1;
+            service.NextNumber = model::NumberAfter(service.Series);
         }
         installation->LastTicketNumber = FirstTicketNumber;
         co_return Outcome::Done(BoxKind::Information, QStringLiteral("System reset done. Please restart Orvex."));
@@ -397,12 +400,18 @@ Outcome Station::SaveOptions(const Options& edited, const QString& resetAt) {
     return Outcome::Failed(tr("The settings could not be written to %1.").arg(ini.IniPath));
 }
 
+void Station::SaveSetting(const QString& section, const QString& key, const QString& value) {
+    if (!ini.WriteIni(section, key, value))
+        log.WriteLog(tr("The settings could not be written to %1.").arg(ini.IniPath), EventLog::Error);
+}
+
 void Station::SetAutoDelete(bool isOn) {
     options.AutoDeleteEnable = isOn;
-    ini.WriteIni(AutoDeleteSection(), QStringLiteral("Enable"), isOn ? QStringLiteral("yes") : QStringLiteral("no"));
+    SaveSetting(AutoDeleteSection(), QStringLiteral("Enable"), isOn ? QStringLiteral("yes") : QStringLiteral("no"));
 }
 
 void Station::SetAutoDeleteYear(const QString& year) {
-    options.AutoDeleteFromYear = QString::number(number::LeadingDecimal(year));
-    ini.WriteIni(AutoDeleteSection(), QStringLiteral("FromYear"), year);
+    // In full: a number of many digits must not come out in powers of ten.
+    options.AutoDeleteFromYear = QString::number(number::LeadingDecimal(year), 'f', QLocale::FloatingPointShortest);
+    SaveSetting(AutoDeleteSection(), QStringLiteral("FromYear"), year);
 }

@@ -40,7 +40,7 @@ class DirectionMatrix;
 /// A front end looks at what is const here, starts operations and listens to signals; it writes no state of the station
 /// itself. An operation gives an `Outcome`, whose box the front end shows; questions and messages in the middle of one
 /// go through `Dialogs`. Those that configure devices run one at a time: while one of them runs (`IsBusy`), a second
-/// one is refused, and so is a reload of the model. The end of the program ends an operation where it stands.
+/// one is refused, and so is a reload of services or objects. The end of the program ends an operation where it stands.
 class Station : public ::QObject {
     Q_OBJECT
 
@@ -112,7 +112,7 @@ public:
     /// the model then stays.
     QCoro::Task<Outcome> RefreshModel();
 
-    /// Reads objects and directions anew, without first services and hub table; the objects' rings are empty after it.
+    /// Reads objects and directions anew, without first services; the objects' rings are empty after it.
     /// Ends like `RefreshModel` where it cannot be done.
     QCoro::Task<Outcome> ReloadDirections();
 
@@ -152,6 +152,7 @@ public:
     QCoro::Task<Outcome> SetHubs();
 
     /// Sends every hub its member list, names each that fails in a box, and says that it is done, whatever the outcome.
+    /// A member that no list can name is the outcome's text, and nothing is sent.
     QCoro::Task<Outcome> InitHubs();
 
     /// Sets the clocks of all hubs, of all printers, and says that it is done, whoever answered.
@@ -252,6 +253,8 @@ private:
 
     /// The one runner of operations that configure devices.
     QCoro::Task<Outcome> Alone(Work work);
+    /// Writes one setting; a failure is in the log.
+    void SaveSetting(const QString& section, const QString& key, const QString& value);
 
     Outcome Reloaded();
     QCoro::Task<Outcome> LoadPrinters();

@@ -188,7 +188,7 @@ void TestConsole::CountTicket(qint16 serviceIndex) {
     if (m_options.MultiTicketSeries) {
         model::QService& service = m_installation.Service(m_installation.Target(serviceIndex));
         bench.TestTicket = static_cast<qint16>(service.NextNumber);
-        ++service.NextNumber;
+        service.NextNumber = model::NumberAfter(service.NextNumber);
     } else {
         bench.TestTicket = m_installation.LastTicketNumber;
         if (m_installation.LastTicketNumber < LastTicket)

@@ -41,6 +41,7 @@ DataGrid::DataGrid(QWidget* parent)
 void DataGrid::SetRecords(GridModel* model) {
     m_records = model;
     m_refusedText.reset();
+    model->SetReadable(m_letters.readable);
     setModel(model);
     connect(model, &GridModel::modelAboutToBeReset, this, &DataGrid::NoteCurrentRow);
     connect(model, &GridModel::modelReset, this, &DataGrid::RestoreCurrentRow);
@@ -55,6 +56,12 @@ void DataGrid::SetRecords(GridModel* model) {
             Q_EMIT CurrentRowChanged();
     });
     RestoreCurrentRow();
+}
+
+void DataGrid::SetLetters(Letters letters) {
+    m_letters = std::move(letters);
+    if (m_records)
+        m_records->SetReadable(m_letters.readable);
 }
 
 QString DataGrid::CurrentText(int column) const {

@@ -42,7 +42,7 @@ public:
         /// What other programs get of a cell's text.
         std::function<QString(QStringView stored)> readable;
     };
-    void SetLetters(Letters letters) { m_letters = std::move(letters); }
+    void SetLetters(Letters letters);
     /// The text of a cell as other programs get it.
     QString Readable(const QString& stored) const { return m_letters.readable ? m_letters.readable(stored) : stored; }
 
@@ -59,6 +59,8 @@ public:
 
     /// The value in a column of the current row, empty for a null or if there is no row.
     QString CurrentText(int column) const;
+    /// The same for a label or a box.
+    QString CurrentReadable(int column) const { return Readable(CurrentText(column)); }
     /// The same as a number, 0 for a null or if there is no row.
     qint32 CurrentNumber(int column) const { return CurrentText(column).toInt(); }
 

@@ -46,9 +46,6 @@ QMessageBox* MakeBox(BoxKind kind, const QString& text, QMessageBox::StandardBut
     auto* box = new QMessageBox(IconOf(kind), Title(), Legible(text), buttons, QApplication::activeWindow());
     box->setObjectName(QStringLiteral("messageBox"));
     box->setTextFormat(Qt::PlainText);
-    // Names in the text have the letters of the window's font.
-    if (const QWidget* parent = box->parentWidget())
-        box->setFont(parent->font());
     return box;
 }
 

@@ -19,7 +19,7 @@ protected:
                                        "SELECT i + 1, i + 1, i + 1, 'object ' || i, 1, CASE i WHEN 1 THEN 1 WHEN 2 "
                                        "THEN 2 ELSE 0 END, 0 FROM n"),
                         QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) VALUES (1, 1)")}) {
-        m_station.reload.ReloadAll();
+        (void)m_station.reload.ReloadAll();
         m_computer.setObjectName(QStringLiteral("picPC"));
         m_map.Use(m_station);
         m_map.show();

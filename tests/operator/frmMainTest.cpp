@@ -32,7 +32,7 @@ protected:
                               "0), (4, 9, 40, 'Board', 1, 2, 0), (5, 1, 64, 'HUB', 1, 3, 0)"),
                QStringLiteral("INSERT INTO [Queue-Display] (q_Id, d_Id) VALUES (3, 1)"),
                QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) VALUES (1, 1)")}) {
-        m_station.reload.ReloadAll();
+        (void)m_station.reload.ReloadAll();
     }
 
     void Show(bool hasTray = false) {

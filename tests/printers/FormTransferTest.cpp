@@ -122,6 +122,28 @@ TEST_F(FormTransferTest, CancellingEndsTheFormAndSaysSo) {
     EXPECT_EQ(Letters(), "LOVXY");
 }
 
+TEST_F(FormTransferTest, ACancelBetweenTwoPrintersIsNotLost) {
+    ::QObject::connect(&m_transfer, &FormTransfer::Progress, [this](const QString&, const QString& phase, int, int) {
+        if (phase == QStringLiteral("the printer stores the logos"))
+            m_transfer.Cancel();
+    });
+    for (const bool goOn : {false, true}) {
+        m_end.Commands.clear();
+        for (const int printer : {2, 3}) {
+            if (printer == 2 || goOn) {
+                m_dialogs.ExpectQuestion(
+                    BoxKind::Exclamation,
+                    QStringLiteral("Set ticket form to printer #object %1 error! Do you want to continue?")
+                        .arg(printer),
+                    goOn);
+            }
+        }
+        EXPECT_EQ(Told(m_transfer.SendFormToAllPrinters(Form(1, 1), Logos::With)),
+                  "failed Exclamation: There're errors on setting ticket form.");
+        EXPECT_EQ(Letters(), goOn ? "LOVXYZJLOVXYZJ" : "LOVXYZ");
+    }
+}
+
 TEST_F(FormTransferTest, EveryPrinterIsTriedUntilTheUserHasEnough) {
     const QString question = QStringLiteral("Set ticket form to printer #object 2 error! Do you want to continue?");
     EXPECT_EQ(Told(m_transfer.SendFormToAllPrinters(Form(1), Logos::Without)), "done Information: Set done.");

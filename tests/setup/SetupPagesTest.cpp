@@ -23,7 +23,7 @@ protected:
                               "1), (4, 99, 1)"),
                QStringLiteral("INSERT INTO ScanPlan (ID, d_Id, [Order]) VALUES (1, 1, 2), (2, 2, 1), (3, 77, 3)"),
                QStringLiteral("INSERT INTO [Info-Direction] VALUES (4, 1, 2)")}) {
-        m_station.reload.ReloadAll();
+        (void)m_station.reload.ReloadAll();
     }
 
     void Show(int tab = 1) {
@@ -66,7 +66,7 @@ TEST_F(SetupPagesTest, TheListOfCountersFollowsTheSelectedService) {
 
 TEST_F(SetupPagesTest, CountersAreRemovedOneByOneAndTogetherAfterAQuestion) {
     Show();
-    m_station.reload.Refresh();
+    (void)m_station.reload.Refresh();
     WindowDriver::Click(Grid("TDBGridQD"), 1, 2);
     const QString one = QStringLiteral("Are you sure to remove counter 'C2' from List ?");
     ClickAndAnswer("cmdDelete", BoxKind::Plain, one, false);
@@ -171,7 +171,7 @@ TEST_F(SetupPagesTest, TestConnectTakesTheRowAndIsDisabledWhileItRuns) {
 
 TEST_F(SetupPagesTest, ThePlanIsChangedByHandAndOrderedByTyping) {
     Show(2);
-    m_station.reload.Refresh();
+    (void)m_station.reload.Refresh();
     EXPECT_TRUE(Grid("TDBGridDisplayList").isColumnHidden(3));
     EXPECT_EQ(Column("TDBGridPlan", 2), "C2|C1") << "an entry without its object is not shown";
     Run(QStringLiteral("UPDATE Display SET d_Number = NULL WHERE d_Id = 4"));
@@ -287,7 +287,7 @@ TEST_F(SetupPagesTest, DevicesGoBehindTheHubAndBack) {
     EXPECT_TRUE(Grid("TDBGridHUB").isColumnHidden(3) && Grid("TDBGridHubCounters").isColumnHidden(2));
     EXPECT_EQ(Column("TDBGridCounters", 0), "C1|P|D") << "no hubs, no members, no null";
     EXPECT_EQ(Column("TDBGridHubCounters", 0), "C2");
-    m_station.reload.Refresh();
+    (void)m_station.reload.Refresh();
     WindowDriver::Click(Grid("TDBGridHUB"), 1, 0);
     EXPECT_EQ(m_hands->Find<QLabel>("lblHub").text(), QStringLiteral("H2"));
     EXPECT_EQ(Column("TDBGridHubCounters", 0), "");

@@ -67,7 +67,7 @@ TEST_F(InstallationCheckTest, NamesTheRowAndTheColumnAtFault) {
         {"UPDATE Display SET d_Number = NULL WHERE d_Id = 3",
          "Display 3 d_Number: Object 'P': it has no number and is not loaded."},
         {"UPDATE Display SET d_direction = NULL WHERE d_Id = 3",
-         "Display 3 d_Address: Object 'P': it cannot be loaded; the log tells why."},
+         "Display 3 d_Address: Object 'P': it cannot be loaded; the log of the next load says why."},
         {"UPDATE Display SET d_Number = 1 WHERE d_Id = 3",
          "Display 3 d_Number: Object 'P': number 1 is also that of 'C1'."},
         {"UPDATE Queue SET q_Number = 1 WHERE q_Id = 2",

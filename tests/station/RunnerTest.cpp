@@ -19,7 +19,7 @@ protected:
 
 TEST_F(RunnerTest, NothingThatConfiguresDevicesRunsBesideAnotherAndBusyIsExactlyThat) {
     OpenLine();
-    m_station.reload.ReloadAll();
+    (void)m_station.reload.ReloadAll();
     m_devices->SetSilent(32, true);
     std::vector<bool> busy;
     ::QObject::connect(&m_station, &Station::BusyChanged, [&](bool isBusy) {
@@ -38,7 +38,11 @@ TEST_F(RunnerTest, NothingThatConfiguresDevicesRunsBesideAnotherAndBusyIsExactly
         [this] { return m_station.LoadVniFont(LetterSet::Table); },
         [this] { return m_station.SetHubCounter(u"3"_qs); },
         [this] { return m_station.SendForm(1, {}, {}, Logos::With); },
-        [this] { return m_station.SendFormToAll({}, {}, Logos::Without); }};
+        [this] { return m_station.SendFormToAll({}, {}, Logos::Without); },
+        [this] {
+            m_dialogs.ExpectQuestion(BoxKind::Exclamation, QString(), true);
+            return m_station.Maintenance().DeleteFromYear(u"2020"_qs);
+        }};
     auto first = m_station.SetPrinterClocks();
     for (const auto& operation : operations) {
         EXPECT_EQ(Told(operation()),

@@ -5,6 +5,8 @@
 #include "tests/support/StationWorld.h"
 #include "tickets/RichText.h"
 
+#include <sqlite3.h>
+
 namespace {
 
 /// Two services (and a disabled one), a printer on the bus and one behind a hub, all simulated from the same store.
@@ -100,7 +102,7 @@ TEST_F(StationTest, APulledAdapterFailsTheLoadAndTheLineOpensAgain) {
 }
 
 TEST_F(StationTest, AClosedDatabaseEndsTheCommandsAndLeavesTheModel) {
-    m_station.reload.ReloadAll();
+    (void)m_station.reload.ReloadAll();
     m_station.database.CloseDatabase();
     for (int command = 0; command < 2; ++command) {
         EXPECT_EQ(Told(command == 0 ? m_station.RefreshModel() : m_station.SetServiceConfig()),
@@ -154,7 +156,7 @@ TEST_F(StationTest, TestConnectAsksTheObjectOnItsWayAndTellsWhetherItAnswered) {
     constexpr const char* No = "failed Plain: False";
     constexpr const char* Unknown = "failed Exclamation: Database not refresh, please restart application";
     constexpr const char* NoAddress = "refused Exclamation: This object has no address to ask.";
-    m_station.reload.ReloadAll();
+    (void)m_station.reload.ReloadAll();
     // The model does not know what was typed after it was loaded: a member that its hub does not list.
     m_station.installation->QObjects[1].Number = 200;
     m_station.installation->QObjects[2].Number = 201;
@@ -196,24 +198,28 @@ TEST_F(StationTest, TestConnectAsksTheObjectOnItsWayAndTellsWhetherItAnswered) {
     }
 }
 
-TEST_F(StationTest, ReloadingDirectionsLeavesFirstServicesAndHubTable) {
-    m_station.reload.ReloadAll();
+TEST_F(StationTest, ReloadingDirectionsLeavesFirstServicesAndFollowsTheObjects) {
+    (void)m_station.reload.ReloadAll();
     model::Installation& installation = *m_station.installation;
     installation.QObjects[0].FirstServiceIndex = 1;
-    installation.HubTable[3].Count = 7;
     ASSERT_TRUE(m_station.database.Run({QStringLiteral("INSERT INTO [Info-Direction] VALUES (9, 1, 4)")}));
     ASSERT_TRUE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name = 'new' WHERE d_Id = 1")}));
     EXPECT_EQ(Told(m_station.ReloadDirections()), "done Plain: ");
     EXPECT_EQ(installation.DirectionOf(9, 1), 4);
     EXPECT_EQ(installation.QObjects[0].Name, QStringLiteral("new"));
     EXPECT_EQ(installation.QObjects[0].FirstServiceIndex, 1);
-    EXPECT_EQ(installation.HubTable[3].Count, 7);
+
+    // The objects move up by one, and what goes to a device behind the hub still goes there.
+    OpenLine();
+    ASSERT_TRUE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_On = 0 WHERE d_Id = 1")}));
+    EXPECT_EQ(Told(m_station.ReloadDirections()), "done Plain: ");
+    EXPECT_TRUE(Await(m_station.router.SendToObject(1, 'P', {}, Bus::DirectTimeout, 1)).ok);
 }
 
 TEST_F(StationTest, AFormWithItsLogosReachesEveryPrinterWhole) {
     ASSERT_TRUE(m_station.forms.letters.LoadVNITable(QStringLiteral(DATA_FOLDER "/VNIl.dat")));
     OpenLine();
-    m_station.reload.ReloadAll();
+    (void)m_station.reload.ReloadAll();
     FaultSettings faults;
     faults.DropReply = 0.03;
     faults.Noise = 0.2;
@@ -235,7 +241,7 @@ TEST_F(StationTest, AFormWithItsLogosReachesEveryPrinterWhole) {
 TEST_F(StationTest, TheInitializationRunGivesEveryDeviceWhatItNeeds) {
     AddObjects(QStringLiteral("(5, 6, 2, 'Behind', 1, 0, 4), (6, 9, 40, 'Board', 1, 2, 0)"));
     OpenLine();
-    m_station.reload.ReloadAll();
+    (void)m_station.reload.ReloadAll();
     m_station.options.SendConfigOnStart = true;
     const QByteArray form("\x04\xDF\x1B@Ticket $VAR(3)\n14", 21);
     ASSERT_TRUE(WriteFormFile(m_folder.filePath(QStringLiteral("Ticket.bin")), form));
@@ -269,7 +275,7 @@ TEST_F(StationTest, TheInitializationRunGivesEveryDeviceWhatItNeeds) {
 
 TEST_F(StationTest, TheRunNamesWhoIsSilentAndWithoutALineItWalksAllTheSame) {
     AddObjects(QStringLiteral("(6, 9, 40, 'Board', 1, 2, 0)"));
-    m_station.reload.ReloadAll();
+    (void)m_station.reload.ReloadAll();
     OpenLine();
     Silence({1, 40, 64});
     EXPECT_EQ(Await(m_station.InitAllObjects()).silent,
@@ -287,7 +293,7 @@ TEST_F(StationTest, AResetForgetsTicketsAndLetsNumbersBeginAnewWhoeverAnswers) {
     ASSERT_TRUE(m_station.database.RunTogether(
         {{QStringLiteral("INSERT INTO rData (ServiceId, TicketNo, Flags) VALUES (1, 1007, 0)")},
          {QStringLiteral("UPDATE Display SET LastInfo='text'")}}));
-    m_station.reload.ReloadAll();
+    (void)m_station.reload.ReloadAll();
     model::Installation& model = *m_station.installation;
     model.LastTicketNumber = 1500;
     model.QServices[0].NextNumber = 1008;
@@ -314,9 +320,44 @@ TEST_F(StationTest, AResetForgetsTicketsAndLetsNumbersBeginAnewWhoeverAnswers) {
     EXPECT_FALSE(m_devices->FindAs<TicketPrinter>(32)->Summary().isEmpty());
 }
 
+TEST_F(StationTest, AStoreThatCannotBeReadIsNoSuccess) {
+    // The schema is that of the station, but the order needs what this program does not have.
+    sqlite3* file = nullptr;
+    ASSERT_EQ(sqlite3_open(QFile::encodeName(m_station.database.Path()).constData(), &file), SQLITE_OK);
+    ASSERT_EQ(sqlite3_create_collation(file, "foreign_one", SQLITE_UTF8, nullptr,
+                                       [](void*, int, const void*, int, const void*) { return 0; }),
+              SQLITE_OK);
+    ASSERT_EQ(sqlite3_exec(file,
+                           "DROP TABLE ScanPlan; CREATE TABLE ScanPlan (ID INTEGER PRIMARY KEY, d_Id INTEGER, "
+                           "[Order] SMALLINT COLLATE foreign_one, Notes)",
+                           nullptr, nullptr, nullptr),
+              SQLITE_OK);
+    sqlite3_close(file);
+    const QString reason = QStringLiteral("The database cannot be read: no such collation sequence: foreign_one");
+    const Outcome opened = m_station.OpenStore(m_station.database.Path());
+    EXPECT_TRUE(m_station.database.IsOpen());
+    EXPECT_EQ(opened.end, Outcome::End::Failed);
+    EXPECT_EQ(opened.text, reason);
+    EXPECT_EQ(Told(m_station.RefreshModel()), "failed Exclamation: " + reason.toStdString());
+    ASSERT_EQ(m_station.FindFaults().size(), 1U);
+    EXPECT_EQ(m_station.FindFaults()[0].text, reason);
+}
+
+TEST_F(StationTest, AMemberThatNoListCanNameIsNotSent) {
+    OpenLine();
+    ASSERT_TRUE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Address = 211 WHERE d_HubId <> 0")}));
+    (void)m_station.reload.ReloadAll();
+    const quint64 before = m_devices->Counts().Commands;
+    const std::string told = Told(m_station.InitHubs());
+    EXPECT_TRUE(told.starts_with("refused Exclamation: Object '") &&
+                told.ends_with("address 211 does not fit the hub's member list, which takes 0 to 207."))
+        << told;
+    EXPECT_EQ(m_devices->Counts().Commands, before);
+}
+
 TEST_F(StationTest, EachHubThatDoesNotTakeItsMembersIsNamed) {
     AddObjects(QStringLiteral("(7, 31, 65, 'HUB2', 1, 3, 0), (8, 32, 66, 'HUB3', 1, 3, 0)"));
-    m_station.reload.ReloadAll();
+    (void)m_station.reload.ReloadAll();
     OpenLine();
     Silence({65});
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Set config to Hub number: 31 fail."));
@@ -328,7 +369,7 @@ TEST_F(StationTest, EachHubThatDoesNotTakeItsMembersIsNamed) {
 }
 
 TEST_F(StationTest, TheTickCountsDownAndWakesTheObjectsUp) {
-    m_station.reload.ReloadAll();
+    (void)m_station.reload.ReloadAll();
     model::Installation& model = *m_station.installation;
     m_station.options.WakeupTime = 2;
     model.QObjects[0].CommandDelay = 1;
@@ -364,7 +405,7 @@ TEST_F(StationTest, TheTickCountsDownAndWakesTheObjectsUp) {
 }
 
 TEST_F(StationTest, TheLighterRefreshFollowsEditsAndDevicesBehindHubsStayReachable) {
-    m_station.reload.ReloadAll();
+    (void)m_station.reload.ReloadAll();
     OpenLine();
     int changes = 0;
     ::QObject::connect(&m_station, &Station::ModelChanged, [&] { ++changes; });

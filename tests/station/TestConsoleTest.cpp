@@ -242,7 +242,7 @@ TEST_F(TestConsoleTest, PollAndPrinterLoadDoNotHoldEachOtherUp) {
     QTemporaryDir folder;
     OpenStation station({folder.path(), folder.path()}, clock, dialogs);
     station.database.OpenDatabase(m_store);
-    station.reload.ReloadAll();
+    (void)station.reload.ReloadAll();
     station.line.Settings = {
         .CommDevice = m_devices->SlavePath(), .CommName = m_devices->SlavePath(), .CommBaud = QStringLiteral("115200")};
     ASSERT_TRUE(Await(station.line.OpenPort()));

@@ -22,7 +22,7 @@ protected:
         WriteFile(devices, "counter 1 5 Counter\nprinter 32 1 Main\nhub 64 1 HUB\nprinter 33 2 hub=64 Second\n"
                            "display 40 9 Board\npower 100 1 Power\n");
         Simulate(devices);
-        m_station.reload.ReloadAll();
+        (void)m_station.reload.ReloadAll();
         ::QObject::connect(&m_console, &TestConsole::TicketListed, [this](const QString& text) { m_tickets += text; });
         ::QObject::connect(&m_station.bus, &Bus::FrameSent, [this](quint8 address, const QByteArray& frame, int) {
             m_sent += QByteArray::number(address) + ' ' + frame.sliced(5).chopped(3);
