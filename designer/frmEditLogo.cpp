@@ -181,8 +181,13 @@ void frmEditLogo::resizeView() {
 }
 
 void frmEditLogo::ScrollTo(int value) {
+    const int excess = m_ui->picEdit->width() - m_ui->picView->viewport()->width();
+    int left = m_ui->HScroll1->isEnabled() ? value / TwipsPerPixel : 0;
+    // A picture wider than the bar counts is scrolled in larger steps, so that its right edge is reached.
+    if (excess * TwipsPerPixel > ScrollMaximum)
+        left = static_cast<int>(static_cast<qint64>(value) * excess / ScrollMaximum);
     // The view stops at the right edge of the picture.
-    m_ui->picView->horizontalScrollBar()->setValue(m_ui->HScroll1->isEnabled() ? value / TwipsPerPixel : 0);
+    m_ui->picView->horizontalScrollBar()->setValue(left);
 }
 
 void frmEditLogo::Zoom(int step) {

@@ -29,7 +29,8 @@ QCoro::Task<QStringList> DeviceClocks::SendToAll(model::ObjectType type, char le
     for (const qint16 index : m_installation.ObjectsOf(type)) {
         const model::QObject& object = m_installation.Object(index);
         const QString name = vni::ToUnicode(object.Name);
-        OnDevice(name);
+        if (!OnDevice(name))
+            break;
         const Reply reply = co_await m_bus.SendCommand(object.Address, letter, data, Bus::DirectTimeout, OneTry);
         if (!reply.ok)
             silent += name;

@@ -26,7 +26,7 @@ public:
     DeviceClocks(Bus& bus, const model::Installation& installation, const Clock& clock);
 
     /// Called with the name of each device before something is sent to it.
-    std::function<void(const QString&)> OnDevice = [](const QString&) {};
+    std::function<bool(const QString&)> OnDevice = [](const QString&) { return true; };
 
     QCoro::Task<QStringList> SetHubTime();
     QCoro::Task<QStringList> SetAllPrinterTimes();

@@ -184,7 +184,8 @@ QCoro::Task<QStringList> HubConfig::SetHubConfig() {
     for (const qint16 hub : m_installation.ObjectsOf(model::Hub)) {
         const model::QObject& object = m_installation.Object(hub);
         const QString name = vni::ToUnicode(object.Name);
-        OnDevice(name);
+        if (!OnDevice(name))
+            break;
         const bool answered = co_await SendHubConfig(object.Address, block);
         if (!answered)
             silent += name;

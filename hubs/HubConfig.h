@@ -54,8 +54,8 @@ public:
     /// The references must outlive this object.
     HubConfig(Bus& bus, const model::Installation& installation);
 
-    /// Called with the name of each hub before the block is sent to it.
-    std::function<void(const QString&)> OnDevice = [](const QString&) {};
+    /// Called with the name of each hub before the block is sent to it; false ends the run.
+    std::function<bool(const QString&)> OnDevice = [](const QString&) { return true; };
 
     /// The member list of a hub. @param object its index in `QObjects`.
     QByteArray MemberList(qint16 object) const;

@@ -6,6 +6,7 @@
 #include "tickets/VniText.h"
 #include "widgets/Artwork.h"
 #include "widgets/LinePanels.h"
+#include "widgets/OperationStatus.h"
 #include "widgets/OutcomeBox.h"
 #include "widgets/PortBoxes.h"
 #include "widgets/frmSysTray.h"
@@ -45,7 +46,6 @@ frmMain::frmMain(Station& station, std::unique_ptr<ShellIcon> shell, const QStri
     : m_station(station)
     , m_website(website)
     , m_ui(std::make_unique<Ui::frmMain>())
-    , m_progress(new QLabel(this))
     , m_timeConnect(new QLabel(this))
     , m_timer2(new QTimer(this)) {
     EventLog& log = station.Log();
@@ -126,8 +126,12 @@ void frmMain::InitScrolling() {
 }
 
 void frmMain::InitComm() {
-    m_ui->StatusBar->addWidget(m_progress, 1);
-    m_progress->setObjectName(QStringLiteral("lblProgress"));
+    m_status = new OperationStatus(*m_ui->StatusBar);
+    connect(m_status, &OperationStatus::CancelWanted, this, [this] { m_station.CancelOperation(); });
+    connect(m_status, &OperationStatus::DetailsWanted, this, [this] {
+        m_station.dialogs.ShowMessage(BoxKind::Information,
+                                      tr("No answer from:\n%1").arg(m_status->Devices().join(u'\n')));
+    });
     m_linePanels = std::make_unique<LinePanels>(*m_ui->StatusBar);
     m_timeConnect->setObjectName(QStringLiteral("TimeConnect"));
     m_ui->StatusBar->addPermanentWidget(m_timeConnect);
@@ -176,7 +180,7 @@ void frmMain::InitMenus() {
     });
     m_ui->mnWeb->setVisible(!m_website.isEmpty());
     connect(&m_station, &Station::BusyChanged, this, &frmMain::ShowBusy);
-    connect(&m_station, &Station::ProgressChanged, m_progress, &QLabel::setText);
+    connect(&m_station, &Station::ProgressChanged, m_status, &OperationStatus::ShowProgress);
 }
 
 void frmMain::LoadSystray(std::unique_ptr<ShellIcon> shell) {
@@ -265,6 +269,7 @@ void frmMain::ShowRunning(bool running) {
 }
 
 void frmMain::ShowBusy(bool busy) {
+    m_status->SetBusy(busy, m_station.CanCancel());
     for (QAction* action : {m_ui->mnTicketForm, m_ui->mnSendConfig, m_ui->mnVNIFont, m_ui->mnInitHub,
                             m_ui->mnInitObjects, m_ui->mnuReset})
         action->setEnabled(!busy);
@@ -274,12 +279,16 @@ void frmMain::ShowBusy(bool busy) {
 void frmMain::InitAllObjects() {
     ShowOutcome(m_station.dialogs, m_station.InitAllObjects()).then([window = QPointer(this)](const Outcome& outcome) {
         using End = Outcome::End;
-        if (!window || (outcome.end != End::Done && outcome.end != End::Failed))
+        if (!window || outcome.end == End::Refused)
             return;
-        window->m_progress->setText(
-            outcome.silent.isEmpty()
-                ? tr("Initialized: all devices answered.")
-                : tr("Initialized, no answer from %1.").arg(vni::ToUnicode(outcome.silent.join(QStringLiteral(", ")))));
+        // A cancelled run stays cancelled, as does each that comes behind it.
+        if (window->m_station.Init().IsCancelled())
+            window->m_status->ShowResult(tr("Cancelled before; restart the program to run whole."));
+        else if (outcome.silent.isEmpty())
+            window->m_status->ShowResult(tr("Initialized: all devices answered."));
+        else
+            window->m_status->ShowResult(
+                tr("Initialized, no answer from %1.").arg(outcome.silent.join(QStringLiteral(", "))), outcome.silent);
     });
 }
 

@@ -5,6 +5,7 @@
 #include <memory>
 
 class LinePanels;
+class OperationStatus;
 class QLabel;
 class QTimer;
 class ShellIcon;
@@ -88,7 +89,7 @@ private:
     std::unique_ptr<Ui::frmMain> m_ui;
     std::unique_ptr<LinePanels> m_linePanels;
     std::unique_ptr<frmSysTray> m_frmSysTray;
-    QLabel* m_progress;
+    OperationStatus* m_status = nullptr;
     QLabel* m_timeConnect;
     QTimer* m_timer2;
     qint16 m_infoCountdown = 0; ///< seconds until Q-Info closes, -1 if it stays

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QString>
 
 #include <qcoro/qcorotask.h>
@@ -30,6 +31,12 @@ public:
 class Dialogs {
 public:
     virtual ~Dialogs() = default;
+
+    /// What boxes belong to: the window that the user works in now. An operation that begins keeps it, so that its
+    /// boxes come over that window wherever the user is by then.
+    virtual QPointer<QObject> Place() const { return {}; }
+    /// Puts the next box over `place`, as long as that is there, and not over the window that the user works in.
+    virtual void PlaceNext(const QPointer<QObject>& place) { Q_UNUSED(place) }
 
     /// Shows `text` and ends when the user has closed the box.
     virtual QCoro::Task<> ShowMessage(BoxKind kind, QString text) = 0;

@@ -121,19 +121,12 @@ QCoro::Task<Outcome> FormTransfer::SendToPrinter(qint16 object, CompiledForm for
     co_return outcome;
 }
 
-QCoro::Task<bool> FormTransfer::SendToNext(qint16 object, CompiledForm form, Logos logos) {
-    const bool sent = co_await SendFormAndLogo(object, form, logos, Occasion::Designer);
-    // What was cancelled has failed; whether to go on is asked.
-    if (!sent)
-        m_isCancelled = false;
-    co_return sent;
-}
-
 QCoro::Task<Outcome> FormTransfer::SendFormToAllPrinters(CompiledForm form, Logos logos) {
     if (const QString fault = LogoFault(form, logos); !fault.isEmpty())
         co_return Outcome::Refused(fault);
-    m_isCancelled = false;
-    const Send send = [this, form, logos](qint16 object) { return SendToNext(object, form, logos); };
+    const Send send = [this, form, logos](qint16 object) {
+        return SendFormAndLogo(object, form, logos, Occasion::Designer);
+    };
     const QStringList failed = co_await SendToAll(
         send, HubBracket::With, QStringLiteral("Set ticket form to printer #%1 error! Do you want to continue?"));
     Outcome outcome = failed.isEmpty() ? Outcome::Done(BoxKind::Information, QStringLiteral("Set done."))

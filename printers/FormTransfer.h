@@ -34,17 +34,9 @@ public:
     /// on. The outcome names the printers that failed.
     QCoro::Task<Outcome> SendFormToAllPrinters(CompiledForm form, Logos logos);
 
-    /// Lets the running transfer end as if its next frame had failed. A form is still told its end.
-    void Cancel() { m_isCancelled = true; }
-
 private:
-    bool IsCancelled() const override { return m_isCancelled; }
     QCoro::Task<bool> SendForm(qint16 object, QByteArray form, Occasion occasion);
-    /// One printer of all.
-    QCoro::Task<bool> SendToNext(qint16 object, CompiledForm form, Logos logos);
     QCoro::Task<bool> SendLogos(qint16 object, QByteArray logos);
     QCoro::Task<> Wait(int milliseconds);
     QCoro::Task<> Report(qint16 object, Occasion occasion, QString text);
-
-    bool m_isCancelled = false;
 };

@@ -44,6 +44,8 @@ QCoro::Task<bool> PrinterConfig::SendPrinterConfig(qint16 object, Load load) {
 
     for (const QByteArray& row : tables.ServiceTable()) {
         const bool hasRow = co_await SendFrame(object, 'M', row, TwoTries);
+        if (m_isCancelled)
+            break;
         if (!hasRow)
             m_log.WriteLog(QStringLiteral("Error on set service table"), EventLog::Error);
         Q_EMIT Progress(name, phase, ++done, total);

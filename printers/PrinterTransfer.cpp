@@ -19,12 +19,15 @@ const model::QObject& PrinterTransfer::Printer(qint16 object) const {
 
 QCoro::Task<QStringList> PrinterTransfer::SendToAll(Send send, HubBracket bracket, QString question) {
     QStringList failed;
+    m_isCancelled = m_wasCancelled = false;
     for (const qint16 object : m_installation.ObjectsOf(model::Printer)) {
         if (bracket == HubBracket::With)
             co_await m_router.HubTransferBegin(object);
         const bool sent = co_await send(object);
         bool goOn = true;
         if (!sent) {
+            m_wasCancelled = std::exchange(m_isCancelled, false);
+            goOn = !m_wasCancelled || !question.isEmpty();
             const QString name = vni::ToUnicode(Printer(object).Name);
             failed += name;
             if (!question.isEmpty())
@@ -39,7 +42,7 @@ QCoro::Task<QStringList> PrinterTransfer::SendToAll(Send send, HubBracket bracke
 }
 
 QCoro::Task<bool> PrinterTransfer::SendFrame(qint16 object, char letter, QByteArray data, int tries) {
-    if (IsCancelled())
+    if (m_isCancelled)
         co_return false;
     const Reply reply = co_await m_router.SendToObject(object, letter, data, Bus::DirectTimeout, tries);
     co_return reply.ok;

@@ -34,6 +34,11 @@ public:
 
     explicit PrinterTransfer(const Parts& parts);
 
+    /// Lets the running transfer end as if its next frame had failed. What the printer must still be told is sent.
+    void Cancel() { m_isCancelled = true; }
+    /// A walk over all printers was ended by `Cancel`.
+    bool WasCancelled() const { return m_wasCancelled; }
+
 Q_SIGNALS:
     /// How far the transfer to one printer is: `done` of `total` frames of a phase ("form", "letters") have gone out;
     /// both 0 while it waits.
@@ -47,7 +52,8 @@ protected:
     using Send = std::function<QCoro::Task<bool>(qint16 object)>;
 
     /// Sends to every printer, in object order.
-    /// @param question asked after a failure, with the printer's name for "%1", whether to go on; none if it is empty.
+    /// @param question asked after a failure, with the printer's name for "%1", whether to go on; if it is empty nobody
+    /// is asked, and a cancelled printer is the last one.
     /// @return the names of the printers that failed.
     QCoro::Task<QStringList> SendToAll(Send send, HubBracket bracket, QString question);
 
@@ -58,9 +64,6 @@ protected:
     QCoro::Task<bool> SendChunks(qint16 object, char letter, std::vector<QByteArray> chunks, QString phase, int tries,
                                  qint16 pause = 0);
 
-    /// A transfer that was cancelled sends no further chunk, as if one had failed.
-    virtual bool IsCancelled() const { return false; }
-
     const model::QObject& Printer(qint16 object) const;
 
     const model::Installation& m_installation;
@@ -68,4 +71,8 @@ protected:
     Clock& m_clock;
     Dialogs& m_dialogs;
     EventLog& m_log;
+    bool m_isCancelled = false;
+
+private:
+    bool m_wasCancelled = false;
 };

@@ -9,10 +9,10 @@
 
 namespace {
 
-QCoro::Task<bool> AskToStore(Dialogs& dialogs) {
+QCoro::Task<Answer> AskToStore(Dialogs& dialogs) {
     const QString question = QStringLiteral("The directions were changed but not stored. Store them now?");
-    const bool yes = co_await dialogs.AskYesNo(BoxKind::Exclamation, question);
-    co_return yes;
+    const Answer answer = co_await dialogs.AskYesNoCancel(BoxKind::Exclamation, question);
+    co_return answer;
 }
 
 } // namespace
@@ -77,14 +77,18 @@ void DirectionPage::SettleUnstored(const std::function<void(bool)>& done) {
         done(true);
         return;
     }
-    AskToStore(TheStation().dialogs).then([page = QPointer(this), done](bool yes) {
+    AskToStore(TheStation().dialogs).then([page = QPointer(this), done](Answer answer) {
         if (!page)
             return;
-        if (!yes) {
+        if (answer == Answer::Cancel) {
+            done(false);
+            return;
+        }
+        if (answer == Answer::No) {
             page->Records().directions.Clear();
             page->LoadDirectionGrid();
         }
-        const Outcome stored = yes ? page->UpdateDataDir() : Outcome::Done();
+        const Outcome stored = answer == Answer::Yes ? page->UpdateDataDir() : Outcome::Done();
         if (!stored.IsDone())
             page->TheStation().dialogs.Warn(stored.text);
         done(stored.IsDone());

@@ -7,6 +7,7 @@
 #include "station/Station.h"
 #include "tickets/VniText.h"
 #include "widgets/DataGrid.h"
+#include "widgets/OperationStatus.h"
 #include "widgets/OutcomeBox.h"
 #include "widgets/WindowFonts.h"
 
@@ -66,7 +67,7 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     connect(m_ui->mnHubTime, &QAction::triggered, this, [this] { Run(&Station::SetHubClocks); });
     SetUpTicketMenus();
     connect(&m_station, &Station::BusyChanged, this, &frmQueue::ShowBusy);
-    connect(&m_station, &Station::ProgressChanged, m_progress, &QLabel::setText);
+    connect(&m_station, &Station::ProgressChanged, m_status, &OperationStatus::ShowProgress);
     connect(&m_station.Line(), &CommLine::StatusChanged, this, &frmQueue::SetCommStatus);
     connect(&m_station.Master(), &Bus::CharactersReceived, this, [this](const QByteArray& characters) {
         for (const QChar character : ansi::Decode(characters))
@@ -142,16 +143,22 @@ void frmQueue::SetUpTabKeys() {
 
 void frmQueue::GoToTab(int tab) {
     m_ui->TabStrip1->setCurrentIndex(tab);
-    m_ui->TabStrip1->currentWidget()->findChild<DataGrid*>()->setFocus();
+    const QWidget* page = m_ui->TabStrip1->currentWidget();
+    // The first one in reading order.
+    for (QWidget* next = page->nextInFocusChain(); next && next != page; next = next->nextInFocusChain()) {
+        if (qobject_cast<DataGrid*>(next) && page->isAncestorOf(next)) {
+            next->setFocus();
+            return;
+        }
+    }
 }
 
 void frmQueue::SetUpStatusBar() {
-    m_progress = new QLabel(this);
-    m_progress->setObjectName(QStringLiteral("lblProgress"));
     m_findingCount = new QPushButton(this);
     m_findingCount->setObjectName(QStringLiteral("cmdFindings"));
     m_findingCount->setFlat(true);
-    statusBar()->addWidget(m_progress, 1);
+    m_status = new OperationStatus(*statusBar());
+    connect(m_status, &OperationStatus::CancelWanted, this, [this] { m_station.CancelOperation(); });
     statusBar()->addPermanentWidget(m_findingCount);
     m_linePanels.emplace(*statusBar());
 }
@@ -261,6 +268,7 @@ void frmQueue::ShowBusy(bool busy) {
     if (busy == m_isBusy)
         return;
     m_isBusy = busy;
+    m_status->SetBusy(busy, m_station.CanCancel());
     if (busy)
         QApplication::setOverrideCursor(Qt::BusyCursor);
     else
@@ -270,7 +278,10 @@ void frmQueue::ShowBusy(bool busy) {
 void frmQueue::ShowTab(int index) {
     // Directions that could not be stored are still there to be stored.
     if (index != DirectionTab)
-        m_ui->fraTask_2->SettleUnstored([](bool) {});
+        m_ui->fraTask_2->SettleUnstored([window = QPointer(this)](bool settled) {
+            if (!settled && window)
+                window->m_ui->TabStrip1->setCurrentIndex(DirectionTab);
+        });
     else if (!m_records->directions.IsChanged())
         m_ui->fraTask_2->LoadDirectionGrid();
 }

@@ -12,6 +12,7 @@
 #include <optional>
 
 class DataGrid;
+class OperationStatus;
 class QLabel;
 class QPushButton;
 class SetupPage;
@@ -85,7 +86,7 @@ private:
     std::vector<Finding> m_findings;
     bool m_isMending = false;
     std::optional<LinePanels> m_linePanels;
-    QLabel* m_progress = nullptr;
+    OperationStatus* m_status = nullptr;
     QPushButton* m_findingCount = nullptr;
     bool m_isBusy = false;
 };

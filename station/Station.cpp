@@ -43,6 +43,7 @@ Station::Station(const ProgramFolders& folders, Clock& stationClock, Dialogs& st
     : ProgramFolder(folders.user)
     , clock(stationClock)
     , dialogs(stationDialogs)
+    , operationBoxes(dialogs)
     , log(ProgramFolder, clock)
     , ini(ProgramFolder + QStringLiteral("/Tallora.ini"))
     , installation(std::make_unique<model::Installation>())
@@ -59,15 +60,14 @@ Station::Station(const ProgramFolders& folders, Clock& stationClock, Dialogs& st
     , loaders(database, *installation, options, log)
     , reload(database, loaders, *installation, log)
     , takeover(dialogs, clock, log, folders.install + QStringLiteral("/JetImport"))
-    , printers({*installation, router, clock, dialogs, log}, ProgramFolder, CounterList())
-    , forms({*installation, router, clock, dialogs, log}, ProgramFolder, ini, CounterList())
+    , printers({*installation, router, clock, operationBoxes, log}, ProgramFolder, CounterList())
+    , forms({*installation, router, clock, operationBoxes, log}, ProgramFolder, ini, CounterList())
     , check(database, options, clock)
     , run(*installation, options, bus, line, clock)
     , init({*installation, options, tickets, starts, hubs, printers, forms, clock})
-    , maintenance(database, clock, dialogs, [this](const Work& work) { return Alone(work); })
+    , maintenance(database, clock, dialogs, [this](const Work& work) { return Alone(work, Stop::Never); })
     , console(bus, *installation, options, clock, dialogs) {
-    hubs.OnDevice =
-        clocks.OnDevice = [this](const QString& name) { Q_EMIT ProgressChanged(tr("Setting %1").arg(name)); };
+    hubs.OnDevice = clocks.OnDevice = [this](const QString& name) { return BeginDevice(name); };
     const PrinterTransfer* const transfers[] = {&printers, &forms.transfer, &forms.fonts};
     for (const PrinterTransfer* transfer : transfers)
         connect(transfer, &PrinterTransfer::Progress, this, &Station::ShowTransfer);
@@ -79,19 +79,22 @@ PrinterTables::CounterList Station::CounterList() {
 
 void Station::ShowTransfer(const QString& printer, const QString& phase, int done, int total) {
     if (total == 0)
-        Q_EMIT ProgressChanged(tr("Printer %1: %2").arg(printer, phase));
+        Q_EMIT ProgressChanged(tr("Printer %1: %2").arg(printer, phase), 0, 0);
     else
-        Q_EMIT ProgressChanged(tr("Printer %1: %2, %3 of %4").arg(printer, phase).arg(done).arg(total));
+        Q_EMIT ProgressChanged(tr("Printer %1: %2, %3 of %4").arg(printer, phase).arg(done).arg(total), done, total);
 }
 
 Station::~Station() {
     Close();
 }
 
-QCoro::Task<Outcome> Station::Alone(Work work) {
+QCoro::Task<Outcome> Station::Alone(Work work, Stop stop) {
     if (m_isBusy)
         co_return Busy();
     m_isBusy = true;
+    operationBoxes.Begin();
+    m_canCancel = stop == Stop::OnRequest;
+    m_isCancelled = false;
     Q_EMIT BusyChanged(true);
     Outcome outcome = Outcome::Cancelled();
     try {
@@ -99,9 +102,28 @@ QCoro::Task<Outcome> Station::Alone(Work work) {
     } catch (const Ended&) {
     }
     m_isBusy = false;
-    Q_EMIT ProgressChanged(QString());
+    Q_EMIT ProgressChanged(QString(), 0, 0);
     Q_EMIT BusyChanged(false);
     co_return outcome;
+}
+
+void Station::CancelOperation() {
+    if (!CanCancel())
+        return;
+    m_isCancelled = true;
+    printers.Cancel();
+    forms.transfer.Cancel();
+    forms.fonts.Cancel();
+}
+
+bool Station::BeginDevice(const QString& name) {
+    if (!m_isCancelled)
+        Q_EMIT ProgressChanged(tr("Setting %1").arg(name), 0, 0);
+    return !m_isCancelled;
+}
+
+Outcome Station::Unless(Outcome outcome) const {
+    return m_isCancelled ? Outcome::Cancelled() : outcome;
 }
 
 // Start and end.
@@ -270,6 +292,8 @@ QCoro::Task<Outcome> Station::TestConnect(std::optional<qint32> number, std::opt
 
 QCoro::Task<Outcome> Station::LoadPrinters() {
     const QStringList failed = co_await printers.ConfigAllPrinters();
+    if (m_isCancelled)
+        co_return Outcome::Cancelled();
     if (!failed.isEmpty())
         co_return Outcome::Silent(failed, QStringLiteral("Error on setting config to all objects."));
     co_return Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
@@ -296,6 +320,8 @@ QCoro::Task<Outcome> Station::SetHubs() {
         if (const std::vector<BlockFault> faults = BlockFaults(*installation); !faults.empty())
             co_return Outcome::Refused(faults.front().text);
         const QStringList silent = co_await hubs.SetHubConfig();
+        if (m_isCancelled)
+            co_return Outcome::Cancelled();
         if (!silent.isEmpty())
             co_return Outcome::Silent(silent, QStringLiteral("Error on setting config to HUB(s)."));
         co_return Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all HUBs OK."));
@@ -310,13 +336,14 @@ QCoro::Task<Outcome> Station::InitHubs() {
         for (const qint16 hub : installation->ObjectsOf(model::Hub)) {
             const model::QObject& object = installation->Object(hub);
             const QString name = vni::ToUnicode(object.Name);
-            Q_EMIT ProgressChanged(tr("Setting %1").arg(name));
+            if (!BeginDevice(name))
+                co_return Outcome::Cancelled();
             const bool answered = co_await hubs.SendHubMembers(hub);
             if (answered)
                 continue;
             outcome = Outcome::Silent(outcome.silent + QStringList{name}, outcome.text, outcome.kind);
-            co_await dialogs.ShowMessage(BoxKind::Exclamation,
-                                         QStringLiteral("Set config to Hub number: %1 fail.").arg(object.Number));
+            co_await operationBoxes.ShowMessage(
+                BoxKind::Exclamation, QStringLiteral("Set config to Hub number: %1 fail.").arg(object.Number));
         }
         co_return outcome;
     });
@@ -325,14 +352,14 @@ QCoro::Task<Outcome> Station::InitHubs() {
 QCoro::Task<Outcome> Station::SetHubClocks() {
     return Alone([this]() -> QCoro::Task<Outcome> {
         const QStringList silent = co_await clocks.SetHubTime();
-        co_return Said(silent, BoxKind::Information, QStringLiteral("done."));
+        co_return Unless(Said(silent, BoxKind::Information, QStringLiteral("done.")));
     });
 }
 
 QCoro::Task<Outcome> Station::SetPrinterClocks() {
     return Alone([this]() -> QCoro::Task<Outcome> {
         const QStringList silent = co_await clocks.SetAllPrinterTimes();
-        co_return Said(silent, BoxKind::Plain, QStringLiteral(".Done"));
+        co_return Unless(Said(silent, BoxKind::Plain, QStringLiteral(".Done")));
     });
 }
 
@@ -341,32 +368,36 @@ QCoro::Task<Outcome> Station::SetHubCounter(QString typed) {
 }
 
 QCoro::Task<Outcome> Station::InitAllObjects() {
-    return Alone([this]() -> QCoro::Task<Outcome> {
-        const QStringList silent = co_await init.InitQObjects();
-        if (init.IsCancelled())
-            co_return Outcome::Cancelled();
-        run.SetRunning(true);
-        co_return Said(silent, BoxKind::Plain, {});
-    });
+    return Alone(
+        [this]() -> QCoro::Task<Outcome> {
+            const QStringList silent = co_await init.InitQObjects();
+            if (init.IsCancelled())
+                co_return Outcome::Cancelled();
+            run.SetRunning(true);
+            co_return Said(silent, BoxKind::Plain, {});
+        },
+        Stop::Never);
 }
 
 QCoro::Task<Outcome> Station::ResetSystem() {
-    return Alone([this]() -> QCoro::Task<Outcome> {
-        const std::function<bool()> isCancelled = [this] { return init.IsCancelled(); };
-        co_await starts.BroadcastResetAndTime(isCancelled);
-        if (const Result<> cleared = tickets.ClearTicketRecords(); !cleared) {
-            const QString problem = tr("The tickets could not be deleted: %1").arg(cleared.Error());
-            log.WriteLog(problem, EventLog::Error);
-            co_await dialogs.ShowMessage(BoxKind::Exclamation, problem);
-        }
-        for (model::QService& service : installation->LoadedServices()) {
-            service.WaitRing.ResetRing();
-            service.FlaggedRing.ResetRing();
-            service.NextNumber = model::NumberAfter(service.Series);
-        }
-        installation->LastTicketNumber = FirstTicketNumber;
-        co_return Outcome::Done(BoxKind::Information, QStringLiteral("System reset done. Please restart Orvex."));
-    });
+    return Alone(
+        [this]() -> QCoro::Task<Outcome> {
+            const std::function<bool()> isCancelled = [this] { return init.IsCancelled(); };
+            co_await starts.BroadcastResetAndTime(isCancelled);
+            if (const Result<> cleared = tickets.ClearTicketRecords(); !cleared) {
+                const QString problem = tr("The tickets could not be deleted: %1").arg(cleared.Error());
+                log.WriteLog(problem, EventLog::Error);
+                co_await operationBoxes.ShowMessage(BoxKind::Exclamation, problem);
+            }
+            for (model::QService& service : installation->LoadedServices()) {
+                service.WaitRing.ResetRing();
+                service.FlaggedRing.ResetRing();
+                service.NextNumber = model::NumberAfter(service.Series);
+            }
+            installation->LastTicketNumber = FirstTicketNumber;
+            co_return Outcome::Done(BoxKind::Information, QStringLiteral("System reset done. Please restart Orvex."));
+        },
+        Stop::Never);
 }
 
 QCoro::Task<Outcome> Station::LoadVniFont(LetterSet letters) {

@@ -18,6 +18,7 @@
 #include "link/BusTrace.h"
 #include "link/CommLine.h"
 #include "platform/Outcome.h"
+#include "platform/PlacedDialogs.h"
 #include "platform/SerialControl.h"
 #include "printers/PrinterConfig.h"
 #include "printers/TicketForms.h"
@@ -135,6 +136,12 @@ public:
 
     // Operations on devices.
 
+    /// Lets the running operation end behind the command that is on the line; what a device must still be told is sent.
+    /// Its outcome is cancelled, or that of a form whose transfer failed.
+    void CancelOperation();
+    /// The running operation can be ended so. The initialization has a way of its own, and a reset none.
+    bool CanCancel() const { return m_isBusy && m_canCancel; }
+
     /// Asks an object for a sign of life; the outcome's text says whether it answered ("True", "False"), or that the
     /// model does not know it. May run beside another operation.
     /// @param number   its number, by which the model knows it; without one its address is asked first.
@@ -210,10 +217,12 @@ Q_SIGNALS:
     void ModelChanged();
     /// Comes exactly when `IsBusy` changes.
     void BusyChanged(bool busy);
-    /// What the running operation is at, for the status bar; empty when it has ended.
-    void ProgressChanged(const QString& text);
+    /// What the running operation is at, for the status bar; an empty text when it has ended.
+    /// @param total steps of which `done` are done; 0 where nobody knows.
+    void ProgressChanged(const QString& text, int done, int total);
 
 protected:
+    PlacedDialogs operationBoxes; ///< of the operation that runs alone
     EventLog log;
     IniUtility ini;
     Options options;
@@ -251,8 +260,15 @@ protected:
 private:
     using Work = std::function<QCoro::Task<Outcome>()>;
 
+    /// Whether `CancelOperation` ends an operation.
+    enum class Stop { OnRequest, Never };
+
     /// The one runner of operations that configure devices.
-    QCoro::Task<Outcome> Alone(Work work);
+    QCoro::Task<Outcome> Alone(Work work, Stop stop = Stop::OnRequest);
+    /// Tells that a device is at its turn. @return false if the user wants no more.
+    bool BeginDevice(const QString& name);
+    /// An outcome, unless the user has ended the operation.
+    Outcome Unless(Outcome outcome) const;
     /// Writes one setting; a failure is in the log.
     void SaveSetting(const QString& section, const QString& key, const QString& value);
 
@@ -262,5 +278,7 @@ private:
     void ShowTransfer(const QString& printer, const QString& phase, int done, int total);
 
     bool m_isBusy = false;
+    bool m_canCancel = false;
+    bool m_isCancelled = false;
     bool m_isEnding = false;
 };

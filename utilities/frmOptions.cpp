@@ -72,8 +72,11 @@ frmOptions::frmOptions(Station& station, RegistryStore registry, QString runComm
     LoadOptions();
     connect(m_ui->chkTicketSeries, &QCheckBox::clicked, this, &frmOptions::WarnOfTicketSeries);
     connect(m_ui->cmdOK, &QPushButton::clicked, this, [this] {
-        SaveOptions();
+        const QStringList problems = SaveOptions();
+        // The boxes must outlive this window.
         close();
+        for (const QString& problem : problems)
+            m_station.dialogs.Warn(problem);
     });
     connect(m_ui->cmdCancel, &QPushButton::clicked, this, &QDialog::close);
 }
@@ -93,7 +96,7 @@ void frmOptions::LoadOptions() {
     m_ui->chkShowIcon->setChecked(!RunEntry(m_registry).Value().toString().isEmpty());
 }
 
-void frmOptions::SaveOptions() {
+QStringList frmOptions::SaveOptions() {
     Options options = m_station.Settings();
     for (const auto& [box, field] : CheckedOptions(*m_ui))
         options.*field = box->isChecked();
@@ -101,8 +104,7 @@ void frmOptions::SaveOptions() {
         options.*field = Typed(*box);
     options.DisplayType = static_cast<qint16>(m_ui->CboDispType->currentIndex());
     options.MainDisplayType = static_cast<qint16>(m_ui->cboMainDispType->currentIndex());
-    m_station.dialogs.Warn(m_station.SaveOptions(options, m_ui->txtRenewAt->text()).text);
-    m_station.dialogs.Warn(SaveAutoStart());
+    return {m_station.SaveOptions(options, m_ui->txtRenewAt->text()).text, SaveAutoStart()};
 }
 
 QString frmOptions::SaveAutoStart() const {

@@ -24,7 +24,8 @@ public:
 
 private:
     void LoadOptions();
-    void SaveOptions();
+    /// @return what could not be saved; an empty text for what could.
+    QStringList SaveOptions();
     /// Makes or takes away the start with the session. @return what went wrong, empty if nothing did.
     QString SaveAutoStart() const;
     void WarnOfTicketSeries();

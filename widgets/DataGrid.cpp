@@ -51,6 +51,8 @@ void DataGrid::SetRecords(GridModel* model) {
             Q_EMIT CurrentRowChanged();
     });
     connect(model, &GridModel::MarksChanged, viewport(), qOverload<>(&QWidget::update));
+    connect(selectionModel(), &QItemSelectionModel::selectionChanged, this, &DataGrid::NarrowSelection);
+    connect(selectionModel(), &QItemSelectionModel::currentChanged, this, &DataGrid::NarrowSelection);
     connect(selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this] {
         if (!m_isRestoring)
             Q_EMIT CurrentRowChanged();
@@ -232,6 +234,20 @@ void DataGrid::ResumeEdit() {
     QMetaObject::invokeMethod(this, &DataGrid::EditRefusedText, Qt::QueuedConnection);
 }
 
+void DataGrid::NarrowSelection() {
+    const QModelIndex current = currentIndex();
+    const QModelIndexList selected = selectionModel()->selectedIndexes();
+    if (!current.isValid() || selected == QModelIndexList{current})
+        return;
+    const bool isOneRow = std::all_of(selected.begin(), selected.end(),
+                                      [&](const QModelIndex& cell) { return cell.row() == current.row(); });
+    const bool isWhole = selectionModel()->isRowSelected(current.row());
+    if (isOneRow && isWhole && !selected.isEmpty())
+        return;
+    const auto rows = isWhole ? QItemSelectionModel::Rows : QItemSelectionModel::NoUpdate;
+    selectionModel()->select(current, QItemSelectionModel::ClearAndSelect | rows);
+}
+
 void DataGrid::EditRefusedText() {
     if (!m_refusedText)
         return;
@@ -283,11 +299,6 @@ void DataGrid::DeleteSelected() {
         const QModelIndex cell = currentIndex();
         if (cell.isValid() && cell.flags().testFlag(Qt::ItemIsEditable))
             WriteCell(cell, QString());
-        return;
-    }
-    // A slip of the finger must not empty the table.
-    if (rows.size() > 1) {
-        Q_EMIT DataError(tr("Only one record can be deleted at a time."));
         return;
     }
     if (!m_records->CanRemove())

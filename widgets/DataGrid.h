@@ -20,9 +20,11 @@ struct GridInsertion {
 ///
 /// What is left in a cell (Enter, Tab, a click elsewhere) is written at once. If the store refuses it, `DataError`
 /// tells why and the typed text is kept until `ResumeEdit` opens the cell's editor with it again; Escape gives the edit
-/// up. Delete empties the current cell, or deletes the one row that is selected whole (by a click on the row's head or
-/// Shift+Space); several are refused. Ctrl+C copies the current cell, in Unicode for other programs; Ctrl+V puts text
+/// up. Delete empties the current cell, or deletes the row if it is selected whole (by a click on the row's head or
+/// Shift+Space). Ctrl+C copies the current cell, in Unicode for other programs; Ctrl+V puts text
 /// into it.
+///
+/// What is selected is the current cell or the whole current row, never more: commands act on what is highlighted.
 ///
 /// As long as there are rows one of them is the current one: after the records were read anew it is the one with the
 /// same key, else the one in the same place. Columns are as wide as what they show, until the user changes a width.
@@ -81,6 +83,9 @@ public:
     void WriteCell(const QModelIndex& index, const QString& text);
 
 public Q_SLOTS:
+    /// Selects nothing: no command acts on all rows.
+    void selectAll() override {}
+
     /// Opens the editor of the refused cell with the typed text; nothing if none was refused.
     void ResumeEdit();
 
@@ -109,6 +114,7 @@ private:
     int FittingWidth(int column) const;
     DataGrid* DropTargetAt(QPoint place) const;
     void EditRefusedText();
+    void NarrowSelection();
     void DeleteSelected();
     void CopyCell();
     void PasteIntoCell();

@@ -28,6 +28,7 @@ LinePanels::LinePanels(QStatusBar& bar)
     m_device->setObjectName(QStringLiteral("lblDevice"));
     m_baud->setObjectName(QStringLiteral("lblBaud"));
     m_lineState->setObjectName(QStringLiteral("lblLineState"));
+    m_baud->setToolTip(QLabel::tr("bit/s"));
     for (QLabel* panel : {m_device, m_baud, m_lineState})
         bar.addPermanentWidget(panel);
 }
@@ -36,7 +37,7 @@ void LinePanels::SetCommStatus(const QString& device, const QString& baud, bool 
     if (!device.isEmpty())
         m_device->setText(device);
     if (!baud.isEmpty())
-        m_baud->setText(QLabel::tr("%1 bit/s").arg(baud.trimmed()));
+        m_baud->setText(baud);
     m_lineState->setPixmap(LinePicture(opened, m_lineState->fontMetrics().height(), m_lineState->devicePixelRatioF()));
     const QString words = opened ? QLabel::tr("The line is open") : QLabel::tr("The line is closed");
     m_lineState->setToolTip(words);

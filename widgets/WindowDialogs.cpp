@@ -11,6 +11,8 @@
 #include <QMessageBox>
 #include <QProgressDialog>
 
+#include <algorithm>
+
 namespace {
 
 QString Title() {
@@ -42,16 +44,16 @@ QString Legible(const QString& text) {
     return lines.join(u'\n');
 }
 
-QMessageBox* MakeBox(BoxKind kind, const QString& text, QMessageBox::StandardButtons buttons) {
-    auto* box = new QMessageBox(IconOf(kind), Title(), Legible(text), buttons, QApplication::activeWindow());
+QMessageBox* MakeBox(BoxKind kind, const QString& text, QMessageBox::StandardButtons buttons, QWidget* owner) {
+    auto* box = new QMessageBox(IconOf(kind), Title(), Legible(text), buttons, owner);
     box->setObjectName(QStringLiteral("messageBox"));
     box->setTextFormat(Qt::PlainText);
     return box;
 }
 
 /// @param filter "Text of all *.mdb|*.mdb"
-QFileDialog* MakeFileDialog(const QString& title, const QString& folder, const QString& filter) {
-    auto* dialog = new QFileDialog(QApplication::activeWindow(), title, folder);
+QFileDialog* MakeFileDialog(const QString& title, const QString& folder, const QString& filter, QWidget* owner) {
+    auto* dialog = new QFileDialog(owner, title, folder);
     dialog->setObjectName(QStringLiteral("fileDialog"));
     dialog->setNameFilter(
         QStringLiteral("%1 (%2)").arg(filter.section(u'|', 0, 0).trimmed(), filter.section(u'|', 1).trimmed()));
@@ -88,8 +90,44 @@ private:
 
 } // namespace
 
+WindowDialogs::WindowDialogs() {
+    qApp->installEventFilter(this);
+}
+
 WindowDialogs::~WindowDialogs() {
     Close();
+}
+
+bool WindowDialogs::eventFilter(::QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::WindowActivate || !watched->isWidgetType())
+        return false;
+    auto* window = static_cast<QWidget*>(watched);
+    const bool isBox =
+        std::any_of(m_open.begin(), m_open.end(), [window](const OpenDialog& open) { return open.dialog == window; });
+    if (window->isWindow() && !isBox) {
+        m_recent.removeIf([window](const QPointer<QWidget>& other) { return !other || other == window; });
+        m_recent.append(window);
+    }
+    return false;
+}
+
+QPointer<::QObject> WindowDialogs::Place() const {
+    if (QWidget* active = QApplication::activeWindow())
+        return {active};
+    const auto last = std::find_if(m_recent.rbegin(), m_recent.rend(),
+                                   [](const QPointer<QWidget>& window) { return window && window->isVisible(); });
+    return {last == m_recent.rend() ? nullptr : last->data()};
+}
+
+QWidget* WindowDialogs::Owner() {
+    const QPointer<::QObject> place = m_next ? std::exchange(m_next, {}) : Place();
+    auto* owner = qobject_cast<QWidget*>(place);
+    // A box over a window that is closing would go with it.
+    while (owner && !owner->isVisible())
+        owner = owner->parentWidget() ? owner->parentWidget()->window() : nullptr;
+    if (owner)
+        QApplication::alert(owner);
+    return owner;
 }
 
 QCoro::Task<int> WindowDialogs::Run(QDialog* dialog) {
@@ -117,17 +155,17 @@ QCoro::Task<int> WindowDialogs::Run(QDialog* dialog) {
 }
 
 QCoro::Task<> WindowDialogs::ShowMessage(BoxKind kind, QString text) {
-    co_await Run(MakeBox(kind, text, QMessageBox::Ok));
+    co_await Run(MakeBox(kind, text, QMessageBox::Ok, Owner()));
 }
 
 QCoro::Task<> WindowDialogs::ShowTitledMessage(BoxKind kind, QString title, QString text) {
-    QMessageBox* box = MakeBox(kind, text, QMessageBox::Ok);
+    QMessageBox* box = MakeBox(kind, text, QMessageBox::Ok, Owner());
     box->setWindowTitle(title);
     co_await Run(box);
 }
 
 QCoro::Task<bool> WindowDialogs::AskYesNo(BoxKind kind, QString question) {
-    QMessageBox* box = MakeBox(kind, question, QMessageBox::Yes | QMessageBox::No);
+    QMessageBox* box = MakeBox(kind, question, QMessageBox::Yes | QMessageBox::No, Owner());
     box->setDefaultButton(QMessageBox::No);
     box->setEscapeButton(QMessageBox::No);
     const int result = co_await Run(box);
@@ -135,7 +173,7 @@ QCoro::Task<bool> WindowDialogs::AskYesNo(BoxKind kind, QString question) {
 }
 
 QCoro::Task<Answer> WindowDialogs::AskYesNoCancel(BoxKind kind, QString question) {
-    QMessageBox* box = MakeBox(kind, question, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+    QMessageBox* box = MakeBox(kind, question, QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, Owner());
     box->setDefaultButton(QMessageBox::Yes);
     const int result = co_await Run(box);
     co_return result == QMessageBox::Yes ? Answer::Yes : result == QMessageBox::No ? Answer::No : Answer::Cancel;
@@ -152,7 +190,7 @@ QCoro::Task<QString> WindowDialogs::RunFileDialog(QFileDialog* dialog) {
 
 QCoro::Task<QString> WindowDialogs::ChooseFile(QString filter, QString suggested) {
     const QFileInfo file(suggested);
-    QFileDialog* dialog = MakeFileDialog(QObject::tr("Open"), file.absolutePath(), filter);
+    QFileDialog* dialog = MakeFileDialog(QObject::tr("Open"), file.absolutePath(), filter, Owner());
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->selectFile(file.fileName());
     const QString chosen = co_await RunFileDialog(dialog);
@@ -160,7 +198,7 @@ QCoro::Task<QString> WindowDialogs::ChooseFile(QString filter, QString suggested
 }
 
 QCoro::Task<QString> WindowDialogs::ChooseSaveFile(QString filter, QString folder) {
-    QFileDialog* dialog = MakeFileDialog(QObject::tr("Save"), folder, filter);
+    QFileDialog* dialog = MakeFileDialog(QObject::tr("Save"), folder, filter, Owner());
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix(filter.section(u'.', -1));
     const QString chosen = co_await RunFileDialog(dialog);
@@ -168,7 +206,7 @@ QCoro::Task<QString> WindowDialogs::ChooseSaveFile(QString filter, QString folde
 }
 
 QCoro::Task<QString> WindowDialogs::AskText(QString prompt) {
-    auto* box = new QInputDialog(QApplication::activeWindow());
+    auto* box = new QInputDialog(Owner());
     box->setObjectName(QStringLiteral("inputBox"));
     box->setWindowTitle(Title());
     box->setLabelText(prompt);

@@ -3,6 +3,7 @@
 #include "platform/Dialogs.h"
 
 #include <QList>
+#include <QObject>
 #include <QPointer>
 
 class QDialog;
@@ -10,10 +11,17 @@ class QFileDialog;
 template <typename T>
 class Completion;
 
-/// Boxes on the screen. They are opened without blocking, over the active window, under the title "Orvex".
-class WindowDialogs final : public Dialogs {
+/// Boxes on the screen. They are opened without blocking, under the title "Orvex", over the window that they belong to:
+/// they come to the front with it and block it, and no other. Where that window goes away they come over the one
+/// behind.
+class WindowDialogs final : public ::QObject, public Dialogs {
 public:
+    WindowDialogs();
     ~WindowDialogs() override;
+
+    /// The window that is active or, while another program is in front, was so last.
+    QPointer<QObject> Place() const override;
+    void PlaceNext(const QPointer<QObject>& place) override { m_next = place; }
 
     QCoro::Task<> ShowMessage(BoxKind kind, QString text) override;
     QCoro::Task<> ShowTitledMessage(BoxKind kind, QString title, QString text) override;
@@ -37,6 +45,12 @@ private:
     /// The file that the user chose, empty if he cancelled.
     QCoro::Task<QString> RunFileDialog(QFileDialog* dialog);
 
+    /// The window for a box that comes now.
+    QWidget* Owner();
+    bool eventFilter(::QObject* watched, QEvent* event) override;
+
+    QList<QPointer<QWidget>> m_recent; ///< windows but boxes, the one that was active last behind all others
+    QPointer<::QObject> m_next;        ///< where the next box belongs to
     QList<OpenDialog> m_open;
     bool m_closed = false;
 };

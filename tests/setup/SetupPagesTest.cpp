@@ -235,7 +235,14 @@ TEST_F(SetupPagesTest, DirectionsAreStoredTogetherAndNotForgottenInSilence) {
     const QString question = QStringLiteral("The directions were changed but not stored. Store them now?");
     WindowDriver::Choose(matrix, 0, 2, QStringLiteral("D"));
     EXPECT_TRUE(m_hands->Find<QLabel>("lblUnstored").isVisible());
-    m_dialogs.ExpectQuestion(BoxKind::Exclamation, question, false);
+    // Esc leaves everything as it is, on the way to another tab and out of the program.
+    m_dialogs.ExpectThreeWay(BoxKind::Exclamation, question, Answer::Cancel);
+    GoToTab(1);
+    EXPECT_TRUE(matrix.isVisible());
+    m_dialogs.ExpectThreeWay(BoxKind::Exclamation, question, Answer::Cancel);
+    EXPECT_FALSE(m_window->close());
+    EXPECT_EQ(Column("TDBGrid1", 2), "Down|None");
+    m_dialogs.ExpectThreeWay(BoxKind::Exclamation, question, Answer::No);
     GoToTab(1);
     GoToTab(3);
     EXPECT_EQ(Column("TDBGrid1", 2), "None|None");
@@ -246,16 +253,15 @@ TEST_F(SetupPagesTest, DirectionsAreStoredTogetherAndNotForgottenInSilence) {
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
     m_hands->ClickButton("cmdUpdate");
     EXPECT_EQ(StoredText(QStringLiteral("SELECT * FROM [Info-Direction]")), "4,1,2");
-    m_dialogs.ExpectQuestion(BoxKind::Exclamation, question, true);
+    m_dialogs.ExpectThreeWay(BoxKind::Exclamation, question, Answer::Yes);
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
     EXPECT_FALSE(m_window->close());
-    m_dialogs.ExpectQuestion(BoxKind::Exclamation, question, true);
+    m_dialogs.ExpectThreeWay(BoxKind::Exclamation, question, Answer::Yes);
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
     GoToTab(1);
-    GoToTab(3);
     EXPECT_EQ(Column("TDBGrid1", 2), "Down|None") << "what could not be stored stays";
     Run(QStringLiteral("DROP TRIGGER full"));
-    m_dialogs.ExpectQuestion(BoxKind::Exclamation, question, true);
+    m_dialogs.ExpectThreeWay(BoxKind::Exclamation, question, Answer::Yes);
     m_window->close();
     EXPECT_TRUE(WaitUntil([this] { return !m_window->isVisible(); }));
     EXPECT_EQ(StoredText(QStringLiteral("SELECT * FROM [Info-Direction] ORDER BY d_Id")), "4,1,2|4,2,4");

@@ -343,6 +343,28 @@ TEST_F(StationTest, AStoreThatCannotBeReadIsNoSuccess) {
     EXPECT_EQ(m_station.FindFaults()[0].text, reason);
 }
 
+TEST_F(StationTest, TheUserEndsALoadAndTheHubIsToldItsEnd) {
+    OpenLine();
+    m_devices->SetSilent(33, true);
+    bool isCancelled = false;
+    ::QObject::connect(&m_station, &Station::ProgressChanged, [&](const QString& text, int done, int) {
+        if (!isCancelled && text.contains(QStringLiteral("Second")) && done == 1) {
+            EXPECT_TRUE(m_station.CanCancel());
+            m_station.CancelOperation();
+            isCancelled = true;
+        }
+    });
+    EXPECT_EQ(Told(m_station.SetServiceConfig()), "cancelled");
+    EXPECT_TRUE(isCancelled);
+    EXPECT_FALSE(m_devices->FindAs<DeviceHub>(64)->InTransfer()) << "its bracket is closed";
+    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(32)->ServiceRows().size(), 2U) << "this one came before";
+    EXPECT_FALSE(m_station.CanCancel());
+    // The next one is not cancelled.
+    m_devices->SetSilent(33, false);
+    EXPECT_EQ(Told(m_station.ConfigPrinters()), "done Information: Set config to all objects OK.");
+    EXPECT_TRUE(m_devices->FindAs<TicketPrinter>(33)->ServiceRows().size() == 2U);
+}
+
 TEST_F(StationTest, AMemberThatNoListCanNameIsNotSent) {
     OpenLine();
     ASSERT_TRUE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Address = 211 WHERE d_HubId <> 0")}));
