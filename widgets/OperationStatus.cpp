@@ -50,6 +50,7 @@ OperationStatus::OperationStatus(QStatusBar& bar)
     bar.addWidget(m_label, 1);
     bar.addWidget(m_bar);
     bar.addWidget(m_cancel);
+    m_label->setContentsMargins(6, 0, 0, 0);
     m_label->installEventFilter(this);
     connect(m_cancel, &QPushButton::clicked, this, &OperationStatus::CancelWanted);
     SetBusy(false, false);
