@@ -219,6 +219,10 @@ bool WriteOptions(const Options& options, const QString& resetAt, const IniUtili
     return all;
 }
 
+bool IsTimeOfDay(const QString& typed) {
+    return ReadTime(typed).isValid();
+}
+
 QString ResetTime(const QString& typed) {
     const QTime time = ReadTime(typed);
     return time.isValid() ? time.toString(QStringLiteral("hhmmss")) : typed;

@@ -65,6 +65,9 @@ Options ReadOptions(IniUtility& ini, EventLog& log);
 /// @return false if one of them could not be written.
 bool WriteOptions(const Options& options, const QString& resetAt, const IniUtility& ini);
 
+/// Whether a text that a user typed is such a time of day.
+bool IsTimeOfDay(const QString& typed);
+
 /// A time of day that a user typed ("7:30", "07:30:00", "0730"), as "hhmmss"; a text that is none stays as it is.
 QString ResetTime(const QString& typed);
 

@@ -19,6 +19,8 @@ Failure Closed() {
 } // namespace
 
 Result<> Assignments::Run(const std::vector<Statement>& statements) {
+    if (Result<> there = m_database.CheckPlace(); !there)
+        return there;
     if (!m_database.IsOpen())
         return Closed();
     const Result<> done = m_database.RunTogether(statements);

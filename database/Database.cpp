@@ -16,6 +16,8 @@
 
 #include <optional>
 
+#include <sys/stat.h>
+
 namespace {
 
 /// Keeps a store as it is while it is copied: rolls back first what a crash has left half done, then holds off whoever
@@ -87,8 +89,21 @@ Result<> Database::Connect(const QString& path) {
 
     if (const Result<> read = ReadLastInfos(); !read)
         return read;
+    struct stat info {};
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return Failure{qt_error_string()};
+    m_device = info.st_dev;
+    m_inode = info.st_ino;
     m_path = path;
     return {};
+}
+
+Result<> Database::CheckPlace() const {
+    struct stat info {};
+    if (!IsOpen() || (::stat(QFile::encodeName(m_path).constData(), &info) == 0 && info.st_dev == m_device &&
+                      info.st_ino == m_inode))
+        return {};
+    return Failure{QStringLiteral("The database %1 was moved, deleted or replaced while it was open.").arg(m_path)};
 }
 
 Result<> Database::ReadLastInfos() {
@@ -103,7 +118,7 @@ Result<> Database::ReadLastInfos() {
             m_lastInfos.insert(key, rows->value(1).toString());
     }
     if (rows->lastError().isValid())
-        return Failure{rows->lastError().databaseText()};
+        return Failure{Sqlite::TextOf(rows->lastError())};
     return {};
 }
 

@@ -39,6 +39,8 @@ public:
     void BackupDatabase();
 
     bool IsOpen() const { return m_file.IsOpen(); }
+    /// Fails if the open file has another name now, or if its name is another file's: what is written would be lost.
+    Result<> CheckPlace() const;
     /// The open file, empty while closed.
     QString Path() const { return m_path; }
     /// Why the last `OpenDatabase` failed, for a user to read; empty if it did not.
@@ -73,6 +75,8 @@ private:
 
     Sqlite m_file;
     QString m_path;
+    quint64 m_device = 0;
+    quint64 m_inode = 0;
     QString m_openError;
     QHash<double, QString> m_lastInfos; ///< by `d_Number`
 };

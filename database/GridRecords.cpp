@@ -21,7 +21,7 @@ QString FieldName(const GridColumn& column) {
 
 /// What the store said, with the column's caption in place of its name.
 Failure Readable(const QSqlQuery& query, const GridColumn* column = nullptr) {
-    QString text = schema::ReadableError(query.lastError().databaseText());
+    QString text = schema::ReadableError(Sqlite::TextOf(query.lastError()));
     if (!column)
         return {text};
     const QString name = FieldName(*column);
@@ -100,7 +100,7 @@ Result<> GridRecords::Requery() {
         while (query && query->next())
             m_rows.push_back(RowOf(*query));
         if (query && query->lastError().isValid())
-            problem = query->lastError().databaseText();
+            problem = Sqlite::TextOf(query->lastError());
         if (!query || !problem.isEmpty()) {
             // Rows that are cut short must not pass for all there are.
             m_rows.clear();
@@ -144,6 +144,8 @@ Result<> GridRecords::Write(int row, int column, const QString& text) {
         return Closed();
     if (row < 0 || row >= rowCount() || text == CellText(row, column))
         return {};
+    if (Result<> there = m_database.CheckPlace(); !there)
+        return there;
     const QVariant value = text.isEmpty() ? QVariant() : QVariant(text);
     if (Result<> known = CheckReference(m_columns[static_cast<std::size_t>(column)], value); !known)
         return known;
@@ -239,6 +241,8 @@ Result<> GridRecords::Remove(int row) {
         return Closed();
     if (!m_source.canRemove || row < 0 || row >= RecordCount())
         return {};
+    if (Result<> there = m_database.CheckPlace(); !there)
+        return there;
     QSqlQuery query(m_database.File().Connection());
     query.prepare(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(Quoted(m_source.table), Quoted(m_tables[0].key)));
     query.addBindValue(m_rows[static_cast<std::size_t>(row)].keys[0]);

@@ -5,6 +5,7 @@
 #include "database/Sqlite.h"
 #include "database/StoreCheck.h"
 #include "database/StoreKind.h"
+#include "database/StoreWait.h"
 #include "platform/Dialogs.h"
 #include "platform/LockFile.h"
 
@@ -151,10 +152,8 @@ Result<> JetTakeover::CheckStore(const QString& path) {
     // Values outside their column's range are the loaders' business.
     query.exec(QStringLiteral("PRAGMA ignore_check_constraints = ON"));
     if (!query.exec(QStringLiteral("PRAGMA quick_check(1)")) || !query.next()) {
-        const QString code = query.lastError().nativeErrorCode();
-        if (code == QStringLiteral("5") || code == QStringLiteral("6"))
-            return Failure{QStringLiteral("It is in use by another program.")};
-        return Failure{QStringLiteral("It is damaged: %1.").arg(query.lastError().databaseText())};
+        const QString text = Sqlite::TextOf(query.lastError());
+        return Failure{text == Sqlite::InUseText() ? text : QStringLiteral("It is damaged: %1.").arg(text)};
     }
     const QString verdict = query.value(0).toString();
     if (verdict != QStringLiteral("ok"))
@@ -169,11 +168,19 @@ QCoro::Task<Outcome> JetTakeover::Prepare(QString path) {
     const StoreKind kind = StoreKindOfFile(path);
     if (IsJet(kind))
         co_return co_await TakeOver(path);
+    co_await WaitUntilFree(path, kind);
     const QString fault = FaultOf(path, kind);
     if (fault.isEmpty())
         co_return Outcome::Done();
     m_log.WriteLog(fault.simplified(), EventLog::Error);
     co_return Outcome::Failed(fault, BoxKind::Critical);
+}
+
+QCoro::Task<> JetTakeover::WaitUntilFree(QString path, StoreKind kind) {
+    Sqlite file;
+    if (kind != StoreKind::Sqlite || !file.Open(path))
+        co_return;
+    co_await StoreWait::UntilFree(file, m_dialogs, m_clock);
 }
 
 QCoro::Task<Outcome> JetTakeover::TakeOver(QString file) {

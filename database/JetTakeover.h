@@ -13,6 +13,7 @@ class Clock;
 class Dialogs;
 class EventLog;
 class ImporterRun;
+enum class StoreKind;
 
 /// Makes a file that the user chose ready to be opened as the station's store. An Access/Jet file is taken over by the
 /// program `JetImport`, whose breakdown costs a message and nothing else.
@@ -48,6 +49,7 @@ public:
     static Result<> CheckStore(const QString& path);
 
 private:
+    QCoro::Task<> WaitUntilFree(QString path, StoreKind kind);
     QCoro::Task<Outcome> TakeOverLocked(QString file);
     Outcome NotTakenOver(const QString& file, const QString& reason);
 

@@ -91,7 +91,7 @@ Result<std::vector<Row>> Loaders::Rows(const Statement& statement, const char* t
         }
         if (!query->lastError().isValid())
             return rows;
-        error = query->lastError().databaseText();
+        error = Sqlite::TextOf(query->lastError());
     }
     m_log.WriteLog(QStringLiteral("Load database: %1: %2").arg(QString::fromLatin1(table), error), EventLog::Error);
     return Failure{QStringLiteral("The database cannot be read: %1").arg(error)};

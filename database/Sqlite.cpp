@@ -29,12 +29,12 @@ Result<> Sqlite::Open(const QString& path, Mode mode) {
     // A name of its own lets any number be open.
     m_connection =
         QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QUuid::createUuid().toString(QUuid::WithoutBraces));
-    m_connection.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=25000"));
+    m_connection.setConnectOptions(QStringLiteral("QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=%1").arg(BusyMilliseconds));
     const QByteArray url = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath()).toEncoded();
     m_connection.setDatabaseName(QString::fromLatin1(url) +
                                  (mode == Mode::Create ? QStringLiteral("?mode=rwc") : QStringLiteral("?mode=rw")));
     if (!m_connection.open()) {
-        const Failure failure{m_connection.lastError().databaseText()};
+        const Failure failure{TextOf(m_connection.lastError())};
         Close();
         return failure;
     }
@@ -54,6 +54,36 @@ void Sqlite::Close() {
     QSqlDatabase::removeDatabase(name);
 }
 
+QString Sqlite::InUseText() {
+    return QStringLiteral("The database is in use by another program.");
+}
+
+QString Sqlite::TextOf(const QSqlError& error) {
+    // The low byte is the kind, whatever stands above it.
+    switch (error.nativeErrorCode().toInt() & 0xFF) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return InUseText();
+    case SQLITE_READONLY:
+        return QStringLiteral("The database cannot be written to: the file or its folder is read-only.");
+    case SQLITE_FULL:
+        return QStringLiteral("The disk is full.");
+    default:
+        return error.databaseText();
+    }
+}
+
+bool Sqlite::IsInUse() const {
+    if (!IsOpen())
+        return false;
+    QSqlQuery query(m_connection);
+    query.exec(QStringLiteral("PRAGMA busy_timeout = 0"));
+    const bool isRead = query.exec(QStringLiteral("SELECT COUNT(*) FROM sqlite_master"));
+    const bool isInUse = !isRead && TextOf(query.lastError()) == InUseText();
+    query.exec(QStringLiteral("PRAGMA busy_timeout = %1").arg(BusyMilliseconds));
+    return isInUse;
+}
+
 Result<QSqlQuery> Sqlite::Select(const Statement& statement) const {
     if (!IsOpen())
         return Failure{QStringLiteral("The database is closed.")};
@@ -64,7 +94,7 @@ Result<QSqlQuery> Sqlite::Select(const Statement& statement) const {
         query.addBindValue(value);
     isGood = isGood && query.exec();
     if (!isGood)
-        return Failure{query.lastError().databaseText()};
+        return Failure{TextOf(query.lastError())};
     return Result<QSqlQuery>(std::move(query));
 }
 

@@ -3,6 +3,7 @@
 #include "platform/Result.h"
 
 #include <QSqlDatabase>
+#include <QSqlError>
 #include <QSqlQuery>
 #include <QString>
 #include <QVariant>
@@ -31,8 +32,11 @@ public:
     Sqlite(const Sqlite&) = delete;
     Sqlite& operator=(const Sqlite&) = delete;
 
-    /// Opens the file, closing the one that is open. Another program's writing is waited for up to 25 seconds, here and
-    /// later.
+    /// How long another program's writing is waited for: no longer than a user takes for an answer.
+    static constexpr int BusyMilliseconds = 300;
+
+    /// Opens the file, closing the one that is open. Where another program holds it for longer than `BusyMilliseconds`,
+    /// here or later, that is a failure: `IsInUse`.
     Result<> Open(const QString& path, Mode mode = Mode::Existing);
     /// Nothing happens if it is closed. No query may be in use any more.
     void Close();
@@ -46,6 +50,14 @@ public:
     Result<> RunTogether(const std::vector<Statement>& statements) const;
     /// Runs a query whose rows the caller reads forward. It must be at its end or gone before the file is written to.
     Result<QSqlQuery> Select(const Statement& statement) const;
+
+    /// Another program holds the file at this moment, so that it cannot be read. Never waits.
+    bool IsInUse() const;
+
+    /// What an error means, in words for a user where there are such.
+    static QString TextOf(const QSqlError& error);
+    /// The text of a failure because another program holds the file.
+    static QString InUseText();
 
 private:
     QSqlDatabase m_connection;

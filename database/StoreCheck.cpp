@@ -69,7 +69,7 @@ Result<FoundColumns> ColumnsOf(const Sqlite& file, const QString& table) {
     while (rows && rows->next())
         found[rows->value(0).toString().toLower()] = {rows->value(1).toString(), rows->value(2).toInt() == 1};
     if (!rows || rows->lastError().isValid())
-        return Failure{rows ? rows->lastError().databaseText() : rows.Error()};
+        return Failure{rows ? Sqlite::TextOf(rows->lastError()) : rows.Error()};
     return found;
 }
 

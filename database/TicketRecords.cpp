@@ -99,7 +99,7 @@ std::optional<std::vector<TicketRecords::Ticket>> TicketRecords::ReadWaiting() c
     if (rows && !rows->lastError().isValid())
         return tickets;
     m_log.WriteLog(
-        QStringLiteral("Load database: rData: %1").arg(rows ? rows->lastError().databaseText() : rows.Error()),
+        QStringLiteral("Load database: rData: %1").arg(rows ? Sqlite::TextOf(rows->lastError()) : rows.Error()),
         EventLog::Error);
     return std::nullopt;
 }

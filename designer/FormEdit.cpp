@@ -109,6 +109,8 @@ void FormEdit::SetDocument(const TicketDocument& shown) {
     document()->clear();
     document()->setDefaultFont(FormatOf(CharacterFormat()).font());
     QTextCursor cursor(document());
+    // Laid out once, not after each piece.
+    cursor.beginEditBlock();
     for (std::size_t i = 0; i < shown.paragraphs.size(); ++i) {
         const TicketDocument::Paragraph& paragraph = shown.paragraphs[i];
         const QTextCharFormat own = FormatOf(paragraph.EndFormat());
@@ -120,10 +122,23 @@ void FormEdit::SetDocument(const TicketDocument& shown) {
         for (const TicketDocument::Run& run : paragraph.runs)
             cursor.insertText(run.text, FormatOf(run.format));
     }
+    cursor.endEditBlock();
     document()->clearUndoRedoStacks();
     moveCursor(QTextCursor::Start);
     const auto& first = shown.paragraphs.front();
     setCurrentCharFormat(FormatOf(first.runs.empty() ? first.empty : first.runs.front().format));
+}
+
+void FormEdit::Clear() {
+    QTextCursor cursor(document());
+    cursor.beginEditBlock();
+    cursor.select(QTextCursor::Document);
+    cursor.removeSelectedText();
+    cursor.setBlockFormat(BlockFormat(Alignment::Left));
+    cursor.setBlockCharFormat(FormatOf(CharacterFormat()));
+    cursor.endEditBlock();
+    setTextCursor(cursor);
+    setCurrentCharFormat(FormatOf(CharacterFormat()));
 }
 
 void FormEdit::InsertToken(const QString& token) {

@@ -21,6 +21,9 @@ public:
     /// Shows a document; it can be undone only as a whole document is made, not at all.
     void SetDocument(const TicketDocument& document);
 
+    /// Takes everything out, as an edit that can be undone.
+    void Clear();
+
     /// Inserts text at the start of the selection, without replacing anything, and selects it.
     void InsertToken(const QString& token);
 

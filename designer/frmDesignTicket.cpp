@@ -81,6 +81,11 @@ QString LeaveOutForeign(TicketDocument& document) {
     return refused;
 }
 
+/// Whether a form can name a file so that it is found again: in the characters of a form, up to the ")".
+bool CanBeNamed(const QString& file) {
+    return !file.contains(u')') && ansi::Encode(file).lacking.isEmpty() && vni::Typed({}, file).text == file;
+}
+
 QString RefusedText(const QString& characters) {
     return QObject::tr("These characters cannot be printed and were left out: %1").arg(characters);
 }
@@ -165,10 +170,12 @@ void frmDesignTicket::SetUpTokens() {
 }
 
 void frmDesignTicket::ListLogos() {
+    m_preview.start();
     m_ui->fileLogos->clear();
     const QStringList logos = QDir(m_forms.DataFolder()).entryList({QStringLiteral("*.bmp")}, QDir::Files, QDir::Name);
     for (const QString& logo : logos)
-        m_ui->fileLogos->AddToken(logo, QStringLiteral("$BMP(%1)").arg(logo));
+        if (CanBeNamed(logo))
+            m_ui->fileLogos->AddToken(logo, QStringLiteral("$BMP(%1)").arg(logo));
 }
 
 void frmDesignTicket::SetUpCommands() {
@@ -244,6 +251,8 @@ void frmDesignTicket::ShowPreview() {
     QStringList findings;
     for (const CompilerMessage& message : result.messages)
         findings += message.text;
+    for (const QString& logo : result.missingLogos)
+        findings += tr("Logo %1 is not in the folder of the form, or is no bitmap of 24 bits.").arg(logo);
     for (const QString& token : result.mixedTokens)
         findings += tr("Token %1 has mixed formats").arg(token);
     m_ui->lblFindings->setText(findings.join(u'\n'));
@@ -257,7 +266,7 @@ void frmDesignTicket::ShowPreview() {
 }
 
 void frmDesignTicket::New() {
-    m_ui->rtfPrintForm->SetDocument(TicketDocument());
+    m_ui->rtfPrintForm->Clear();
     m_formChanged = true;
 }
 

@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr qint64 LargestFile = 1'000'000; ///< bytes
+
 const QString TypeKey = QStringLiteral("type");
 const QString BytesKey = QStringLiteral("bytes");
 
@@ -20,7 +22,6 @@ QString KeyName(qint32 root, const QString& section) {
 /// The keys of a file, each with its values; none if the file is missing. Nothing at all if it is damaged, which must
 /// not be written over.
 std::optional<QJsonObject> ReadKeys(const QString& path) {
-    constexpr qint64 LargestFile = 1'000'000; // bytes
     if (!QFileInfo::exists(path))
         return QJsonObject();
     const QJsonDocument document = QJsonDocument::fromJson(ReadWhole(path, LargestFile).ValueOr({}));
@@ -76,6 +77,9 @@ std::optional<RegistryStore::Entry> RegistryStore::Read(qint32 root, const QStri
     const QJsonObject entry = keys->value(KeyName(root, section)).toObject().value(value.toLower()).toObject();
     if (entry.isEmpty())
         return std::nullopt;
+    // The desktop, or its user, may have taken the program out of what it starts.
+    if (IsRunKey(root, section) && !QFile::exists(AutostartFile(value)))
+        return std::nullopt;
     return Entry{entry.value(TypeKey).toInt(), QByteArray::fromBase64(entry.value(BytesKey).toString().toLatin1())};
 }
 
@@ -83,18 +87,23 @@ bool RegistryStore::Write(qint32 root, const QString& section, const QString& va
     auto keys = ReadKeys(m_path);
     if (!keys)
         return false;
-    if (IsRunKey(root, section)) {
-        const QByteArray desktopEntry = "[Desktop Entry]\nType=Application\nName=" + value.toUtf8() +
-                                        "\nExec=" + ExecLine(QString::fromUtf8(entry.bytes.split('\0').constFirst())) +
-                                        "\nTerminal=false\n";
-        if (!QDir().mkpath(m_autostartFolder) || !WriteWhole(AutostartFile(value), desktopEntry))
-            return false;
-    }
+    const QByteArray before = QJsonDocument(*keys).toJson();
     QJsonObject values = keys->value(KeyName(root, section)).toObject();
     values[value.toLower()] =
         QJsonObject{{TypeKey, entry.type}, {BytesKey, QString::fromLatin1(entry.bytes.toBase64())}};
     (*keys)[KeyName(root, section)] = values;
-    return static_cast<bool>(WriteWhole(m_path, QJsonDocument(*keys).toJson()));
+    if (!WriteWhole(m_path, QJsonDocument(*keys).toJson()))
+        return false;
+    if (!IsRunKey(root, section))
+        return true;
+    // A value whose entry of the desktop is missing counts as none, so that a kill between the two leaves neither.
+    const QByteArray desktopEntry = "[Desktop Entry]\nType=Application\nName=" + value.toUtf8() +
+                                    "\nExec=" + ExecLine(QString::fromUtf8(entry.bytes.split('\0').constFirst())) +
+                                    "\nTerminal=false\n";
+    if (QDir().mkpath(m_autostartFolder) && WriteWhole(AutostartFile(value), desktopEntry))
+        return true;
+    (void)WriteWhole(m_path, before);
+    return false;
 }
 
 bool RegistryStore::Delete(qint32 root, const QString& section, const QString& value) const {
@@ -104,9 +113,16 @@ bool RegistryStore::Delete(qint32 root, const QString& section, const QString& v
     QJsonObject values = keys->value(KeyName(root, section)).toObject();
     if (!values.contains(value.toLower()))
         return false;
-    if (IsRunKey(root, section) && QFile::exists(AutostartFile(value)) && !QFile::remove(AutostartFile(value)))
+    const QString autostart = AutostartFile(value);
+    const bool isStarted = IsRunKey(root, section) && QFile::exists(autostart);
+    const QByteArray entry = isStarted ? ReadWhole(autostart, LargestFile).ValueOr({}) : QByteArray();
+    if (isStarted && !QFile::remove(autostart))
         return false;
     values.remove(value.toLower());
     (*keys)[KeyName(root, section)] = values;
-    return static_cast<bool>(WriteWhole(m_path, QJsonDocument(*keys).toJson()));
+    if (WriteWhole(m_path, QJsonDocument(*keys).toJson()))
+        return true;
+    if (isStarted)
+        (void)WriteWhole(autostart, entry);
+    return false;
 }

@@ -73,7 +73,13 @@ void DatabasePage::ShowBusy(bool busy) {
 void DatabasePage::Refresh() {
     Records().UpdateAll();
     Records().Requery(Records().rsQueue);
-    ShowOutcome(TheStation().dialogs, TheStation().RefreshModel());
+    ShowOutcome(TheStation().dialogs, TheStation().RefreshModel()).then([page = QPointer(this)](const Outcome&) {
+        // The store may be another one now, or be readable again.
+        if (!page)
+            return;
+        page->Records().UpdateAll();
+        page->Records().Requery(page->Records().rsQueue);
+    });
 }
 
 void DatabasePage::Empty() {

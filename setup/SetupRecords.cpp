@@ -35,7 +35,10 @@ std::vector<GridColumn> ServiceColumns() {
 
 std::vector<GridColumn> ObjectColumns() {
     return {
-        {.caption = QStringLiteral("Counter Name"), .field = QStringLiteral("d_Name"), .isWide = true},
+        {.caption = QStringLiteral("Counter Name"),
+         .field = QStringLiteral("d_Name"),
+         .maxLength = LongestText,
+         .isWide = true},
         {.caption = QStringLiteral("Number"), .field = QStringLiteral("d_Number")},
         {.caption = QStringLiteral("Address"), .field = QStringLiteral("d_Address")},
         {.caption = QStringLiteral("Type"),
@@ -74,7 +77,10 @@ std::vector<GridColumn> PlanColumns() {
          .field = QStringLiteral("d_Id"),
          .refersTo = QStringLiteral("Display.d_Id"),
          .refersToA = QStringLiteral("an object")},
-        {.caption = QStringLiteral("CounterName"), .field = QStringLiteral("Display.d_Name"), .isWide = true},
+        {.caption = QStringLiteral("CounterName"),
+         .field = QStringLiteral("Display.d_Name"),
+         .maxLength = LongestText,
+         .isWide = true},
         {.caption = QStringLiteral("Order"), .field = QStringLiteral("Order")},
     };
 }

@@ -1,6 +1,7 @@
 #include "station/Station.h"
 
 #include "database/DirectionMatrix.h"
+#include "database/StoreWait.h"
 #include "platform/Clock.h"
 #include "platform/Ended.h"
 #include "platform/LeadingNumber.h"
@@ -207,20 +208,43 @@ void Station::CloseVoice() {
 
 // Operations on the model.
 
-Outcome Station::Reloaded() {
+QCoro::Task<Outcome> Station::StoreIsReady() {
+    if (const Result<> there = database.CheckPlace(); !there) {
+        const QString path = database.Path();
+        const QString question = tr("%1\n\nOpen it again?").arg(there.Error());
+        const bool again = co_await dialogs.AskYesNo(BoxKind::Exclamation, question);
+        if (!again)
+            co_return Outcome::Cancelled();
+        const Outcome opened = OpenStore(path);
+        if (!opened.IsDone())
+            co_return opened;
+    }
+    const bool isFree = co_await StoreWait::UntilFree(database.File(), dialogs, clock);
+    co_return isFree ? Outcome::Done() : Outcome::Failed(Sqlite::InUseText());
+}
+
+QCoro::Task<Outcome> Station::Reloaded() {
+    const Outcome ready = co_await StoreIsReady();
+    if (!ready.IsDone())
+        co_return ready;
     if (const Result<> loaded = reload.ReloadAll(); !loaded)
-        return Outcome::Failed(loaded.Error());
+        co_return Outcome::Failed(loaded.Error());
     Q_EMIT ModelChanged();
-    return Outcome::Done();
+    co_return Outcome::Done();
 }
 
 QCoro::Task<Outcome> Station::RefreshModel() {
-    co_return m_isBusy ? Busy() : Reloaded();
+    if (m_isBusy)
+        co_return Busy();
+    co_return co_await Reloaded();
 }
 
 QCoro::Task<Outcome> Station::ReloadDirections() {
     if (m_isBusy)
         co_return Busy();
+    const Outcome ready = co_await StoreIsReady();
+    if (!ready.IsDone())
+        co_return ready;
     if (const Result<> loaded = reload.ReloadObjectsAndDirections(); !loaded)
         co_return Outcome::Failed(loaded.Error());
     Q_EMIT ModelChanged();
@@ -305,7 +329,7 @@ QCoro::Task<Outcome> Station::ConfigPrinters() {
 
 QCoro::Task<Outcome> Station::SetServiceConfig() {
     return Alone([this]() -> QCoro::Task<Outcome> {
-        const Outcome reloaded = Reloaded();
+        const Outcome reloaded = co_await Reloaded();
         if (!reloaded.IsDone())
             co_return reloaded;
         co_return co_await LoadPrinters();
@@ -314,7 +338,7 @@ QCoro::Task<Outcome> Station::SetServiceConfig() {
 
 QCoro::Task<Outcome> Station::SetHubs() {
     return Alone([this]() -> QCoro::Task<Outcome> {
-        const Outcome reloaded = Reloaded();
+        const Outcome reloaded = co_await Reloaded();
         if (!reloaded.IsDone())
             co_return reloaded;
         if (const std::vector<BlockFault> faults = BlockFaults(*installation); !faults.empty())

@@ -109,8 +109,8 @@ public:
 
     // Operations on the model.
 
-    /// Reloads the model for the setup window's refresh. Refused while an operation runs, failed with the store closed:
-    /// the model then stays.
+    /// Reloads the model for the setup window's refresh. Refused while an operation runs, failed with the store closed
+    /// or held by another program: the model then stays. A store that was moved or replaced can be opened again.
     QCoro::Task<Outcome> RefreshModel();
 
     /// Reads objects and directions anew, without first services; the objects' rings are empty after it.
@@ -272,7 +272,9 @@ private:
     /// Writes one setting; a failure is in the log.
     void SaveSetting(const QString& section, const QString& key, const QString& value);
 
-    Outcome Reloaded();
+    QCoro::Task<Outcome> Reloaded();
+    /// Waits for a store that another program holds, and offers to open one again that was moved or replaced.
+    QCoro::Task<Outcome> StoreIsReady();
     QCoro::Task<Outcome> LoadPrinters();
     PrinterTables::CounterList CounterList();
     void ShowTransfer(const QString& printer, const QString& phase, int done, int total);

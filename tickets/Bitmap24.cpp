@@ -1,6 +1,7 @@
 #include "tickets/Bitmap24.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QtEndian>
 
 namespace {
@@ -31,7 +32,8 @@ QString LogoTooLargeText() {
 
 std::optional<Bitmap24> LoadBitmap24(const QString& path) {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    // A pipe or a device would be waited for.
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return Bitmap24();
     return ReadBitmap24(file);
 }

@@ -199,6 +199,8 @@ quint16 Checksum(const QByteArray& form) {
                         [](unsigned sum, char byte) { return sum + static_cast<quint8>(byte); }));
 }
 
+constexpr qsizetype LongestShownToken = 40; ///< characters of a token for the user
+
 /// Second pass: takes the logo tokens out, appends the end and the check sum.
 class SecondPass {
 public:
@@ -243,6 +245,9 @@ private:
     /// @return false if the form has too many logos.
     bool PutLogo(const QString& name) {
         std::optional<Bitmap24> bitmap = LoadBitmap24(LogoPath(m_folder, name));
+        // A file that is not there, or none of this kind, is a logo without dots.
+        if (!bitmap || bitmap->width == 0 || bitmap->height == 0)
+            m_result.missingLogos += name.left(LongestShownToken);
         if (!bitmap) {
             m_result.messages.push_back({BoxKind::Exclamation, InvalidBitmapText()});
             bitmap.emplace();
@@ -272,23 +277,24 @@ private:
     CompiledForm m_compiled;
 };
 
-/// The tokens of a text that hold a change of format.
+/// The tokens of a text that hold a change of format. Behind the last ")" only the first one counts.
 QStringList MixedTokens(const std::vector<Character>& characters) {
     QByteArray text;
     for (const Character& character : characters)
         text += character.code;
+    // Up to where each character has the format of the one before it.
+    std::vector<std::size_t> alike(characters.size() + 1, characters.size());
+    for (std::size_t i = characters.size(); i-- > 1;)
+        alike[i - 1] = characters[i].modes == characters[i - 1].modes ? alike[i] : i;
     QStringList mixed;
     for (const QByteArray& opening : {LogoToken, QByteArrayLiteral("$VAR(")}) {
-        for (qsizetype at = text.indexOf(opening); at >= 0; at = text.indexOf(opening, at + 1)) {
-            const qsizetype close = text.indexOf(')', at);
-            const qsizetype length = (close < 0 ? text.size() : close + 1) - at;
-            const Modes& first = characters[static_cast<std::size_t>(at)].modes;
-            for (qsizetype i = 1; i < length; ++i) {
-                if (characters[static_cast<std::size_t>(at + i)].modes == first)
-                    continue;
-                mixed += ansi::Decode(text.sliced(at, length));
-                break;
-            }
+        qsizetype close = 0;
+        for (qsizetype at = text.indexOf(opening); at >= 0 && close >= 0; at = text.indexOf(opening, at + 1)) {
+            if (close <= at)
+                close = text.indexOf(')', at);
+            const qsizetype end = close < 0 ? text.size() : close + 1;
+            if (alike[static_cast<std::size_t>(at)] < static_cast<std::size_t>(end))
+                mixed += ansi::Decode(text.sliced(at, std::min(end - at, LongestShownToken)));
         }
     }
     return mixed;

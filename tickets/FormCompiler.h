@@ -52,6 +52,8 @@ struct CompilerResult {
     std::vector<CompilerMessage> messages;
     /// Tokens whose characters differ in format, so that the printer does not find them.
     QStringList mixedTokens;
+    /// Names of the logos that are not in the form's folder or are no bitmap that a printer takes.
+    QStringList missingLogos;
     /// Characters that the code page lacks and that went out as "?".
     QString lacking;
 };

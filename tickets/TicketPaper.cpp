@@ -135,6 +135,9 @@ private:
         case '\n':
             EndLine();
             return 1;
+        case '\t':
+            PutTab();
+            return 1;
         case 0x1B:
             return Escape(rest, at(1), at(2));
         case 0x1C:
@@ -267,6 +270,12 @@ private:
             m_lineAlignment = m_alignment;
         m_lineWidth += image.width();
         m_line.push_back(image);
+    }
+
+    /// A printer that was told of no others has a stop behind every eight characters.
+    void PutTab() {
+        const int stop = 8 * CellWidth * m_widthFactor;
+        Put(Blank(stop - m_lineWidth % stop, CellHeight * m_heightFactor));
     }
 
     int LeftOf(int width, Qt::AlignmentFlag alignment) const {

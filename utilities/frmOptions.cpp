@@ -72,6 +72,12 @@ frmOptions::frmOptions(Station& station, RegistryStore registry, QString runComm
     LoadOptions();
     connect(m_ui->chkTicketSeries, &QCheckBox::clicked, this, &frmOptions::WarnOfTicketSeries);
     connect(m_ui->cmdOK, &QPushButton::clicked, this, [this] {
+        if (!IsTimeOfDay(m_ui->txtRenewAt->text())) {
+            m_station.dialogs.Warn(QStringLiteral("Error in Date/Time format."));
+            m_ui->txtRenewAt->setFocus();
+            m_ui->txtRenewAt->selectAll();
+            return;
+        }
         const QStringList problems = SaveOptions();
         // The boxes must outlive this window.
         close();

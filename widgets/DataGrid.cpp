@@ -185,11 +185,18 @@ void DataGrid::mouseMoveEvent(QMouseEvent* event) {
         QTableView::mouseMoveEvent(event);
 }
 
+void DataGrid::mousePressEvent(QMouseEvent* event) {
+    if (!m_drag.IsRunning())
+        QTableView::mousePressEvent(event);
+}
+
 void DataGrid::mouseReleaseEvent(QMouseEvent* event) {
     if (!m_drag.IsRunning()) {
         QTableView::mouseReleaseEvent(event);
         return;
     }
+    if (event->button() != Qt::LeftButton)
+        return;
     m_drag.End();
     if (DataGrid* target = DropTargetAt(event->globalPosition().toPoint()))
         Q_EMIT target->RowDropped();
@@ -252,10 +259,10 @@ void DataGrid::EditRefusedText() {
     if (!m_refusedText)
         return;
     const QString text = *std::exchange(m_refusedText, std::nullopt);
+    setFocus();
     if (!m_refusedCell.isValid())
         return;
     const QModelIndex cell = m_refusedCell;
-    setFocus();
     setCurrentIndex(cell);
     edit(cell);
     if (auto* line = qobject_cast<QLineEdit*>(indexWidget(cell))) {

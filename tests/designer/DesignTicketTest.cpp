@@ -138,6 +138,23 @@ TEST_F(DesignTicketTest, WhatIsCutComesBackAsItWasAndGoesOutInUnicode) {
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("D\u1ECBch "));
 }
 
+TEST_F(DesignTicketTest, LogosAreOfferedIfAFormCanNameThemAndNamedIfTheyAreMissing) {
+    for (const char16_t* name : {u"\u1EA3nh.bmp", u"a).bmp", u"\u00F3.bmp"})
+        WriteFile(Data(QString::fromUtf16(name)), "");
+    Show();
+    EXPECT_EQ(m_hands->Find<QListWidget>("fileLogos").count(), 2);
+    WindowDriver::Keys(QStringLiteral("$BMP(gone.bmp) is here"));
+    EXPECT_TRUE(WaitUntil([this] {
+        return m_window->findChild<QLabel*>(QStringLiteral("lblFindings"))
+            ->text()
+            .contains(QStringLiteral("Logo gone.bmp is not in the folder of the form"));
+    }));
+    Trigger("mnNew");
+    EXPECT_EQ(Edit().toPlainText(), QString());
+    Trigger("mnUndo");
+    EXPECT_EQ(Edit().toPlainText(), QStringLiteral("$BMP(gone.bmp) is here"));
+}
+
 TEST_F(DesignTicketTest, ADroppedFieldStandsBeforeTheSelectionAndIsSelected) {
     Show();
     WindowDriver::Keys(QStringLiteral("abcd"));

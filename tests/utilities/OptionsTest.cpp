@@ -84,6 +84,9 @@ TEST_F(OptionsTest, CancelLeavesEverythingAndARefusalIsToldAfterTheSettingsAreWr
     Show();
     m_hands->Find<QCheckBox>("chkOpt_0").click();
     m_hands->Find<QCheckBox>("chkShowIcon").click();
+    m_hands->Find<QLineEdit>("txtRenewAt").setText(QStringLiteral("half past seven"));
+    m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("Error in Date/Time format."));
+    m_hands->ClickButton("cmdOK");
     m_hands->ClickButton("cmdCancel");
     EXPECT_FALSE(m_station.options.ActiveClients);
     EXPECT_FALSE(QFile::exists(m_settings));

@@ -104,6 +104,11 @@ TEST_F(RegistryTest, TheRunKeyStartsTheProgramWithTheSession) {
         << ReadFile(entry).toStdString();
     ASSERT_FALSE(registry.DeleteValue().has_value());
     EXPECT_FALSE(QFile::exists(entry));
+    // What the desktop has taken out is not started, and not said to be.
+    ASSERT_FALSE(registry.SetValue(u"/opt/Orvex"_qs).has_value());
+    EXPECT_EQ(registry.Value().toString(), u"/opt/Orvex"_qs);
+    ASSERT_TRUE(QFile::remove(entry));
+    EXPECT_EQ(registry.Value().toString(), QString());
     WriteFile(m_folder.filePath(QStringLiteral("blocked")), "");
     const RegistryStore blocked(m_file, m_folder.filePath(QStringLiteral("blocked")));
     EXPECT_FALSE(blocked.Write(RegistryStore::LocalMachine, run, u"Orvex"_qs, {1, "x"}));
