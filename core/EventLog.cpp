@@ -28,7 +28,11 @@ void EventLog::AppendLogFile(const QString& line) {
         folder.mkpath(QStringLiteral("."));
     const int day = m_clock.Now().date().day();
     QFile file(folder.filePath(QStringLiteral("Log%1.txt").arg(day)));
-    const bool startsAnew = QFileInfo(file.fileName()).size() > LargestFile;
+    const QFileInfo info(file.fileName());
+    const bool startsAnew = info.size() > LargestFile;
+    // A pipe in its place would be waited for.
+    if (info.exists() && !info.isFile())
+        return;
     if (file.open(QIODevice::WriteOnly | (startsAnew ? QIODevice::Truncate : QIODevice::Append)))
         file.write((line + u'\n').toUtf8());
 }

@@ -112,6 +112,13 @@ QByteArray LineEndOf(const QByteArrayList& lines) {
 
 } // namespace
 
+Result<> IniUtility::Check() const {
+    if (!QFileInfo::exists(IniPath))
+        return {};
+    const Result<QByteArray> content = ReadWhole(IniPath, LargestFile);
+    return content ? Result<>() : Failure{content.Error()};
+}
+
 bool IniUtility::ReadIni(const QString& section, const QString& key, QString& value) const {
     const std::optional<QByteArray> content = ReadSettings(IniPath);
     if (!content)

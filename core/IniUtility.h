@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Result.h"
+
 #include <QString>
 
 /// Reads and writes the values of an ini file, the one that `IniPath` names.
@@ -18,6 +20,9 @@ public:
 
     /// The file that the other operations work on.
     QString IniPath;
+
+    /// Fails, with the file's name, if the file is there and cannot be read; all keys then count as missing.
+    Result<> Check() const;
 
     /// Sets `value` and returns true if the key is there and its value is not empty; else leaves `value` alone.
     bool ReadIni(const QString& section, const QString& key, QString& value) const;

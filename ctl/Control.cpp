@@ -44,7 +44,7 @@ QString Description() {
 Status PrintFindings(Station& station) {
     const std::vector<Finding> findings = station.FindFaults();
     for (const Finding& finding : findings)
-        std::puts(qUtf8Printable(finding.text));
+        std::puts(qUtf8Printable(LineDialogs::Line(finding.text)));
     return findings.empty() ? Status::Good : Status::Failed;
 }
 
@@ -87,7 +87,14 @@ QCoro::Task<Status> CarryStarted(Station& station, Request request) {
     const Outcome outcome = co_await (station.*verb.operation)();
     if (!outcome.text.isEmpty())
         LineDialogs::Print(outcome.text);
-    co_return StatusOf(outcome, station);
+    const Status status = StatusOf(outcome, station);
+    if (status != Status::Good)
+        co_return status;
+    // What the store holds and the devices did not get is no success.
+    const std::vector<Finding> findings = station.FindFaults();
+    for (const Finding& finding : findings)
+        LineDialogs::Print(finding.text);
+    co_return findings.empty() ? Status::Good : Status::Failed;
 }
 
 } // namespace

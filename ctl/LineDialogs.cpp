@@ -1,5 +1,6 @@
 #include "ctl/LineDialogs.h"
 
+#include "platform/AnsiText.h"
 #include "platform/Ended.h"
 
 #include <cstdio>
@@ -16,7 +17,12 @@ public:
 } // namespace
 
 void LineDialogs::Print(const QString& text) {
-    std::fprintf(stderr, "orvexctl: %s\n", qUtf8Printable(text));
+    for (const QString& line : text.split(u'\n', Qt::SkipEmptyParts))
+        std::fprintf(stderr, "orvexctl: %s\n", qUtf8Printable(Line(line)));
+}
+
+QString LineDialogs::Line(const QString& text) {
+    return ansi::Visible(text);
 }
 
 QCoro::Task<> LineDialogs::ShowMessage(BoxKind, QString text) {

@@ -12,6 +12,8 @@ public:
 
     /// Writes a line of the error output, with true Vietnamese letters in place of stored ones.
     static void Print(const QString& text);
+    /// The text in one line: control characters show as signs.
+    static QString Line(const QString& text);
 
     QCoro::Task<> ShowMessage(BoxKind kind, QString text) override;
     QCoro::Task<> ShowTitledMessage(BoxKind kind, QString title, QString text) override;

@@ -144,11 +144,17 @@ void Database::UpgradeDatabase() {
         return;
     }
     for (const AddedColumn& column : columns) {
-        for (const QString& table : {QStringLiteral("rData"), QStringLiteral("qData")})
-            (void)m_file.Run({QStringLiteral("ALTER TABLE %1 ADD [%2] %3;").arg(table, column.name, column.kind)});
+        for (const QString& table : {QStringLiteral("rData"), QStringLiteral("qData")}) {
+            const Result<> added =
+                m_file.Run({QStringLiteral("ALTER TABLE %1 ADD [%2] %3;").arg(table, column.name, column.kind)});
+            if (!added)
+                m_log.WriteLog(QStringLiteral("Table %1: %2").arg(table, added.Error()), EventLog::Error);
+        }
         m_log.WriteLog(QStringLiteral("Add [%1] field to rData and qData").arg(column.nameInLog));
     }
-    (void)upgrade.Commit();
+    if (const Result<> committed = upgrade.Commit(); !committed)
+        m_log.WriteLog(QStringLiteral("The database is upgraded at the next start: %1").arg(committed.Error()),
+                       EventLog::Error);
 }
 
 void Database::CloseDatabase() {
@@ -174,19 +180,28 @@ void Database::BackupDatabase() {
     WholeFile copy(path);
     // The original is closed last: closing it would end the hold.
     const HeldStore held(original.fileName());
-    if (!held.IsHeld() || !original.open(QIODevice::ReadOnly) || !copy.Begin())
+    if (!original.exists())
         return;
+    const auto failed = [&](const QString& reason) {
+        m_log.WriteLog(QStringLiteral("No backup %1 was made: %2").arg(path, reason), EventLog::Error);
+    };
+    if (!held.IsHeld())
+        return failed(Sqlite::InUseText());
+    if (!original.open(QIODevice::ReadOnly))
+        return failed(original.errorString());
+    if (const Result<> begun = copy.Begin(); !begun)
+        return failed(begun.Error());
     qint64 copied = 0;
     while (copied < original.size()) {
         const QByteArray chunk = original.read(ChunkSize);
         if (chunk.isEmpty())
-            return;
+            return failed(original.errorString());
         if (!copy.Write(chunk))
             break;
         copied += chunk.size();
     }
     if (const Result<> written = copy.Finish(); !written)
-        m_log.WriteLog(written.Error(), EventLog::Error);
+        failed(written.Error());
 }
 
 Result<> Database::EmptyDatabase() {

@@ -34,7 +34,7 @@ public:
 
     /// Copies Harbinet.mdb of the program folder (whatever file was opened) to bak1.mdb (Sunday) to bak7.mdb, once a
     /// day: the key item1 to item7 of [Bakup] holds the date of the copy, and is written first, so that a copy that
-    /// fails is not tried again that day. Says nothing if it fails; last week's copy then stays. To be called after
+    /// fails is not tried again that day. A failure is in the log; last week's copy then stays. To be called after
     /// `CloseDatabase`.
     void BackupDatabase();
 

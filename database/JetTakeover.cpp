@@ -41,6 +41,7 @@ void RemoveLeftovers(const QString& file) {
     QFile::remove(TemporaryStore(file));
     QFile::remove(TemporaryStore(file) + QStringLiteral("-journal"));
     QFile::remove(TemporaryCopy(file));
+    QDir(TemporaryStore(file) + QStringLiteral(".work")).removeRecursively();
 }
 
 bool IsSameFile(const QString& a, const QString& b) {
@@ -153,7 +154,9 @@ Result<> JetTakeover::CheckStore(const QString& path) {
     query.exec(QStringLiteral("PRAGMA ignore_check_constraints = ON"));
     if (!query.exec(QStringLiteral("PRAGMA quick_check(1)")) || !query.next()) {
         const QString text = Sqlite::TextOf(query.lastError());
-        return Failure{text == Sqlite::InUseText() ? text : QStringLiteral("It is damaged: %1.").arg(text)};
+        // What has words of its own is no damage.
+        const bool isDamage = text == query.lastError().databaseText();
+        return Failure{isDamage ? QStringLiteral("It is damaged: %1.").arg(text) : text};
     }
     const QString verdict = query.value(0).toString();
     if (verdict != QStringLiteral("ok"))

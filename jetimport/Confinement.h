@@ -11,11 +11,12 @@ namespace jet {
 ///
 /// What is left to the process:
 ///  - files: to read the one source file, what the C library loads of `/usr/lib` (tables of code pages), and
-///    `/dev/urandom`; to read, write, make and remove plain files in the one target folder, where SQLite is told to put
-///    its temporary files too. Descriptors that are open stay open. Only where the kernel has Landlock (5.13 and
-///    later).
+///    `/dev/urandom`; to read, write, make and remove plain files in the one target folder, an empty one of its own,
+///    where SQLite is told to put its temporary files too. Descriptors that are open stay open. Only where the kernel
+///    has Landlock (5.13 and later).
 ///  - system calls: neither sockets, nor another program or process, nor a look into or a signal to other processes,
-///    nor what changes the system. Such a call fails with EPERM, so that the import ends with a message.
+///    nor what changes the system, nor the rights, owner, times or attributes of a file. Such a call fails with EPERM,
+///    so that the import ends with a message.
 ///  - no new privileges, whatever set-user-ID program would be started.
 ///  - memory, time, and size of a file: the limits below. The process gets a null pointer, SIGXCPU, or SIGXFSZ.
 class Confinement {

@@ -12,8 +12,10 @@
 
 #include "jetimport/Confinement.h"
 #include "jetimport/Import.h"
+#include "platform/WholeFile.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -34,6 +36,15 @@ void Say(const QString& line) {
     std::fflush(stdout);
 }
 
+/// The folder that the reader may write to: empty, beside the target, and of nobody else.
+QString WorkFolder(const QString& target) {
+    return target + QStringLiteral(".work");
+}
+
+QString WorkFile(const QString& target) {
+    return WorkFolder(target) + QStringLiteral("/store");
+}
+
 int Work(int argc, char** argv, pid_t parent) {
     // Without the parent nobody would remove what is left half done.
     prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -42,7 +53,7 @@ int Work(int argc, char** argv, pid_t parent) {
     const QCoreApplication application(argc, argv);
     const QString source = QFile::decodeName(argv[1]);
     const QString target = QFile::decodeName(argv[2]);
-    const Result<> closed = jet::Confinement::Enter(source, QFileInfo(target).path());
+    const Result<> closed = jet::Confinement::Enter(source, WorkFolder(target));
     if (!closed) {
         Say(QStringLiteral("error ") + closed.Error());
         return 1;
@@ -52,7 +63,7 @@ int Work(int argc, char** argv, pid_t parent) {
                        qint64 total) { Say(QStringLiteral("progress %1 %2 %3").arg(table).arg(done).arg(total)); },
         .Note = [](const QString& text) { Say(QStringLiteral("note ") + text); },
     };
-    const Result<qint64> rows = jet::Import(source, target, listener);
+    const Result<qint64> rows = jet::Import(source, WorkFile(target), listener);
     if (!rows) {
         Say(QStringLiteral("error ") + rows.Error());
         return 1;
@@ -75,6 +86,16 @@ int main(int argc, char** argv) {
         Say(QStringLiteral("error The file %1 exists already.").arg(target));
         return 1;
     }
+    if (const QFileInfo source(QFile::decodeName(argv[1])); source.exists() && !source.isFile()) {
+        Say(QStringLiteral("error %1 is no regular file.").arg(source.filePath()));
+        return 1;
+    }
+    QDir work(WorkFolder(target));
+    work.removeRecursively();
+    if (!QDir().mkdir(work.path())) {
+        Say(QStringLiteral("error The new store cannot be made: %1: %2").arg(target, qt_error_string()));
+        return 1;
+    }
     const pid_t parent = getpid();
     const pid_t child = fork();
     if (child == 0)
@@ -84,11 +105,14 @@ int main(int argc, char** argv) {
         Say(QStringLiteral("error A process cannot be started: ") + qt_error_string());
         return 1;
     }
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0)
+    const bool isGood = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    const bool isMoved = isGood && QFile::rename(WorkFile(target), target) && FlushFolderOf(target);
+    work.removeRecursively();
+    if (isMoved)
         return 0;
-    QFile::remove(target);
-    QFile::remove(target + QStringLiteral("-journal"));
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 1)
+    if (isGood)
+        Say(QStringLiteral("error The new store cannot be made: %1: %2").arg(target, qt_error_string()));
+    if (WIFEXITED(status) && WEXITSTATUS(status) <= 1)
         return 1;
     const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     if (signal == SIGXCPU || signal == SIGKILL)

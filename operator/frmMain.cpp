@@ -128,10 +128,8 @@ void frmMain::InitScrolling() {
 void frmMain::InitComm() {
     m_status = new OperationStatus(*m_ui->StatusBar);
     connect(m_status, &OperationStatus::CancelWanted, this, [this] { m_station.CancelOperation(); });
-    connect(m_status, &OperationStatus::DetailsWanted, this, [this] {
-        m_station.dialogs.ShowMessage(BoxKind::Information,
-                                      tr("No answer from:\n%1").arg(m_status->Devices().join(u'\n')));
-    });
+    connect(m_status, &OperationStatus::DetailsWanted, this,
+            [this](const QString& text) { m_station.dialogs.ShowMessage(BoxKind::Information, text); });
     m_linePanels = std::make_unique<LinePanels>(*m_ui->StatusBar);
     m_timeConnect->setObjectName(QStringLiteral("TimeConnect"));
     m_ui->StatusBar->addPermanentWidget(m_timeConnect);
@@ -153,8 +151,13 @@ void frmMain::InitComm() {
 
 void frmMain::InitMenus() {
     const auto start = [this](QAction* action, QCoro::Task<Outcome> (Station::*operation)()) {
-        connect(action, &QAction::triggered, this,
-                [this, operation] { ShowOutcome(m_station.dialogs, (m_station.*operation)()); });
+        connect(action, &QAction::triggered, this, [this, operation] {
+            ShowOutcome(m_station.dialogs, (m_station.*operation)())
+                .then([window = QPointer(this)](const Outcome& outcome) {
+                    if (window)
+                        window->m_status->ShowSilent(outcome.silent);
+                });
+        });
     };
     start(m_ui->mnSendConfig, &Station::ConfigPrinters);
     start(m_ui->mnInitHub, &Station::InitHubs);

@@ -142,12 +142,12 @@ QCoro::Task<Outcome> TicketForms::SendToAllPrinters(TicketDocument document, QSt
     co_return co_await transfer.SendFormToAllPrinters(*form, logos);
 }
 
-QCoro::Task<> TicketForms::SendStoredForm(qint16 object) {
+QCoro::Task<bool> TicketForms::SendStoredForm(qint16 object) {
     const std::optional<QByteArray> stored = ReadFormFile(m_programFolder + QStringLiteral("/Ticket.bin"));
     if (!stored || !VerifyFormChecksum(*stored))
-        co_return;
+        co_return true;
     const CompiledForm form{*stored, {}, 0};
-    co_await transfer.SendFormAndLogo(object, form, Logos::Without, FormTransfer::Occasion::StartUp);
+    co_return co_await transfer.SendFormAndLogo(object, form, Logos::Without, FormTransfer::Occasion::StartUp);
 }
 
 QCoro::Task<Outcome> TicketForms::LoadVniFont(LetterSet letterSet) {

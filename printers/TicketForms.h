@@ -58,7 +58,7 @@ public:
 
     /// Sends the form of Ticket.bin to one printer, without logos, as the start-up does: nothing is sent if there is no
     /// such file or it is damaged, and failures go to the log.
-    QCoro::Task<> SendStoredForm(qint16 object);
+    QCoro::Task<bool> SendStoredForm(qint16 object);
 
     /// Loads letters into every printer. Sets the family: ZONE RICH or not.
     QCoro::Task<Outcome> LoadVniFont(LetterSet letterSet);

@@ -159,6 +159,8 @@ void frmQueue::SetUpStatusBar() {
     m_findingCount->setFlat(true);
     m_status = new OperationStatus(*statusBar());
     connect(m_status, &OperationStatus::CancelWanted, this, [this] { m_station.CancelOperation(); });
+    connect(m_status, &OperationStatus::DetailsWanted, this,
+            [this](const QString& text) { m_station.dialogs.ShowMessage(BoxKind::Information, text); });
     statusBar()->addPermanentWidget(m_findingCount);
     m_linePanels.emplace(*statusBar());
 }
@@ -255,8 +257,12 @@ void frmQueue::AddLog1(const QString& text) {
 }
 
 void frmQueue::Run(Operation operation) {
-    if (DataGrid::CommitAll(*this))
-        ShowOutcome(m_station.dialogs, (m_station.*operation)());
+    if (!DataGrid::CommitAll(*this))
+        return;
+    ShowOutcome(m_station.dialogs, (m_station.*operation)()).then([window = QPointer(this)](const Outcome& outcome) {
+        if (window)
+            window->m_status->ShowSilent(outcome.silent);
+    });
 }
 
 void frmQueue::ShowBusy(bool busy) {

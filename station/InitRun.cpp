@@ -43,11 +43,12 @@ QCoro::Task<bool> InitRun::InitCounter(qint16 object) {
 }
 
 QCoro::Task<bool> InitRun::InitPrinter(qint16 object) {
-    const bool answered = co_await m_parts.starts.PrinterTime(object);
+    bool answered = co_await m_parts.starts.PrinterTime(object);
     co_await m_parts.clock.DelayMilliseconds(AfterPrinter);
     if (m_parts.options.SendConfigOnStart) {
-        co_await m_parts.printers.SendPrinterConfig(object, PrinterConfig::Load::StartUp);
-        co_await m_parts.forms.SendStoredForm(object);
+        const bool hasTables = co_await m_parts.printers.SendPrinterConfig(object, PrinterConfig::Load::StartUp);
+        const bool hasForm = co_await m_parts.forms.SendStoredForm(object);
+        answered = answered && hasTables && hasForm;
     }
     co_return answered;
 }
@@ -65,7 +66,7 @@ QCoro::Task<bool> InitRun::InitObject(qint16 object) {
         answered = co_await m_parts.starts.SetInfoText(object, {});
         break;
     case model::Hub:
-        co_await m_parts.hubs.SendHubMembers(object);
+        answered = co_await m_parts.hubs.SendHubMembers(object);
         break;
     }
     co_return answered;

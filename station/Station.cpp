@@ -122,6 +122,8 @@ QCoro::Task<> Station::ReadSettings() {
     RemoveUnfinished(ProgramFolder + QStringLiteral("/Data"));
     log.WriteLog(QStringLiteral("-"));
     log.WriteLog(QStringLiteral("---System Startup---"));
+    if (const Result<> readable = ini.Check(); !readable)
+        co_await dialogs.ShowMessage(BoxKind::Exclamation, readable.Error());
     options = ReadOptions(ini, log);
     log.WriteLog(QStringLiteral("---System Initialize.."));
     line.LoadCommSettings();
@@ -168,6 +170,8 @@ QCoro::Task<> Station::End() {
     if (std::exchange(m_isEnding, true))
         co_return;
     run.Stop();
+    if (m_isBusy)
+        log.WriteLog(QStringLiteral("The program ends while devices are being configured."), EventLog::Warning);
     for (int look = 0; look < LongestEndingWait && bus.Sending(); ++look)
         co_await clock.DelayMilliseconds(SendingCheck);
     CloseVoice();

@@ -77,8 +77,13 @@ void OperationStatus::ShowResult(const QString& text, const QStringList& devices
     m_label->setCursor(m_devices.isEmpty() ? Qt::ArrowCursor : Qt::PointingHandCursor);
 }
 
+void OperationStatus::ShowSilent(const QStringList& devices) {
+    if (!devices.isEmpty())
+        ShowResult(QLabel::tr("No answer from %1.").arg(devices.join(QStringLiteral(", "))), devices);
+}
+
 bool OperationStatus::eventFilter(::QObject* watched, QEvent* event) {
     if (watched == m_label && event->type() == QEvent::MouseButtonRelease && !m_devices.isEmpty())
-        Q_EMIT DetailsWanted();
+        Q_EMIT DetailsWanted(QLabel::tr("No answer from:\n%1").arg(m_devices.join(u'\n')));
     return ::QObject::eventFilter(watched, event);
 }

@@ -37,12 +37,14 @@ public:
     void ShowProgress(const QString& text, int done, int total);
     /// What came of an operation. @param devices named in a list that `DetailsWanted` asks for; each is shown once.
     void ShowResult(const QString& text, const QStringList& devices = {});
+    /// Names who did not answer; nothing for none.
+    void ShowSilent(const QStringList& devices);
     const QStringList& Devices() const { return m_devices; }
 
 Q_SIGNALS:
     void CancelWanted();
-    /// The user has clicked a result that names devices.
-    void DetailsWanted();
+    /// The user has clicked a result that names devices. @param text all of them, one a line.
+    void DetailsWanted(const QString& text);
 
 protected:
     bool eventFilter(::QObject* watched, QEvent* event) override;

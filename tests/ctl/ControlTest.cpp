@@ -1,3 +1,4 @@
+#include "database/Sqlite.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
 #include "tests/support/Files.h"
@@ -94,6 +95,17 @@ TEST_F(ControlTest, DevicesEndUpHoldingWhatTheStoreDescribesAndTheStatusSaysWhoW
     EXPECT_TRUE(m_devices->FindAs<DeviceHub>(64)->Configuration().contains("Na_Relt"));
     EXPECT_EQ(RunOnLine("init"), 0) << qPrintable(m_errors);
     EXPECT_EQ(m_devices->FindAs<DeviceHub>(64)->Members()->size(), 1U);
+
+    // What the store holds and no device gets is no success.
+    Sqlite store;
+    ASSERT_TRUE(store.Open(m_store));
+    ASSERT_TRUE(
+        store.Run({u"UPDATE Display SET d_Address = NULL, d_Name = 'New' || char(10) || 'line' WHERE d_Id = 4"_qs}));
+    EXPECT_EQ(RunOnLine("load"), 1);
+    EXPECT_TRUE(m_errors.contains(u"Set config to all objects OK."_qs) && m_errors.contains(u"has no address"_qs))
+        << qPrintable(m_errors);
+    EXPECT_EQ(m_errors.count(u'\n'), m_errors.count(u"orvexctl: "_qs)) << "one finding a line";
+    ASSERT_TRUE(store.Run({u"UPDATE Display SET d_Address = 2, d_Name = 'Far' WHERE d_Id = 4"_qs}));
 
     m_devices->SetSilent(32, true);
     EXPECT_EQ(RunOnLine("load"), 4);

@@ -11,6 +11,8 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -91,6 +93,8 @@ TEST_P(ConfinementTest, LeavesTheSourceAndTheFolderAndNothingElse) {
         {"overwrites another file", !hidden, [&] { return Opens(m_stranger, O_WRONLY); }},
         {"reads another file", !hidden, [&] { return Opens(m_stranger, O_RDONLY); }},
         {"removes another file", !hidden, [&] { return QFile::remove(m_stranger); }},
+        {"changes another file's rights", false, [&] { return chmod(qPrintable(m_stranger), 0777) == 0; }},
+        {"changes another file's times", false, [&] { return utimes(qPrintable(m_stranger), nullptr) == 0; }},
         {"opens a socket", false, [] { return socket(AF_INET, SOCK_STREAM, 0) >= 0; }},
         {"opens a local socket", false, [] { return socket(AF_UNIX, SOCK_STREAM, 0) >= 0; }},
         {"forks", sanitized, Forks},

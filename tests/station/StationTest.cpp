@@ -277,13 +277,13 @@ TEST_F(StationTest, TheRunNamesWhoIsSilentAndWithoutALineItWalksAllTheSame) {
     OpenLine();
     Silence({1, 40, 64});
     EXPECT_EQ(Await(m_station.InitAllObjects()).silent,
-              (QStringList{u"Counter"_qs, u"Second (behind a hub)"_qs, u"Board"_qs}));
+              (QStringList{u"Counter"_qs, u"Second (behind a hub)"_qs, u"HUB"_qs, u"Board"_qs}));
     EXPECT_TRUE(m_station.run.QueueRunning());
 
     m_station.line.CloseComm();
     m_station.run.SetRunning(false);
     EXPECT_EQ(Await(m_station.InitAllObjects()).silent,
-              (QStringList{u"Counter"_qs, u"Main"_qs, u"Second (behind a hub)"_qs, u"Board"_qs}));
+              (QStringList{u"Counter"_qs, u"Main"_qs, u"Second (behind a hub)"_qs, u"HUB"_qs, u"Board"_qs}));
     EXPECT_TRUE(m_station.run.QueueRunning());
 }
 
