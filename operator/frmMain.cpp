@@ -153,8 +153,12 @@ void frmMain::InitMenus() {
     const auto start = [this](QAction* action, QCoro::Task<Outcome> (Station::*operation)()) {
         connect(action, &QAction::triggered, this, [this, operation] {
             ShowOutcome(m_station.dialogs, (m_station.*operation)())
-                .then([window = QPointer(this)](const Outcome& outcome) {
-                    if (window)
+                .then([window = QPointer(this), operation](const Outcome& outcome) {
+                    if (!window)
+                        return;
+                    if (operation == &Station::ResetSystem && window->m_station.Init().IsCancelled())
+                        window->ShowCancelledBefore();
+                    else
                         window->m_status->ShowSilent(outcome.silent);
                 });
         });
@@ -286,13 +290,17 @@ void frmMain::InitAllObjects() {
             return;
         // A cancelled run stays cancelled, as does each that comes behind it.
         if (window->m_station.Init().IsCancelled())
-            window->m_status->ShowResult(tr("Cancelled before; restart the program to run whole."));
+            window->ShowCancelledBefore();
         else if (outcome.silent.isEmpty())
             window->m_status->ShowResult(tr("Initialized: all devices answered."));
         else
             window->m_status->ShowResult(
                 tr("Initialized, no answer from %1.").arg(outcome.silent.join(QStringLiteral(", "))), outcome.silent);
     });
+}
+
+void frmMain::ShowCancelledBefore() {
+    m_status->ShowResult(tr("Cancelled before; restart the program to run whole."));
 }
 
 void frmMain::CountSecond() {

@@ -75,6 +75,7 @@ private:
     void LoadSystray(std::unique_ptr<ShellIcon> shell);
     void ShowRunning(bool running);
     void ShowBusy(bool busy);
+    void ShowCancelledBefore();
     void CountSecond();
     void ScrollTo(const QRect& place);
     void ShowInfo(int object);

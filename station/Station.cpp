@@ -30,6 +30,7 @@ Outcome Busy() {
 
 Station::Station(const ProgramFolders& folders, Clock& stationClock, Dialogs& stationDialogs)
     : ProgramFolder(folders.user)
+    , InstallFolder(folders.install)
     , clock(stationClock)
     , dialogs(stationDialogs)
     , operationBoxes(dialogs)
@@ -117,11 +118,26 @@ Outcome Station::Unless(Outcome outcome) const {
 
 // Start and end.
 
+QString Station::UnusedFiles() const {
+    if (InstallFolder == ProgramFolder || QFileInfo(InstallFolder).isWritable())
+        return {};
+    for (const QString& name : {QStringLiteral("Tallora.ini"), QStringLiteral("Harbinet.mdb")}) {
+        if (QFileInfo::exists(InstallFolder + u'/' + name)) {
+            return tr("The folder %1 cannot be written to. Its settings and its database are not used, but those of "
+                      "%2.")
+                .arg(InstallFolder, ProgramFolder);
+        }
+    }
+    return {};
+}
+
 QCoro::Task<> Station::ReadSettings() {
     RemoveUnfinished(ProgramFolder);
     RemoveUnfinished(ProgramFolder + QStringLiteral("/Data"));
     log.WriteLog(QStringLiteral("-"));
     log.WriteLog(QStringLiteral("---System Startup---"));
+    if (const QString unused = UnusedFiles(); !unused.isEmpty())
+        co_await dialogs.ShowMessage(BoxKind::Information, unused);
     if (const Result<> readable = ini.Check(); !readable)
         co_await dialogs.ShowMessage(BoxKind::Exclamation, readable.Error());
     options = ReadOptions(ini, log);

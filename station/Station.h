@@ -52,6 +52,8 @@ public:
 
     /// The folder of settings, log, backups and data files.
     const QString ProgramFolder;
+    /// The folder of the executable.
+    const QString InstallFolder;
     Clock& clock;
     Dialogs& dialogs;
 
@@ -272,6 +274,8 @@ private:
     /// Writes one setting; a failure is in the log.
     void SaveSetting(const QString& section, const QString& key, const QString& value);
 
+    /// Says that files beside the executable are not used, where a user would look for them; empty if there are none.
+    QString UnusedFiles() const;
     QCoro::Task<Outcome> Reloaded();
     /// Waits for a store that another program holds, and offers to open one again that was moved or replaced.
     QCoro::Task<Outcome> StoreIsReady();
