@@ -272,8 +272,26 @@ void DataGrid::EditRefusedText() {
 }
 
 void DataGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
+    const bool toNext = hint == QAbstractItemDelegate::EditNextItem;
+    const bool toOther = toNext || hint == QAbstractItemDelegate::EditPreviousItem;
     // A refused text comes back into its own cell; no other one must be opened meanwhile.
-    QTableView::closeEditor(editor, m_refusedText ? QAbstractItemDelegate::NoHint : hint);
+    QTableView::closeEditor(editor, m_refusedText || toOther ? QAbstractItemDelegate::NoHint : hint);
+    if (toOther && !m_refusedText)
+        EditBeside(toNext ? 1 : -1);
+}
+
+void DataGrid::EditBeside(int step) {
+    const int columns = m_records ? m_records->columnCount() : 0;
+    const int cells = columns * (m_records ? m_records->rowCount() : 0);
+    for (int cell = currentIndex().row() * columns + currentIndex().column() + step; cell >= 0 && cell < cells;
+         cell += step) {
+        const QModelIndex beside = m_records->index(cell / columns, cell % columns);
+        if (isColumnHidden(beside.column()) || !beside.flags().testFlag(Qt::ItemIsEditable))
+            continue;
+        setCurrentIndex(beside);
+        edit(beside);
+        return;
+    }
 }
 
 void DataGrid::keyPressEvent(QKeyEvent* event) {

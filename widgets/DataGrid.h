@@ -116,6 +116,8 @@ private:
     DataGrid* DropTargetAt(QPoint place) const;
     void EditRefusedText();
     void NarrowSelection();
+    /// Opens the next cell that can be edited, over locked columns and the ends of rows. @param step 1 or -1.
+    void EditBeside(int step);
     void DeleteSelected();
     void CopyCell();
     void PasteIntoCell();

@@ -327,6 +327,21 @@ TEST_F(SetupPagesTest, DevicesGoBehindTheHubAndBack) {
     m_hands->ClickButton("cmdNew");
 }
 
+TEST_F(SetupPagesTest, TabGoesOnOverLockedCellsAndTheEndsOfRows) {
+    Show();
+    DataGrid& objects = Grid("TDBGridDisplay");
+    WindowDriver::Click(objects, 0, 4);
+    WindowDriver::Press(Qt::Key_Return);
+    ASSERT_NE(qobject_cast<QComboBox*>(QApplication::focusWidget()), nullptr);
+    WindowDriver::Press(Qt::Key_Tab);
+    EXPECT_EQ(objects.currentIndex(), objects.model()->index(1, 0)) << "the cells behind Active are locked";
+    ASSERT_NE(WindowDriver::Editor(), nullptr);
+    WindowDriver::Keys(QStringLiteral("new"));
+    WindowDriver::Press(Qt::Key_Backtab);
+    EXPECT_EQ(objects.currentIndex(), objects.model()->index(0, 4));
+    EXPECT_EQ(WindowDriver::Shown(objects, 1, 0), QStringLiteral("new"));
+}
+
 TEST_F(SetupPagesTest, AFindingIsCountedMarkedAndGoneTo) {
     Show();
     auto& count = m_hands->Find<QPushButton>("cmdFindings");

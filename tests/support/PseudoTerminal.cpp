@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QFile>
+
+#include <memory>
+#include <vector>
+
 #include <fcntl.h>
 #include <stdlib.h>
 #include <termios.h>
@@ -20,7 +25,13 @@ PseudoTerminal::PseudoTerminal()
 }
 
 PseudoTerminal::~PseudoTerminal() {
-    HangUp();
+    // The other end may still be open. Its number must not go to another process before that has also given up its lock
+    // file, so that it ends with the process.
+    static std::vector<std::unique_ptr<QFile>> ended;
+    if (m_master >= 0) {
+        ended.push_back(std::make_unique<QFile>());
+        EXPECT_TRUE(ended.back()->open(m_master, QIODevice::ReadWrite, QFileDevice::AutoCloseHandle));
+    }
 }
 
 QByteArray PseudoTerminal::Read() {

@@ -17,6 +17,9 @@ protected:
         m_station.database.OpenDatabase(m_store);
     }
 
+    /// The line first: the number of a pseudo-terminal must not be another process's while it is locked here.
+    ~StationWorld() override { m_station.control.Close(); }
+
     /// Puts devices on the line as a store or a text describes them now.
     void Simulate(const QString& path) {
         QString problem;
