@@ -40,12 +40,6 @@ private:
     bool m_isHeld = true;
 };
 
-struct AddedColumn {
-    QString name;
-    QString kind;
-    QString nameInLog;
-};
-
 } // namespace
 
 Database::Database(QString programFolder, IniUtility& ini, EventLog& log, const Clock& clock)
@@ -125,14 +119,11 @@ Result<> Database::ReadLastInfos() {
 void Database::UpgradeDatabase() {
     if (!IsOpen())
         return;
-    std::vector<AddedColumn> columns = {
-        {QStringLiteral("DateTimeFinish"), QStringLiteral("Date"), QStringLiteral("DateTimeFinish")},
-        {QStringLiteral("Action"), QStringLiteral("smallint"), QStringLiteral("Act")},
-        {QStringLiteral("Call"), QStringLiteral("smallint"), QStringLiteral("Call")},
-        {QStringLiteral("TicketFlag"), QStringLiteral("Bit"), QStringLiteral("TicketFlag")},
-    };
+    const auto all = schema::AddedColumns();
+    std::vector<schema::AddedColumn> columns(all.begin(), all.end());
     const QSqlRecord data = m_file.Connection().record(QStringLiteral("rData"));
-    std::erase_if(columns, [&data](const AddedColumn& column) { return data.contains(column.name); });
+    std::erase_if(columns,
+                  [&data](const schema::AddedColumn& column) { return data.contains(QLatin1String(column.name)); });
     if (columns.empty())
         return;
 
@@ -143,14 +134,15 @@ void Database::UpgradeDatabase() {
                        EventLog::Warning);
         return;
     }
-    for (const AddedColumn& column : columns) {
+    for (const schema::AddedColumn& column : columns) {
         for (const QString& table : {QStringLiteral("rData"), QStringLiteral("qData")}) {
             const Result<> added =
-                m_file.Run({QStringLiteral("ALTER TABLE %1 ADD [%2] %3;").arg(table, column.name, column.kind)});
+                m_file.Run({QStringLiteral("ALTER TABLE %1 ADD [%2] %3;")
+                                .arg(table, QLatin1String(column.name), QLatin1String(column.type))});
             if (!added)
                 m_log.WriteLog(QStringLiteral("Table %1: %2").arg(table, added.Error()), EventLog::Error);
         }
-        m_log.WriteLog(QStringLiteral("Add [%1] field to rData and qData").arg(column.nameInLog));
+        m_log.WriteLog(QStringLiteral("Add [%1] field to rData and qData").arg(QLatin1String(column.nameInLog)));
     }
     if (const Result<> committed = upgrade.Commit(); !committed)
         m_log.WriteLog(QStringLiteral("The database is upgraded at the next start: %1").arg(committed.Error()),

@@ -43,6 +43,13 @@ constexpr Column TicketColumns[] = {
     {"TicketFlag", Kind::YesNo},
 };
 
+constexpr AddedColumn AllAddedColumns[] = {
+    {"DateTimeFinish", "Date", "DateTimeFinish"},
+    {"Action", "smallint", "Act"},
+    {"Call", "smallint", "Call"},
+    {"TicketFlag", "Bit", "TicketFlag"},
+};
+
 constexpr Table AllTables[] = {
     {"Queue", QueueColumns},
     {"Display", DisplayColumns},
@@ -99,6 +106,10 @@ QString Definition(const Column& column) {
 }
 
 } // namespace
+
+std::span<const AddedColumn> AddedColumns() {
+    return AllAddedColumns;
+}
 
 std::span<const Table> Tables() {
     return AllTables;

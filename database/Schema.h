@@ -31,6 +31,16 @@ struct Table {
     std::span<const Column> columns;
 };
 
+/// A column of rData and qData that older files lack.
+struct AddedColumn {
+    const char* name;
+    const char* type;
+    const char* nameInLog;
+};
+
+/// What `UpgradeDatabase` adds, in order.
+std::span<const AddedColumn> AddedColumns();
+
 /// All tables, with the four columns that `UpgradeDatabase` adds to older files.
 std::span<const Table> Tables();
 

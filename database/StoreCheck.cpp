@@ -5,6 +5,7 @@
 
 #include <QSqlError>
 
+#include <algorithm>
 #include <map>
 
 namespace {
@@ -48,11 +49,9 @@ bool CanHold(const FoundColumn& found, schema::Kind kind) {
 }
 
 bool IsAddedLater(const char* column) {
-    for (const char* added : {"DateTimeFinish", "Action", "Call", "TicketFlag"}) {
-        if (qstrcmp(column, added) == 0)
-            return true;
-    }
-    return false;
+    const auto added = schema::AddedColumns();
+    return std::any_of(added.begin(), added.end(),
+                       [column](const schema::AddedColumn& one) { return qstrcmp(column, one.name) == 0; });
 }
 
 bool IsNeeded(const QString& table, const char* column) {

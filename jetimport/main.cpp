@@ -91,7 +91,6 @@ int main(int argc, char** argv) {
         return 1;
     }
     QDir work(WorkFolder(target));
-    work.removeRecursively();
     if (!QDir().mkdir(work.path())) {
         Say(QStringLiteral("error The new store cannot be made: %1: %2").arg(target, qt_error_string()));
         return 1;

@@ -71,14 +71,9 @@ void DatabasePage::ShowBusy(bool busy) {
 }
 
 void DatabasePage::Refresh() {
-    Records().UpdateAll();
-    Records().Requery(Records().rsQueue);
-    ShowOutcome(TheStation().dialogs, TheStation().RefreshModel()).then([page = QPointer(this)](const Outcome&) {
-        // The store may be another one now, or be readable again.
-        if (!page)
-            return;
-        page->Records().UpdateAll();
-        page->Records().Requery(page->Records().rsQueue);
+    RefreshModel([this] {
+        Records().UpdateAll();
+        Records().Requery(Records().rsQueue);
     });
 }
 

@@ -3,7 +3,6 @@
 #include "setup/SetupRecords.h"
 #include "setup/ui_HubPage.h"
 #include "station/Station.h"
-#include "widgets/OutcomeBox.h"
 
 namespace {
 
@@ -98,6 +97,5 @@ void HubPage::RemoveAll() {
 }
 
 void HubPage::Refresh() {
-    Records().RequeryHubs();
-    ShowOutcome(TheStation().dialogs, TheStation().RefreshModel());
+    RefreshModel([this] { Records().RequeryHubs(); });
 }

@@ -3,6 +3,7 @@
 #include "setup/SetupRecords.h"
 #include "station/Station.h"
 #include "widgets/DataGrid.h"
+#include "widgets/OutcomeBox.h"
 
 #include <QPointer>
 #include <QPushButton>
@@ -35,6 +36,16 @@ void SetupPage::Do(const Change& change, const Show& show) {
     m_records->NoteChange();
     if (!done)
         m_station->dialogs.Warn(done.Error());
+}
+
+void SetupPage::RefreshModel(const Show& show) {
+    ShowOutcome(m_station->dialogs, m_station->RefreshModel())
+        .then([page = QPointer(this), show](const Outcome& outcome) {
+            // Of a store that is open and yet was not read nothing can be shown, list by list, without waiting for it.
+            const bool isUnread = outcome.end == Outcome::End::Failed || outcome.end == Outcome::End::Cancelled;
+            if (page && !(isUnread && page->m_station->Store().IsOpen()))
+                show();
+        });
 }
 
 void SetupPage::AskAndDo(BoxKind kind, const QString& question, const Change& change, const Show& show) {

@@ -41,6 +41,8 @@ protected:
     void Do(const Change& change, const Show& show);
     /// The same once the user has answered a question with Yes.
     void AskAndDo(BoxKind kind, const QString& question, const Change& change, const Show& show);
+    /// Refreshes the model, tells in a box what stood in the way, and shows what the store holds now.
+    void RefreshModel(const Show& show);
 
 private:
     Station* m_station = nullptr;

@@ -195,6 +195,12 @@ TEST_F(Import, NeverTouchesAnExistingFileAndNamesAFolderThatRefuses) {
     WriteFile(m_target, "mine");
     EXPECT_EQ(jetfixture::Import(m_source, m_target).code, 1);
     EXPECT_EQ(ReadFile(m_target), "mine");
+    // Nor a folder of somebody else's under the name that the import would work in.
+    ASSERT_TRUE(QFile::remove(m_target));
+    ASSERT_TRUE(QDir().mkdir(m_target + QStringLiteral(".work")));
+    WriteFile(m_target + QStringLiteral(".work/mine"), "kept");
+    EXPECT_EQ(jetfixture::Import(m_source, m_target).code, 1);
+    EXPECT_EQ(ReadFile(m_target + QStringLiteral(".work/mine")), "kept");
     const Finished refused = jetfixture::Import(m_source, QStringLiteral("/proc/new.db"));
     EXPECT_EQ(refused.code, 1);
     EXPECT_TRUE(refused.output.startsWith(QStringLiteral("error The new store cannot be made")))
