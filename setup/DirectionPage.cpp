@@ -27,6 +27,7 @@ DirectionPage::~DirectionPage() = default;
 
 void DirectionPage::SetUp() {
     m_ui->TDBGrid1->SetRecords(&Records().directions);
+    m_ui->TDBGrid1->OpenListsByClick();
     connect(&Records().directions, &GridModel::RecordsChanged, this, &DirectionPage::ShowUnstored);
     connect(&Records().directions, &GridModel::modelReset, this, &DirectionPage::ShowUnstored);
     OnClick(m_ui->cmdUpdate, [this] { Update(); });

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QComboBox>
 #include <QHeaderView>
 #include <QKeyEvent>
 
@@ -158,6 +159,23 @@ void DataGrid::FitColumns() {
 void DataGrid::resizeEvent(QResizeEvent* event) {
     QTableView::resizeEvent(event);
     FitColumns();
+}
+
+void DataGrid::OpenListsByClick() {
+    // Through the event loop: the grid is still busy with the release of the button.
+    connect(
+        this, &QTableView::clicked, this, [this](const QModelIndex& cell) { OpenList(cell); }, Qt::QueuedConnection);
+}
+
+void DataGrid::OpenList(const QPersistentModelIndex& cell) {
+    if (!cell.isValid() || cell != currentIndex() || state() == EditingState || m_refusedText)
+        return;
+    const GridColumn& column = m_records->Columns()[static_cast<std::size_t>(cell.column())];
+    if (column.values.empty() || !cell.flags().testFlag(Qt::ItemIsEditable))
+        return;
+    edit(cell);
+    if (auto* list = qobject_cast<QComboBox*>(indexWidget(cell)))
+        list->showPopup();
 }
 
 void DataGrid::LetRowsBeDragged() {

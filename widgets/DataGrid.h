@@ -70,6 +70,9 @@ public:
     /// @return false if there is no such record.
     bool GoTo(const QVariant& key, const QString& field);
 
+    /// A click on a cell with a list opens that list.
+    void OpenListsByClick();
+
     /// Lets rows be dragged out of this grid, to others of its window. The pressed cell becomes the current one; Escape
     /// gives the drag up.
     void LetRowsBeDragged();
@@ -116,6 +119,7 @@ private:
     DataGrid* DropTargetAt(QPoint place) const;
     void EditRefusedText();
     void NarrowSelection();
+    void OpenList(const QPersistentModelIndex& cell);
     /// Opens the next cell that can be edited, over locked columns and the ends of rows. @param step 1 or -1.
     void EditBeside(int step);
     void DeleteSelected();

@@ -233,6 +233,12 @@ TEST_F(SetupPagesTest, DirectionsAreStoredTogetherAndNotForgottenInSilence) {
     EXPECT_EQ(qobject_cast<QComboBox*>(QApplication::focusWidget()), nullptr) << "the last row is no display";
 
     const QString question = QStringLiteral("The directions were changed but not stored. Store them now?");
+    WindowDriver::Click(matrix, 0, 2);
+    QApplication::processEvents();
+    ASSERT_NE(QApplication::activePopupWidget(), nullptr) << "one click opens the list";
+    QTest::keyClick(QApplication::activePopupWidget()->focusWidget(), Qt::Key_Escape);
+    WindowDriver::Press(Qt::Key_Escape);
+    EXPECT_EQ(Column("TDBGrid1", 2), "None|None");
     WindowDriver::Choose(matrix, 0, 2, QStringLiteral("D"));
     EXPECT_TRUE(m_hands->Find<QLabel>("lblUnstored").isVisible());
     // Esc leaves everything as it is, on the way to another tab and out of the program.

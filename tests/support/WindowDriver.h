@@ -61,6 +61,13 @@ public:
     /// Opens the list of a cell and chooses by the first letter.
     static void Choose(DataGrid& grid, int row, int column, const QString& letter) {
         Click(grid, row, column);
+        QApplication::processEvents();
+        if (QWidget* opened = QApplication::activePopupWidget()) {
+            QTest::keyClicks(opened->focusWidget(), letter);
+            QTest::keyClick(opened->focusWidget(), Qt::Key_Return);
+            QApplication::processEvents();
+            return;
+        }
         Press(Qt::Key_Return);
         auto* box = qobject_cast<QComboBox*>(QApplication::focusWidget());
         ASSERT_NE(box, nullptr) << row << ' ' << column;
