@@ -26,7 +26,7 @@
 Program::Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell)
     : m_folders(folders)
     , m_dialogs(dialogs)
-    , m_station(std::make_unique<Station>(folders, clock, dialogs))
+    , m_station(std::make_unique<Station>(folders, Station::Machine{clock, m_port, dialogs}))
     , m_registry(RegistryStore::OfUser(folders.user))
     , m_shell(std::move(shell)) {
     QApplication::instance()->installEventFilter(this);

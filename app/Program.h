@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/RegistryStore.h"
+#include "platform/SerialControl.h"
 #include "station/ProgramFolders.h"
 #include "widgets/ShellIcon.h"
 
@@ -65,6 +66,7 @@ private:
 
     const ProgramFolders m_folders;
     Dialogs& m_dialogs;
+    SerialControl m_port;
     std::unique_ptr<Station> m_station;
     const RegistryStore m_registry;
     std::unique_ptr<ShellIcon> m_shell; ///< until the main window takes it

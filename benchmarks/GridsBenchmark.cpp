@@ -23,7 +23,8 @@ void BenchmarkGrids() {
     FillStore(path);
     SystemClock clock;
     WindowDialogs dialogs;
-    OpenStation station({folder.path(), folder.path()}, clock, dialogs);
+    SerialControl port;
+    OpenStation station({folder.path(), folder.path()}, {clock, port, dialogs});
     station.database.OpenDatabase(path);
     (void)station.reload.ReloadAll();
 

@@ -22,7 +22,8 @@ void BenchmarkMap() {
     const QTemporaryDir folder;
     SystemClock clock;
     WindowDialogs dialogs;
-    OpenStation station({folder.path(), folder.path()}, clock, dialogs);
+    SerialControl port;
+    OpenStation station({folder.path(), folder.path()}, {clock, port, dialogs});
     station.installation->NumObjects = ObjectMap::Pictures;
     for (int i = 0; i < ObjectMap::Pictures; ++i) {
         station.installation->QObjects[static_cast<std::size_t>(i)].Id = i + 1;

@@ -3,6 +3,7 @@
 #include "ctl/Control.h"
 #include "ctl/LineDialogs.h"
 #include "platform/Clock.h"
+#include "platform/SerialControl.h"
 #include "station/Station.h"
 
 #include <QCoreApplication>
@@ -19,6 +20,7 @@ int main(int argc, char** argv) {
         folder.isEmpty() ? FoldersOfProgram() : PrepareFolders(QCoreApplication::applicationDirPath(), folder, false);
     SystemClock clock;
     LineDialogs dialogs(reading.request->saysYes);
-    Station station(folders, clock, dialogs);
+    SerialControl port;
+    Station station(folders, {clock, port, dialogs});
     return static_cast<int>(QCoro::waitFor(Carry(station, *reading.request)));
 }

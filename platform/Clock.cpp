@@ -6,7 +6,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <list>
 
 namespace {
 
@@ -31,44 +30,35 @@ private:
 
 } // namespace
 
-class SystemClock::Waits {
-public:
-    QCoro::Task<> Wait(int milliseconds) {
-        if (m_closed)
-            throw Ended();
-        if (milliseconds <= 0)
-            co_return;
-        Completion<bool> done;
-        QTimer timer;
-        timer.setSingleShot(true);
-        timer.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&timer, &QTimer::timeout, &timer, [&done] { done.Finish(true); });
-        timer.start(milliseconds);
-        const auto place = m_running.insert(m_running.end(), &done);
-        co_await done.Wait();
-        // After Close the list belongs to the loop there.
-        if (m_closed)
-            throw Ended();
-        m_running.erase(place);
-    }
+QCoro::Task<> Clock::Wait(int milliseconds) {
+    if (m_isClosed)
+        throw Ended();
+    if (milliseconds <= 0)
+        co_return;
+    Completion<bool> done;
+    const auto timer = MakeTimer([&done] { done.Finish(true); });
+    timer->Start(std::chrono::milliseconds(milliseconds));
+    const auto place = m_waits.insert(m_waits.end(), &done);
+    co_await done.Wait();
+    // After Close the list belongs to the loop there.
+    if (m_isClosed)
+        throw Ended();
+    m_waits.erase(place);
+}
 
-    void Close() {
-        m_closed = true;
-        const auto running = std::exchange(m_running, {});
-        for (Completion<bool>* wait : running)
-            wait->Finish(false);
-    }
+QCoro::Task<> Clock::DelayMilliseconds(qint16 n) {
+    return Wait(n);
+}
 
-private:
-    std::list<Completion<bool>*> m_running;
-    bool m_closed = false;
-};
+QCoro::Task<> Clock::DelaySeconds(qint16 n) {
+    return Wait(static_cast<int>(n) * 1000);
+}
 
-SystemClock::SystemClock()
-    : m_waits(std::make_unique<Waits>()) {}
-
-SystemClock::~SystemClock() {
-    Close();
+void Clock::Close() {
+    m_isClosed = true;
+    const auto waits = std::exchange(m_waits, {});
+    for (Completion<bool>* wait : waits)
+        wait->Finish(false);
 }
 
 QDateTime SystemClock::Now() const {
@@ -82,16 +72,4 @@ qint64 SystemClock::EpochMilliseconds() const {
 
 std::unique_ptr<ClockTimer> SystemClock::MakeTimer(std::function<void()> onDue) {
     return std::make_unique<SystemTimer>(std::move(onDue));
-}
-
-QCoro::Task<> SystemClock::DelayMilliseconds(qint16 n) {
-    return m_waits->Wait(n);
-}
-
-QCoro::Task<> SystemClock::DelaySeconds(qint16 n) {
-    return m_waits->Wait(static_cast<int>(n) * 1000);
-}
-
-void SystemClock::Close() {
-    m_waits->Close();
 }

@@ -7,7 +7,11 @@
 
 #include <chrono>
 #include <functional>
+#include <list>
 #include <memory>
+
+template <typename T>
+class Completion;
 
 /// A timer of a clock, which calls once what it was made with. It goes away without calling.
 class ClockTimer {
@@ -40,30 +44,28 @@ public:
 
     /// Waits `n` milliseconds while everything else goes on; not at all if `n` is 0 or less. Throws `Ended` once
     /// `Close` was called.
-    virtual QCoro::Task<> DelayMilliseconds(qint16 n) = 0;
+    virtual QCoro::Task<> DelayMilliseconds(qint16 n);
 
     /// Waits `n` seconds, otherwise like `DelayMilliseconds`.
-    virtual QCoro::Task<> DelaySeconds(qint16 n) = 0;
+    virtual QCoro::Task<> DelaySeconds(qint16 n);
 
     /// Ends every running and every later wait: the program is about to end.
-    virtual void Close() = 0;
+    virtual void Close();
+
+private:
+    QCoro::Task<> Wait(int milliseconds);
+
+    std::list<Completion<bool>*> m_waits;
+    bool m_isClosed = false;
 };
 
 /// The computer's own clock. Waits are measured on the monotonic clock.
 class SystemClock : public Clock {
 public:
-    SystemClock();
-    ~SystemClock() override;
+    ~SystemClock() override { Close(); }
 
     QDateTime Now() const override;
     qint64 EpochMilliseconds() const override;
     Instant Monotonic() const override { return std::chrono::steady_clock::now(); }
     std::unique_ptr<ClockTimer> MakeTimer(std::function<void()> onDue) override;
-    QCoro::Task<> DelayMilliseconds(qint16 n) override;
-    QCoro::Task<> DelaySeconds(qint16 n) override;
-    void Close() override;
-
-private:
-    class Waits;
-    std::unique_ptr<Waits> m_waits;
 };

@@ -2,6 +2,9 @@
 
 #include "simulator/SimulatedBus.h"
 
+#include <QJsonDocument>
+#include <QLocalServer>
+#include <QLocalSocket>
 #include <QSocketNotifier>
 
 #include <array>
@@ -23,7 +26,9 @@ QString BusConsole::Help() {
     return QStringLiteral(
         "press ADDRESS BUTTON     a customer presses that key; the next poll answers with the ticket\n"
         "summary                  what each device holds\n"
+        "state                    the same as JSON, in one line\n"
         "silent ADDRESS on|off    a silent device answers nothing\n"
+        "power ADDRESS            the device is switched off and on\n"
         "hangup                   pull the adapter; \"open\" puts it back\n"
         "open                     put it back\n"
         "quit");
@@ -55,6 +60,13 @@ QString BusConsole::Execute(const QString& line) {
         return m_bus.Find(address)->Title() +
                (state == QStringLiteral("on") ? QStringLiteral(" is silent") : QStringLiteral(" answers"));
     }
+    if (verb == QStringLiteral("power")) {
+        if (!addressReads || !m_bus.PowerCycle(address))
+            return QStringLiteral("no device at address \"%1\"").arg(words.value(1));
+        return m_bus.Find(address)->Title() + QStringLiteral(" was off and on");
+    }
+    if (verb == QStringLiteral("state"))
+        return QString::fromUtf8(QJsonDocument(m_bus.State()).toJson(QJsonDocument::Compact));
     if (verb == QStringLiteral("summary"))
         return m_bus.Summary().trimmed();
     if (verb == QStringLiteral("hangup")) {
@@ -70,6 +82,25 @@ QString BusConsole::Execute(const QString& line) {
         return {};
     }
     return Help();
+}
+
+QString BusConsole::Listen(const QString& path) {
+    m_server = new QLocalServer(this);
+    m_server->setSocketOptions(QLocalServer::UserAccessOption);
+    QLocalServer::removeServer(path);
+    if (!m_server->listen(path))
+        return QStringLiteral("%1: %2").arg(path, m_server->errorString());
+    connect(m_server, &QLocalServer::newConnection, this, [this] {
+        QLocalSocket* const client = m_server->nextPendingConnection();
+        connect(client, &QLocalSocket::readyRead, this, [this, client] { Serve(*client); });
+        connect(client, &QLocalSocket::disconnected, client, &QObject::deleteLater);
+    });
+    return {};
+}
+
+void BusConsole::Serve(QLocalSocket& client) {
+    while (client.canReadLine())
+        client.write(Execute(QString::fromUtf8(client.readLine()).trimmed()).toUtf8() + '\n');
 }
 
 void BusConsole::ReadInput() {

@@ -4,6 +4,8 @@
 #include <QObject>
 #include <QString>
 
+class QLocalServer;
+class QLocalSocket;
 class QSocketNotifier;
 class SimulatedBus;
 
@@ -15,6 +17,10 @@ public:
     /// Reads standard input until it ends; the bus runs on without it.
     explicit BusConsole(SimulatedBus& bus, QObject* parent = nullptr);
 
+    /// Takes commands from a local socket too, each answered with its text and a line end.
+    /// @return what failed, or nothing.
+    QString Listen(const QString& path);
+
     /// Carries one line out. @return what to print, without a line end; empty for nothing.
     QString Execute(const QString& line);
 
@@ -25,8 +31,10 @@ Q_SIGNALS:
 
 private:
     void ReadInput();
+    void Serve(QLocalSocket& client);
 
     SimulatedBus& m_bus;
     QSocketNotifier* m_input = nullptr;
+    QLocalServer* m_server = nullptr;
     QByteArray m_unfinished;
 };

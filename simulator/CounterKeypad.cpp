@@ -33,3 +33,12 @@ void CounterKeypad::Hear(char letter, const QByteArray& data) {
 QString CounterKeypad::Summary() const {
     return QStringLiteral("%1: shows \"%2\", time %3\n").arg(Title(), ansi::Decode(m_text), ClockSummary());
 }
+
+void CounterKeypad::Forget() {
+    PowerUp();
+    m_text.clear();
+}
+
+void CounterKeypad::AddState(QJsonObject& state) const {
+    state[QStringLiteral("text")] = ansi::Decode(m_text);
+}

@@ -14,6 +14,10 @@ public:
     /// `R` and `U` set the time.
     void Hear(char letter, const QByteArray& data) override;
     QString Summary() const override;
+    void Forget() override;
+
+protected:
+    void AddState(QJsonObject& state) const override;
 
 private:
     QByteArray m_text;

@@ -4,6 +4,8 @@
 #include "link/Frames.h"
 #include "platform/AnsiText.h"
 
+#include <QJsonArray>
+
 #include <algorithm>
 
 namespace {
@@ -85,9 +87,7 @@ SimulatedDevice::Answer DeviceHub::Relay(const QByteArray& data) {
     const Member member{static_cast<int>(device->Identity().Class), address};
     if (m_members && std::find(m_members->begin(), m_members->end(), member) == m_members->end())
         return Refused(QStringLiteral("the member list does not name %1").arg(device->Title()));
-    if (device->IsSilent())
-        return Refused(QStringLiteral("%1 is set silent").arg(device->Title()));
-    Answer answer = device->Handle(data[1], data.sliced(2));
+    Answer answer = device->Carry(data[1], data.sliced(2));
     if (answer.Content)
         answer.Content->prepend(data[1]);
     else
@@ -155,4 +155,34 @@ QString DeviceHub::Summary() const {
     for (const auto& [slot, shown] : m_slotTexts)
         text += QStringLiteral("    slot %1 shows \"%2\"\n").arg(slot).arg(ansi::Decode(shown));
     return text;
+}
+
+void DeviceHub::PowerUp() {
+    SimulatedDevice::PowerUp();
+    m_inTransfer = false;
+}
+
+void DeviceHub::Forget() {
+    PowerUp();
+    m_members.reset();
+    m_configuration.clear();
+    m_option.reset();
+    m_slotTexts.clear();
+}
+
+void DeviceHub::AddState(QJsonObject& state) const {
+    if (m_members) {
+        QJsonArray members;
+        for (const Member& member : *m_members)
+            members += QJsonObject{{QStringLiteral("type"), member.Type}, {QStringLiteral("address"), member.Address}};
+        state[QStringLiteral("members")] = members;
+    }
+    state[QStringLiteral("configuration")] = QString::fromLatin1(m_configuration.toHex());
+    if (m_option)
+        state[QStringLiteral("option")] = *m_option;
+    state[QStringLiteral("inTransfer")] = m_inTransfer;
+    QJsonObject slotTexts;
+    for (const auto& [slot, shown] : m_slotTexts)
+        slotTexts[QString::number(slot)] = ansi::Decode(shown);
+    state[QStringLiteral("slots")] = slotTexts;
 }

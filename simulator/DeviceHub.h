@@ -38,6 +38,11 @@ public:
     /// The meaning of the letter that an `N` carries, with the device's name.
     QString RelayedMeaning(const QByteArray& data) const;
     QString Summary() const override;
+    void PowerUp() override;
+    void Forget() override;
+
+protected:
+    void AddState(QJsonObject& state) const override;
 
 private:
     Answer Relay(const QByteArray& data);

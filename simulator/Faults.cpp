@@ -1,5 +1,13 @@
 #include "simulator/Faults.h"
 
+bool Deafness::Covers(char letter, const QByteArray& data) const {
+    if (letter != Letter)
+        return false;
+    bool reads = false;
+    const int number = data.first(std::min<qsizetype>(data.size(), 2)).toInt(&reads, 16);
+    return !Row || (reads && number == *Row);
+}
+
 Faults::Faults(FaultSettings settings)
     : m_settings(std::move(settings))
     , m_engine(m_settings.Seed) {}
@@ -27,6 +35,9 @@ Faults::Plan Faults::Next() {
         for (quint32 i = 0; i < count; ++i)
             plan.Noise += static_cast<char>(m_engine() % 256);
     }
+    plan.Foreign = Happens(m_settings.Foreign);
+    if (plan.Foreign)
+        plan.ForeignPlace = static_cast<quint32>(m_engine());
     return plan;
 }
 

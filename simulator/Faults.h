@@ -2,8 +2,18 @@
 
 #include <QByteArray>
 
+#include <optional>
 #include <random>
 #include <set>
+#include <vector>
+
+/// A command that devices swallow without an answer.
+struct Deafness {
+    char Letter = 0;
+    std::optional<int> Row; ///< only with this number in the first two hexadecimal digits of the data
+
+    bool Covers(char letter, const QByteArray& data) const;
+};
 
 /// What goes wrong on the bus, in probabilities from 0 to 1 for each frame.
 struct FaultSettings {
@@ -13,9 +23,15 @@ struct FaultSettings {
     double Delay = 0;       ///< the reply comes `DelayMilliseconds` late
     double Noise = 0;       ///< one to eight random bytes go before the reply
     double Slice = 0;       ///< the reply comes byte by byte
+    double Foreign = 0;     ///< the reply bears another device's address
     int DelayMilliseconds = 100;
-    std::set<quint8> Silent; ///< addresses that never answer
-    int HangUpAfter = 0;     ///< the adapter is pulled when this many frames have come; 0: never
+    int LateMilliseconds = 0;   ///< by which every reply is late
+    bool Echo = false;          ///< an adapter of two wires: the master hears what it sends
+    std::set<quint8> Twins;     ///< addresses that a second device answers at as well
+    std::vector<Deafness> Deaf; ///< what no device takes
+    bool Forget = false;        ///< devices answer everything and keep nothing
+    std::set<quint8> Silent;    ///< addresses that never answer
+    int HangUpAfter = 0;        ///< the adapter is pulled when this many frames have come; 0: never
     quint32 Seed = 1;
 };
 
@@ -30,6 +46,8 @@ public:
         QByteArray Noise;
         quint8 CorruptMask = 0; ///< 0: not corrupted
         quint32 CorruptPlace = 0;
+        bool Foreign = false;
+        quint32 ForeignPlace = 0; ///< counts on through the devices
     };
 
     explicit Faults(FaultSettings settings = {});

@@ -25,3 +25,14 @@ QString InformationDisplay::Summary() const {
     return QStringLiteral("%1: number \"%2\", text \"%3\"\n")
         .arg(Title(), ansi::Decode(m_number), ansi::Decode(m_text));
 }
+
+void InformationDisplay::Forget() {
+    PowerUp();
+    m_number.clear();
+    m_text.clear();
+}
+
+void InformationDisplay::AddState(QJsonObject& state) const {
+    state[QStringLiteral("number")] = ansi::Decode(m_number);
+    state[QStringLiteral("text")] = ansi::Decode(m_text);
+}

@@ -12,6 +12,10 @@ public:
 
     Answer Handle(char letter, const QByteArray& data) override;
     QString Summary() const override;
+    void Forget() override;
+
+protected:
+    void AddState(QJsonObject& state) const override;
 
 private:
     QByteArray m_number;

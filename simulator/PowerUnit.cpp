@@ -14,3 +14,7 @@ SimulatedDevice::Answer PowerUnit::Handle(char letter, const QByteArray& data) {
 QString PowerUnit::Summary() const {
     return QStringLiteral("%1: %2\n").arg(Title(), m_on ? QStringLiteral("on") : QStringLiteral("off"));
 }
+
+void PowerUnit::AddState(QJsonObject& state) const {
+    state[QStringLiteral("on")] = m_on;
+}

@@ -11,6 +11,10 @@ public:
 
     Answer Handle(char letter, const QByteArray& data) override;
     QString Summary() const override;
+    void PowerUp() override { m_on = false; }
+
+protected:
+    void AddState(QJsonObject& state) const override;
 
 private:
     bool m_on = false;

@@ -1,11 +1,6 @@
 #include "simulator/SimulatedBus.h"
 
-#include "link/CommandNames.h"
-#include "link/Encodings.h"
 #include "link/Frames.h"
-#include "simulator/CounterKeypad.h"
-#include "simulator/InformationDisplay.h"
-#include "simulator/PowerUnit.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -39,22 +34,6 @@ qint64 Now() {
     return static_cast<qint64>(time.tv_sec) * Second + time.tv_nsec;
 }
 
-std::unique_ptr<SimulatedDevice> MakeDevice(const BusDevice& identity) {
-    switch (identity.Class) {
-    case DeviceClass::Counter:
-        return std::make_unique<CounterKeypad>(identity);
-    case DeviceClass::Printer:
-        return std::make_unique<TicketPrinter>(identity);
-    case DeviceClass::Display:
-        return std::make_unique<InformationDisplay>(identity);
-    case DeviceClass::Hub:
-        return std::make_unique<DeviceHub>(identity);
-    case DeviceClass::PowerUnit:
-        break;
-    }
-    return std::make_unique<PowerUnit>(identity);
-}
-
 QString SystemError(const QString& what) {
     return QStringLiteral("%1: %2").arg(what, QString::fromLocal8Bit(std::strerror(errno)));
 }
@@ -63,27 +42,8 @@ QString SystemError(const QString& what) {
 
 SimulatedBus::SimulatedBus(const BusInstallation& installation, QObject* parent)
     : QObject(parent)
+    , DeviceBus(installation)
     , m_timer(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {
-    for (const BusDevice& identity : installation.Devices()) {
-        m_devices.push_back(MakeDevice(identity));
-        m_byAddress[identity.Address] = m_devices.back().get();
-        auto* const printer = dynamic_cast<TicketPrinter*>(m_devices.back().get());
-        if (!printer)
-            continue;
-        printer->OnLoaded = [this, address = static_cast<int>(identity.Address)] { Q_EMIT PrinterLoaded(address); };
-        printer->OnPrinted = [this, address = static_cast<int>(identity.Address)](const TicketPrinter::Ticket&) {
-            Q_EMIT TicketPrinted(address);
-        };
-    }
-    for (const std::unique_ptr<SimulatedDevice>& device : m_devices) {
-        if (!device->Identity().Hub)
-            continue;
-        if (auto* const hub = FindAs<DeviceHub>(*device->Identity().Hub))
-            hub->Attach(*device);
-    }
-    m_decoder.OnAck = [this] { ++m_counters.Acks; };
-    m_decoder.OnCommand = [this](const FrameDecoder::Command& command) { HandleCommand(command); };
-
     m_slaveWatch.setInterval(SlaveWatchMilliseconds);
     connect(&m_slaveWatch, &QTimer::timeout, this, &SimulatedBus::WaitForSlave);
     if (m_timer >= 0) {
@@ -99,7 +59,7 @@ SimulatedBus::SimulatedBus(const BusInstallation& installation, QObject* parent)
 SimulatedBus::~SimulatedBus() {
     // Whoever listens may have gone before the bus.
     blockSignals(true);
-    m_transcript.OnLine = nullptr;
+    Log().OnLine = nullptr;
     HangUp();
     delete m_timerNotifier;
     if (m_timer >= 0)
@@ -108,31 +68,6 @@ SimulatedBus::~SimulatedBus() {
 
 void SimulatedBus::SetBaudRate(int baudRate) {
     m_characterTime = baudRate > 0 ? Second * BitsPerCharacter / baudRate : 0;
-}
-
-void SimulatedBus::SetFaults(const FaultSettings& settings) {
-    m_faults = Faults(settings);
-    for (const std::unique_ptr<SimulatedDevice>& device : m_devices)
-        device->SetSilent(settings.Silent.count(device->Identity().Address) > 0);
-}
-
-bool SimulatedBus::SetSilent(int address, bool silent) {
-    SimulatedDevice* const device = Find(address);
-    if (device != nullptr)
-        device->SetSilent(silent);
-    return device != nullptr;
-}
-
-SimulatedDevice* SimulatedBus::Find(int address) const {
-    return address >= 0 && address < static_cast<int>(m_byAddress.size()) ? m_byAddress[static_cast<size_t>(address)]
-                                                                          : nullptr;
-}
-
-QString SimulatedBus::Summary() const {
-    QString text;
-    for (const std::unique_ptr<SimulatedDevice>& device : m_devices)
-        text += device->Summary();
-    return text;
 }
 
 QString SimulatedBus::Open() {
@@ -182,12 +117,12 @@ void SimulatedBus::HangUp() {
         QFile::remove(m_linkPath);
     m_slavePath.clear();
     Forget();
-    m_transcript.Remark(QStringLiteral("hung up"));
+    Log().Remark(QStringLiteral("hung up"));
     Q_EMIT HungUp();
 }
 
 void SimulatedBus::Forget() {
-    m_decoder.Reset();
+    ForgetUnfinished();
     m_incoming.clear();
     m_outgoing.clear();
     m_inFree = m_outFree = 0;
@@ -226,7 +161,7 @@ void SimulatedBus::ReadLine() {
 void SimulatedBus::Queue(const QByteArray& bytes) {
     if (m_characterTime == 0 && m_incoming.empty()) {
         m_wireTime = 0;
-        m_decoder.Feed(bytes);
+        Hear(bytes);
         return;
     }
     const qint64 start = std::max(Now(), m_inFree);
@@ -247,7 +182,7 @@ void SimulatedBus::Pump() {
         const Incoming piece = std::move(m_incoming.front());
         m_incoming.pop_front();
         m_wireTime = piece.due;
-        m_decoder.Feed(piece.bytes);
+        Hear(piece.bytes);
     }
     ArmTimer();
 }
@@ -289,122 +224,18 @@ qint64 SimulatedBus::WriteDue(qint64 now) {
     return 0;
 }
 
-SimulatedDevice::Answer SimulatedBus::Ask(const FrameDecoder::Command& command, bool& retry) {
-    SimulatedDevice* const device = Find(command.Address);
-    if (device == nullptr)
-        return {std::nullopt, QStringLiteral("no device has this address")};
-    if (device->Identity().Hub || device->Identity().Detached)
-        return {std::nullopt, QStringLiteral("it stands behind a hub")};
-    if (device->IsSilent())
-        return {std::nullopt, QStringLiteral("it is set silent")};
-    LastCommand& last = m_last[command.Address];
-    const QByteArray content = command.Raw.sliced(3, command.Raw.size() - 6);
-    if (last.content == content && last.ackCount == m_counters.Acks) {
-        retry = true;
-        return {last.reply, {}};
-    }
-    SimulatedDevice::Answer answer = device->Handle(command.Letter, command.Data);
-    if (answer.Content)
-        last = {content, *answer.Content, m_counters.Acks};
-    else
-        last = {};
-    return answer;
-}
-
-void SimulatedBus::Broadcast(const FrameDecoder::Command& command) {
-    for (const std::unique_ptr<SimulatedDevice>& device : m_devices) {
-        if (!device->IsSilent() && !device->Identity().Detached)
-            device->Hear(command.Letter, command.Data);
-    }
-}
-
-void SimulatedBus::HandleCommand(const FrameDecoder::Command& command) {
-    // What was read before the adapter was pulled has not come any more.
-    if (!IsOpen())
-        return;
-    ++m_counters.Commands;
-    const bool hangsUp = m_counters.Commands == quint64(m_faults.Settings().HangUpAfter);
-    const Faults::Plan plan = m_faults.Next();
-    const bool broadcast = command.Address == frames::Broadcast;
-
-    SimulatedDevice::Answer answer;
-    bool retry = false;
-    if (!command.Fault.isEmpty()) {
-        ++m_counters.Bad;
-        answer.Silence = command.Fault;
-    } else if (plan.DropRequest) {
-        answer.Silence = QStringLiteral("fault, the request was lost");
-    } else if (broadcast) {
-        Broadcast(command);
-    } else {
-        answer = Ask(command, retry);
-    }
-    m_counters.Retries += retry ? 1 : 0;
-
-    QString who;
-    QString what;
-    if (m_transcript.IsOn()) {
-        const SimulatedDevice* const device = Find(command.Address);
-        who = broadcast           ? QStringLiteral("all")
-              : device != nullptr ? device->Title()
-                                  : QStringLiteral("address %1").arg(command.Address);
-        QString meaning = broadcast           ? commands::BroadcastMeaning(command.Letter)
-                          : device != nullptr ? device->Meaning(command.Letter)
-                                              : QString();
-        if (const auto* const hub = dynamic_cast<const DeviceHub*>(device); hub != nullptr && command.Letter == 'N')
-            meaning += u' ' + hub->RelayedMeaning(command.Data);
-        what = Transcript::Readable(QByteArray(1, command.Letter)) + u' ' + meaning;
-        const QString remark = retry ? QStringLiteral("retry, not applied") : command.Fault;
-        m_transcript.Frame(true, who, command.Sequence, what.trimmed(), command.Data, command.Raw, remark);
-    }
-    if (hangsUp) {
-        HangUp();
-        return;
-    }
-    if (!answer.Content) {
-        if (!answer.Silence.isEmpty())
-            m_transcript.Remark(QStringLiteral("silent: ") + answer.Silence);
-        return;
-    }
-    if (plan.DropReply) {
-        m_transcript.Remark(QStringLiteral("silent: fault, the reply was lost"));
-        return;
-    }
-    SendReply(command, *answer.Content, plan, who, what);
-}
-
-void SimulatedBus::SendReply(const FrameDecoder::Command& command, const QByteArray& content, const Faults::Plan& plan,
-                             const QString& who, const QString& what) {
-    QByteArray bytes = frames::BuildFrame(
-        frames::Body(command.Address, command.Sequence, command.Letter, frames::EscapeData(content)));
-    Faults::Corrupt(bytes, plan);
-    ++m_counters.Replies;
-    if (m_transcript.IsOn()) {
-        const FrameDecoder::Command reply = FrameDecoder::Decode(bytes);
-        QStringList remarks;
-        if (!reply.Fault.isEmpty())
-            remarks += reply.Fault;
-        if (reply.Address != command.Address || reply.Sequence != command.Sequence || reply.Letter != command.Letter)
-            remarks += QStringLiteral("the head does not fit the request");
-        if (plan.Delay)
-            remarks += QStringLiteral("late");
-        if (!plan.Noise.isEmpty())
-            remarks += QStringLiteral("behind noise ") + QString::fromLatin1(plan.Noise.toHex(' '));
-        m_transcript.Frame(false, who, reply.Sequence, what.trimmed(), reply.Data, bytes,
-                           remarks.join(QStringLiteral(", ")));
-    }
-    bytes.prepend(plan.Noise);
-
-    const bool sliced = plan.Slice && m_characterTime < SliceGap;
+void SimulatedBus::Send(const Answer& answer) {
+    const bool sliced = answer.isSliced && m_characterTime < SliceGap;
     const qint64 gap = sliced ? SliceGap : m_characterTime;
+    const bool isLate = answer.lateMilliseconds > 0;
     qint64 start = m_wireTime;
-    if (start == 0 && (gap > 0 || plan.Delay || !m_outgoing.empty()))
+    if (start == 0 && (gap > 0 || isLate || !m_outgoing.empty()))
         start = Now();
-    if (plan.Delay)
-        start += m_faults.Settings().DelayMilliseconds * Millisecond;
+    start += answer.lateMilliseconds * Millisecond;
     start = std::max(start, m_outFree);
-    m_outgoing.push_back({start, gap, plan.Slice ? 0 : PacedBurst, bytes});
-    m_outFree = gap > 0 || plan.Delay ? start + bytes.size() * gap : m_outFree;
+    const QByteArray& bytes = answer.bytes;
+    m_outgoing.push_back({start, gap, answer.isSliced ? 0 : PacedBurst, bytes});
+    m_outFree = gap > 0 || isLate ? start + bytes.size() * gap : m_outFree;
     if (start == 0 && m_outgoing.size() == 1)
         WriteDue(1);
     if (!m_outgoing.empty())

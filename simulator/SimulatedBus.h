@@ -1,42 +1,23 @@
 #pragma once
 
-#include "simulator/DeviceHub.h"
-#include "simulator/Faults.h"
-#include "simulator/FrameDecoder.h"
-#include "simulator/SimulatedDevice.h"
-#include "simulator/TicketPrinter.h"
-#include "simulator/Transcript.h"
+#include "simulator/DeviceBus.h"
 
 #include <QObject>
 #include <QTimer>
 
-#include <array>
 #include <deque>
-#include <memory>
-#include <vector>
 
 class QSocketNotifier;
 
-/// A serial bus in software: a pseudo-terminal with all devices of an installation behind it.
+/// A serial bus in software: the devices of an installation behind a pseudo-terminal.
 ///
 /// Lives on the event loop. Unpaced, a reply is written in the very turn in which its request was read. Paced, both
 /// directions run at the baud rate, ten bits a character: a command is heard when its last character would be through,
 /// and no reply character is seen before its time. Times are reckoned on the wire, so that late wake-ups do not add up.
-///
-/// A command equal to the last one at its address but for the sequence, with no ACK between, is a retry: answered as
-/// before, not carried out again.
-class SimulatedBus final : public QObject {
+class SimulatedBus final : public QObject, public DeviceBus {
     Q_OBJECT
 
 public:
-    struct Counters {
-        quint64 Commands = 0; ///< frames that came, good or bad
-        quint64 Bad = 0;      ///< of these: bad check sum, wrong length, too short
-        quint64 Retries = 0;
-        quint64 Replies = 0; ///< replies that were sent, damaged ones too
-        quint64 Acks = 0;
-    };
-
     explicit SimulatedBus(const BusInstallation& installation, QObject* parent = nullptr);
     ~SimulatedBus() override;
 
@@ -44,11 +25,6 @@ public:
     void SetLinkPath(const QString& path) { m_linkPath = path; }
     /// Bits per second of both directions; 0 for no pacing. Takes effect with the next character.
     void SetBaudRate(int baudRate);
-    /// Restarts the dice. Makes exactly the addresses of `Silent` silent.
-    void SetFaults(const FaultSettings& settings);
-    /// @return false if no device has this address.
-    bool SetSilent(int address, bool silent);
-
     /// Opens the pseudo-terminal, again after a `HangUp`; the slave may then have another name.
     /// @return what failed, empty on success.
     QString Open();
@@ -58,27 +34,19 @@ public:
     /// The device name for the station, such as "/dev/pts/3"; empty while closed.
     QString SlavePath() const { return m_slavePath; }
 
-    Transcript& Log() { return m_transcript; }
-    const Counters& Counts() const { return m_counters; }
-
-    const std::vector<std::unique_ptr<SimulatedDevice>>& Devices() const { return m_devices; }
-    /// Null if no device has this address.
-    SimulatedDevice* Find(int address) const;
-    /// The device of that address if it is of class `T`, else null.
-    template <typename T>
-    T* FindAs(int address) const {
-        return dynamic_cast<T*>(Find(address));
-    }
-
-    /// What each device holds now.
-    QString Summary() const;
-
 Q_SIGNALS:
     /// The closing `N` of a load has reached a printer.
     void PrinterLoaded(int address);
     /// A printer has printed the last of its `PrintedTickets`.
     void TicketPrinted(int address);
     void HungUp();
+
+protected:
+    void Send(const Answer& answer) override;
+    void Pull() override { HangUp(); }
+    bool IsJoined() const override { return IsOpen(); }
+    void NoteLoaded(int address) override { Q_EMIT PrinterLoaded(address); }
+    void NotePrinted(int address) override { Q_EMIT TicketPrinted(address); }
 
 private:
     struct Incoming {
@@ -92,11 +60,6 @@ private:
         QByteArray bytes;
         qsizetype sent = 0;
     };
-    struct LastCommand {
-        QByteArray content; ///< all but sequence and check sum
-        QByteArray reply;
-        quint64 ackCount = 0;
-    };
 
     void ReadLine();
     void Queue(const QByteArray& bytes);
@@ -104,22 +67,8 @@ private:
     void ArmTimer();
     /// @return the moment of the next character to write, 0 if there is none.
     qint64 WriteDue(qint64 now);
-    void HandleCommand(const FrameDecoder::Command& command);
-    void Broadcast(const FrameDecoder::Command& command);
-    /// The content of the reply, or silence; tells by `retry` whether the command was carried out before.
-    SimulatedDevice::Answer Ask(const FrameDecoder::Command& command, bool& retry);
-    void SendReply(const FrameDecoder::Command& command, const QByteArray& content, const Faults::Plan& plan,
-                   const QString& who, const QString& what);
     void WaitForSlave();
     void Forget();
-
-    std::vector<std::unique_ptr<SimulatedDevice>> m_devices;
-    std::array<SimulatedDevice*, 256> m_byAddress{};
-    std::array<LastCommand, 256> m_last;
-    FrameDecoder m_decoder;
-    Faults m_faults;
-    Transcript m_transcript;
-    Counters m_counters;
 
     QString m_linkPath;
     QString m_slavePath;

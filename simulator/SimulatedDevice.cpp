@@ -20,6 +20,32 @@ QString SimulatedDevice::Meaning(char letter) const {
                              letter);
 }
 
+SimulatedDevice::Answer SimulatedDevice::Carry(char letter, const QByteArray& data) {
+    if (m_silent)
+        return Refused(QStringLiteral("it is set silent"));
+    for (const Deafness& deaf : m_deaf) {
+        if (deaf.Covers(letter, data))
+            return Refused(QStringLiteral("it is deaf to this command"));
+    }
+    Answer answer = Handle(letter, data);
+    if (m_forgetful)
+        Forget();
+    return answer;
+}
+
+QJsonObject SimulatedDevice::State() const {
+    QJsonObject state{{QStringLiteral("class"), DeviceClassName(m_identity.Class)},
+                      {QStringLiteral("address"), m_identity.Address},
+                      {QStringLiteral("number"), m_identity.Number},
+                      {QStringLiteral("name"), m_identity.Name}};
+    if (m_identity.Hub)
+        state[QStringLiteral("hub")] = *m_identity.Hub;
+    if (!m_clock.isEmpty())
+        state[QStringLiteral("clock")] = ClockSummary();
+    AddState(state);
+    return state;
+}
+
 void SimulatedDevice::Hear(char, const QByteArray&) {}
 
 SimulatedDevice::Answer SimulatedDevice::Reply(const QByteArray& content) {

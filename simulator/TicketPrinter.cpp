@@ -4,6 +4,8 @@
 #include "link/Frames.h"
 #include "platform/AnsiText.h"
 
+#include <QJsonArray>
+
 #include <algorithm>
 
 namespace {
@@ -270,4 +272,49 @@ QString TicketPrinter::Summary() const {
                     : QStringLiteral("    printed: ticket %1 of service %2\n").arg(ticket.Number).arg(ticket.Service);
     }
     return text;
+}
+
+void TicketPrinter::PowerUp() {
+    SimulatedDevice::PowerUp();
+    m_formTransfer = m_logoTransfer = m_letterTransfer = {};
+}
+
+void TicketPrinter::Forget() {
+    PowerUp();
+    m_buttons.reset();
+    m_loadFlag = '0';
+    m_rows.clear();
+    m_form.clear();
+    m_logos.clear();
+    m_letters.clear();
+}
+
+void TicketPrinter::AddState(QJsonObject& state) const {
+    if (m_buttons) {
+        QJsonArray buttons;
+        for (const quint8 button : *m_buttons)
+            buttons += button;
+        state[QStringLiteral("buttons")] = buttons;
+        state[QStringLiteral("loadFlag")] = QString(QLatin1Char(m_loadFlag));
+    }
+    QJsonArray rows;
+    for (const auto& [index, row] : m_rows) {
+        rows += QJsonObject{{QStringLiteral("index"), index},
+                            {QStringLiteral("series"), row.SeriesIndex},
+                            {QStringLiteral("name"), ansi::Decode(row.Name)},
+                            {QStringLiteral("description"), ansi::Decode(row.Description)}};
+    }
+    state[QStringLiteral("services")] = rows;
+    state[QStringLiteral("form")] = QString::fromLatin1(m_form.toHex());
+    state[QStringLiteral("logos")] = QString::fromLatin1(m_logos.toHex());
+    state[QStringLiteral("letters")] = QString::fromLatin1(m_letters.toHex());
+    state[QStringLiteral("flags")] = QString::fromLatin1(Flags());
+    state[QStringLiteral("loads")] = m_loads;
+    QJsonArray tickets;
+    for (const Ticket& ticket : m_tickets) {
+        tickets += QJsonObject{{QStringLiteral("button"), ticket.Button},
+                               {QStringLiteral("service"), ticket.Service},
+                               {QStringLiteral("number"), ticket.Number}};
+    }
+    state[QStringLiteral("tickets")] = tickets;
 }

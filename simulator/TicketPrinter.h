@@ -59,6 +59,11 @@ public:
     /// `R` and `U` set the clock.
     void Hear(char letter, const QByteArray& data) override;
     QString Summary() const override;
+    void PowerUp() override;
+    void Forget() override;
+
+protected:
+    void AddState(QJsonObject& state) const override;
 
 private:
     /// A block that comes in chunks between a begin and an end command.

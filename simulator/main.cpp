@@ -1,12 +1,15 @@
 // Plays all devices of an installation behind a pseudo-terminal.
 
+#include "platform/WholeFile.h"
 #include "simulator/BusConsole.h"
 #include "simulator/SimulatedBus.h"
 #include "simulator/TicketPictures.h"
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
+#include <QJsonDocument>
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <algorithm>
 #include <array>
@@ -50,6 +53,7 @@ constexpr Probability Probabilities[] = {
     {"corrupt", "Part of the replies with one changed byte, 0 to 1.", &FaultSettings::Corrupt},
     {"delay", "Part of the replies that come late, 0 to 1.", &FaultSettings::Delay},
     {"noise", "Part of the replies with noise before them, 0 to 1.", &FaultSettings::Noise},
+    {"foreign", "Part of the replies that bear another device's address, 0 to 1.", &FaultSettings::Foreign},
     {"slice", "Part of the replies that come byte by byte, 0 to 1.", &FaultSettings::Slice},
 };
 
@@ -62,6 +66,33 @@ bool ReadNumber(const QCommandLineParser& parser, const QString& name, int& valu
     if (!reads || value < 0)
         problem = QStringLiteral("--%1: \"%2\" is no number from 0").arg(name, parser.value(name));
     return problem.isEmpty();
+}
+
+/// The addresses of devices that an option names. @return what is wrong, or nothing.
+QString ReadAddresses(const QCommandLineParser& parser, const QString& name, const BusInstallation& installation,
+                      std::set<quint8>& addresses) {
+    for (const QString& text : parser.values(name)) {
+        bool reads = false;
+        const int address = text.toInt(&reads);
+        const auto& devices = installation.Devices();
+        if (!reads || std::none_of(devices.begin(), devices.end(),
+                                   [address](const BusDevice& device) { return device.Address == address; }))
+            return QStringLiteral("--%1: no device at address \"%2\"").arg(name, text);
+        addresses.insert(static_cast<quint8>(address));
+    }
+    return {};
+}
+
+/// "P" or "M:0".
+std::optional<Deafness> ReadDeafness(const QString& text) {
+    constexpr int LastRow = 255;
+    const QString row = text.section(u':', 1);
+    bool reads = false;
+    const int number = row.toInt(&reads);
+    const bool isLetter = text.section(u':', 0, 0).size() == 1 && text.front() >= u'A' && text.front() <= u'Z';
+    if (!isLetter || (text.contains(u':') && (!reads || number < 0 || number > LastRow)))
+        return std::nullopt;
+    return Deafness{text.front().toLatin1(), reads ? std::optional(number) : std::nullopt};
 }
 
 QString ReadFaults(const QCommandLineParser& parser, const BusInstallation& installation, FaultSettings& faults) {
@@ -77,22 +108,23 @@ QString ReadFaults(const QCommandLineParser& parser, const BusInstallation& inst
         faults.*probability.field = value;
     }
     int seed = 1;
+    if (!ReadNumber(parser, QStringLiteral("late"), faults.LateMilliseconds, problem))
+        return problem;
+    faults.Echo = parser.isSet(QStringLiteral("echo"));
+    faults.Forget = parser.isSet(QStringLiteral("forget"));
+    for (const QString& text : parser.values(QStringLiteral("deaf"))) {
+        const std::optional<Deafness> deaf = ReadDeafness(text);
+        if (!deaf)
+            return QStringLiteral("--deaf: \"%1\" is no letter, nor a letter, \":\" and a row from 0 to 255").arg(text);
+        faults.Deaf.push_back(*deaf);
+    }
     if (!ReadNumber(parser, QStringLiteral("delay-ms"), faults.DelayMilliseconds, problem) ||
         !ReadNumber(parser, QStringLiteral("hang-up-after"), faults.HangUpAfter, problem) ||
         !ReadNumber(parser, QStringLiteral("seed"), seed, problem))
         return problem;
     faults.Seed = static_cast<quint32>(seed);
-    for (const QString& text : parser.values(QStringLiteral("silent"))) {
-        bool reads = false;
-        const int address = text.toInt(&reads);
-        bool known = false;
-        for (const BusDevice& device : installation.Devices())
-            known = known || (reads && device.Address == address);
-        if (!known)
-            return QStringLiteral("--silent: no device at address \"%1\"").arg(text);
-        faults.Silent.insert(static_cast<quint8>(address));
-    }
-    return {};
+    problem = ReadAddresses(parser, QStringLiteral("silent"), installation, faults.Silent);
+    return problem.isEmpty() ? ReadAddresses(parser, QStringLiteral("twin"), installation, faults.Twins) : problem;
 }
 
 /// Only pictures need a graphical application, without a screen.
@@ -118,9 +150,18 @@ void AddOptions(QCommandLineParser& parser) {
         {QStringLiteral("baud"), QStringLiteral("Keep to this baud rate in both directions."), number},
         {QStringLiteral("transcript"), QStringLiteral("Append what goes over the line to this file."), path},
         {QStringLiteral("tickets"), QStringLiteral("Folder in which to save each printed ticket as a picture."), path},
+        {QStringLiteral("state"), QStringLiteral("Keep what the devices hold in this file, as JSON."), path},
+        {QStringLiteral("control"), QStringLiteral("Local socket that takes the commands as well."), path},
         {QStringLiteral("print-path"), QStringLiteral("Print the bare device name at start.")},
         {QStringLiteral("delay-ms"), QStringLiteral("How late late replies are, 100 ms by default."), number},
+        {QStringLiteral("late"), QStringLiteral("Every reply comes so many milliseconds late."), number},
         {QStringLiteral("silent"), QStringLiteral("Address that never answers; may be repeated."), number},
+        {QStringLiteral("twin"), QStringLiteral("Address at which two devices answer; may be repeated."), number},
+        {QStringLiteral("deaf"),
+         QStringLiteral("Command that no device takes, such as P, or M:0 for the first row; may be repeated."),
+         QStringLiteral("letter[:row]")},
+        {QStringLiteral("echo"), QStringLiteral("The adapter lets the station hear what it sends.")},
+        {QStringLiteral("forget"), QStringLiteral("Devices answer everything and keep nothing.")},
         {QStringLiteral("hang-up-after"), QStringLiteral("Pull the adapter after this many frames."), number},
         {QStringLiteral("seed"), QStringLiteral("Seed of the faults, 1 by default."), number},
     });
@@ -157,6 +198,23 @@ void Report(SimulatedBus& bus, TicketPictures* pictures) {
         const QString saved = pictures->Save(*bus.FindAs<TicketPrinter>(address));
         Print(saved.isEmpty() ? QStringLiteral("the picture of a ticket could not be saved\n") : saved + u'\n');
     });
+}
+
+/// Keeps the state of the devices in a file, at most once a second.
+void KeepState(SimulatedBus& bus, const QString& path) {
+    const auto write = [&bus, path] {
+        const Result<> written = WriteWhole(path, QJsonDocument(bus.State()).toJson());
+        if (!written)
+            Print(written.Error() + u'\n');
+    };
+    write();
+    auto* const timer = new QTimer(&bus);
+    QObject::connect(timer, &QTimer::timeout, &bus, [&bus, write, last = bus.Counts().Commands]() mutable {
+        if (std::exchange(last, bus.Counts().Commands) != last)
+            write();
+    });
+    timer->start(1000);
+    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &bus, write);
 }
 
 /// Signals print what the bus holds; all but SIGUSR1 then end the program.
@@ -211,6 +269,13 @@ int main(int argc, char** argv) {
     if (!ListenToSignals(bus))
         return Fail(QStringLiteral("no pipe for signals"));
     BusConsole console(bus);
+    if (parser.isSet(QStringLiteral("control"))) {
+        problem = console.Listen(parser.value(QStringLiteral("control")));
+        if (!problem.isEmpty())
+            return Fail(problem);
+    }
+    if (parser.isSet(QStringLiteral("state")))
+        KeepState(bus, parser.value(QStringLiteral("state")));
     QObject::connect(&console, &BusConsole::QuitAsked, application.get(), &QCoreApplication::quit,
                      Qt::QueuedConnection);
     return QCoreApplication::exec();

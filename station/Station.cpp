@@ -28,15 +28,16 @@ Outcome Busy() {
 
 } // namespace
 
-Station::Station(const ProgramFolders& folders, Clock& stationClock, Dialogs& stationDialogs)
+Station::Station(const ProgramFolders& folders, const Machine& machine)
     : ProgramFolder(folders.user)
     , InstallFolder(folders.install)
-    , clock(stationClock)
-    , dialogs(stationDialogs)
+    , clock(machine.clock)
+    , dialogs(machine.dialogs)
     , operationBoxes(dialogs)
     , log(ProgramFolder, clock)
     , ini(ProgramFolder + QStringLiteral("/Tallora.ini"))
     , installation(std::make_unique<model::Installation>())
+    , control(machine.line)
     , line(control, ini, dialogs, clock)
     , bus(control, clock, log)
     , trace(bus, clock)

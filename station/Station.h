@@ -17,9 +17,9 @@
 #include "link/Bus.h"
 #include "link/BusTrace.h"
 #include "link/CommLine.h"
+#include "platform/Line.h"
 #include "platform/Outcome.h"
 #include "platform/PlacedDialogs.h"
-#include "platform/SerialControl.h"
 #include "printers/PrinterConfig.h"
 #include "printers/TicketForms.h"
 #include "station/DataMaintenance.h"
@@ -46,8 +46,14 @@ class Station : public ::QObject {
     Q_OBJECT
 
 public:
-    /// @param clock, dialogs  must outlive the station.
-    Station(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs);
+    /// What the machine gives; all must outlive the station.
+    struct Machine {
+        Clock& clock;
+        ::Line& line;
+        Dialogs& dialogs;
+    };
+
+    Station(const ProgramFolders& folders, const Machine& machine);
     ~Station() override;
 
     /// The folder of settings, log, backups and data files.
@@ -230,7 +236,7 @@ protected:
     Options options;
     const std::unique_ptr<model::Installation> installation;
 
-    SerialControl control;
+    ::Line& control;
     CommLine line;
     Bus bus;
     BusTrace trace;

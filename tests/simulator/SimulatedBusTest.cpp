@@ -5,6 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLocalSocket>
+#include <QTemporaryDir>
+
 namespace {
 
 using Content = std::optional<QByteArray>;
@@ -223,6 +228,89 @@ TEST_F(SimulatedBusTest, DelayedAndSlicedRepliesComeWhole) {
     EXPECT_EQ(client.Ask(32, 'P'), "000001");
     EXPECT_GE(time.elapsed(), 30);
     EXPECT_EQ(client.Ask(40, 'S'), Content());
+}
+
+TEST_F(SimulatedBusTest, LiesInEachWayThatLinesAndDevicesDo) {
+    BusClient client(m_bus);
+    const QByteArray status = frames::BuildFrame(frames::Body(32, '4', 'P', {}));
+    const QByteArray answer = frames::BuildFrame(frames::Body(32, '4', 'P', "000001"));
+    const auto exchange = [&](const FaultSettings& faults, qsizetype length) {
+        m_bus.SetFaults(faults);
+        client.Write(status);
+        QByteArray heard;
+        EXPECT_TRUE(WaitUntil([&] { return (heard += client.Read()).size() >= length; }));
+        client.Ack();
+        return heard;
+    };
+    FaultSettings echo;
+    echo.Echo = true;
+    echo.Silent = {32};
+    EXPECT_EQ(exchange(echo, status.size()), status) << "the answer of an empty line";
+    EXPECT_TRUE(WaitUntil([&] { return client.Read() == QByteArray(1, frames::Ack); }));
+    FaultSettings foreign;
+    foreign.Foreign = 1;
+    const QByteArray other = exchange(foreign, answer.size());
+    EXPECT_EQ(other.mid(2), frames::BuildFrame(frames::Body(quint8(other[1] - '0'), '4', 'P', "000001")).mid(2));
+    EXPECT_NE(other, answer);
+    FaultSettings twins;
+    twins.Twins = {32};
+    EXPECT_EQ(exchange(twins, 2 * answer.size()), answer + answer);
+
+    FaultSettings deaf;
+    deaf.Deaf = {{'M', 1}, {'P', {}}};
+    m_bus.SetFaults(deaf);
+    EXPECT_TRUE(client.Ask(32, 'K', "0205071"));
+    EXPECT_TRUE(client.Ask(32, 'M', Row(0, 0, "Cash", "")));
+    EXPECT_EQ(client.Ask(32, 'M', Row(1, 0, "Loan", "")), Content());
+    EXPECT_EQ(client.Ask(64, 'N', "QP"), Content()) << "behind a hub too";
+    EXPECT_EQ(m_printer.ServiceRows().size(), 1u);
+
+    FaultSettings forget;
+    forget.Forget = true;
+    m_bus.SetFaults(forget);
+    EXPECT_TRUE(client.Ask(32, 'K', "0205071"));
+    EXPECT_EQ(client.Ask(32, 'P'), "000001");
+}
+
+TEST_F(SimulatedBusTest, APowerCycleLosesWhatWasJustComing) {
+    BusClient client(m_bus);
+    LoadTables(client);
+    EXPECT_TRUE(client.Ask(32, 'S', Clock));
+    EXPECT_TRUE(client.Ask(32, 'G'));
+    EXPECT_TRUE(client.Ask(32, 'J', "abc"));
+    EXPECT_TRUE(m_bus.PowerCycle(32));
+    EXPECT_TRUE(client.Ask(32, 'T'));
+    EXPECT_EQ(m_printer.Letters(), QByteArray());
+    EXPECT_EQ(m_printer.ClockText(), QByteArray());
+    EXPECT_EQ(m_printer.ServiceRows().size(), 2u);
+}
+
+TEST_F(SimulatedBusTest, TheStateIsToldToPrograms) {
+    BusClient client(m_bus);
+    LoadTables(client);
+    EXPECT_TRUE(client.Ask(64, 'W', "108"));
+    const QTemporaryDir folder;
+    BusConsole console(m_bus);
+    const QString path = folder.filePath(QStringLiteral("control"));
+    ASSERT_EQ(console.Listen(path), QString());
+    QLocalSocket program;
+    program.connectToServer(path);
+    program.write("state\n");
+    ASSERT_TRUE(WaitUntil([&] { return program.canReadLine(); }));
+    const QJsonArray devices =
+        QJsonDocument::fromJson(program.readLine()).object()[QStringLiteral("devices")].toArray();
+    ASSERT_EQ(devices.size(), 7);
+    for (const auto& device : devices) {
+        const QJsonObject state = device.toObject();
+        const int address = state[QStringLiteral("address")].toInt();
+        if (address == 32) {
+            EXPECT_EQ(state[QStringLiteral("services")].toArray().at(1)[QStringLiteral("series")].toInt(), 1);
+            EXPECT_EQ(state[QStringLiteral("flags")].toString(), QStringLiteral("110001"));
+        }
+        if (address == 64) {
+            EXPECT_EQ(state[QStringLiteral("members")].toArray().at(0)[QStringLiteral("address")].toInt(), 8);
+        }
+    }
 }
 
 TEST_F(SimulatedBusTest, PacingKeepsToTheWireTime) {

@@ -66,7 +66,8 @@ TEST_F(RunnerTest, TheEndCutsAnOperationOffWhereItStands) {
         for (int commands = 1;; ++commands) {
             TestClock clock;
             TestDialogs dialogs;
-            OpenStation station({m_folder.path(), m_folder.path()}, clock, dialogs);
+            SerialControl port;
+            OpenStation station({m_folder.path(), m_folder.path()}, {clock, port, dialogs});
             ASSERT_TRUE(station.OpenStore(m_store).IsDone());
             ASSERT_TRUE(station.database.Run(
                 {QStringLiteral("INSERT INTO rData (ServiceId, TicketNo, Flags) VALUES (1, 1007, 0)")}));

@@ -31,7 +31,7 @@ TEST_F(TestConsoleTest, EachButtonSendsItsCommand) {
     // Nobody is on this line: only what goes out counts.
     PseudoTerminal nobody;
     m_devices.reset();
-    SerialControl& control = m_station.control;
+    Line& control = m_station.control;
     ASSERT_TRUE(control.SetPort(nobody.Path(), QStringLiteral("115200,n,8,1")));
     ASSERT_TRUE(control.Open());
     m_clock.Time = QDateTime(QDate(2016, 12, 31), QTime(23, 59, 59));
@@ -240,7 +240,8 @@ TEST_F(TestConsoleTest, PollAndPrinterLoadDoNotHoldEachOtherUp) {
     HastyClock clock;
     TestDialogs dialogs;
     QTemporaryDir folder;
-    OpenStation station({folder.path(), folder.path()}, clock, dialogs);
+    SerialControl port;
+    OpenStation station({folder.path(), folder.path()}, {clock, port, dialogs});
     station.database.OpenDatabase(m_store);
     (void)station.reload.ReloadAll();
     station.line.Settings = {

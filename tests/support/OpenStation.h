@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/SerialControl.h"
 #include "station/Station.h"
 #include "tests/support/TestClock.h"
 #include "tests/support/TestDialogs.h"
@@ -44,5 +45,6 @@ protected:
     QString m_store = Path(QStringLiteral("Harbinet.mdb"));
     TestClock m_clock;
     TestDialogs m_dialogs;
-    OpenStation m_station{{m_folder.path(), m_folder.path()}, m_clock, m_dialogs};
+    SerialControl m_port;
+    OpenStation m_station{{m_folder.path(), m_folder.path()}, {m_clock, m_port, m_dialogs}};
 };
