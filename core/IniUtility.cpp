@@ -110,6 +110,28 @@ QByteArray LineEndOf(const QByteArrayList& lines) {
     return !lines.isEmpty() && lines.first().endsWith("\r\n") ? QByteArrayLiteral("\r\n") : QByteArrayLiteral("\n");
 }
 
+void Put(QByteArrayList& lines, const IniUtility::Setting& setting) {
+    const QByteArray lineEnd = LineEndOf(lines);
+    if (!lines.isEmpty() && !lines.last().endsWith('\n'))
+        lines.last() += lineEnd;
+    QString oneLine = setting.value;
+    oneLine.replace(u'\r', u' ').replace(u'\n', u' ');
+    const Place place = Find(lines, setting.section, setting.key);
+    if (place.keyLine >= 0) {
+        QByteArray& line = lines[place.keyLine];
+        const QByteArray ownEnd = line.endsWith("\r\n") ? QByteArrayLiteral("\r\n") : QByteArrayLiteral("\n");
+        line = line.first(line.indexOf('=') + 1) + oneLine.toUtf8() + ownEnd;
+        return;
+    }
+    const QByteArray line = (setting.key + u'=' + oneLine).toUtf8() + lineEnd;
+    if (place.sectionEnd >= 0) {
+        lines.insert(place.sectionEnd, line);
+    } else {
+        lines += '[' + setting.section.toUtf8() + ']' + lineEnd;
+        lines += line;
+    }
+}
+
 } // namespace
 
 Result<> IniUtility::Check() const {
@@ -135,32 +157,17 @@ bool IniUtility::ReadIni(const QString& section, const QString& key, QString& va
 }
 
 bool IniUtility::WriteIni(const QString& section, const QString& key, const QString& value) const {
-    // A file that is there but cannot be read must not be replaced by one that holds this key alone.
+    return WriteAll({{section, key, value}});
+}
+
+bool IniUtility::WriteAll(const std::vector<Setting>& settings) const {
+    // A file that is there but cannot be read must not be replaced by one that holds these keys alone.
     const std::optional<QByteArray> content = ReadSettings(IniPath);
     if (!content)
         return false;
     QByteArrayList lines = LinesOf(*content);
-    const QByteArray lineEnd = LineEndOf(lines);
-    if (!lines.isEmpty() && !lines.last().endsWith('\n'))
-        lines.last() += lineEnd;
-
-    QString oneLine = value;
-    oneLine.replace(u'\r', u' ').replace(u'\n', u' ');
-    const Place place = Find(lines, section, key);
-    if (place.keyLine >= 0) {
-        QByteArray& line = lines[place.keyLine];
-        const QByteArray ownEnd = line.endsWith("\r\n") ? QByteArrayLiteral("\r\n") : QByteArrayLiteral("\n");
-        line = line.first(line.indexOf('=') + 1) + oneLine.toUtf8() + ownEnd;
-    } else {
-        const QByteArray line = (key + u'=' + oneLine).toUtf8() + lineEnd;
-        if (place.sectionEnd >= 0) {
-            lines.insert(place.sectionEnd, line);
-        } else {
-            lines += '[' + section.toUtf8() + ']' + lineEnd;
-            lines += line;
-        }
-    }
-
+    for (const Setting& setting : settings)
+        Put(lines, setting);
     return static_cast<bool>(WriteWhole(IniPath, lines.join()));
 }
 

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <vector>
+
 /// Reads and writes the values of an ini file, the one that `IniPath` names.
 ///
 /// Sections and keys are compared without regard to case and to blanks around them; the first match wins. A value loses
@@ -30,6 +32,15 @@ public:
     /// Sets a value, making file, section and key as needed. Everything else in the file stays as it is, byte for byte,
     /// and the file is replaced as a whole. False if it could not be written; the old file then stays.
     bool WriteIni(const QString& section, const QString& key, const QString& value) const;
+
+    struct Setting {
+        QString section;
+        QString key;
+        QString value;
+    };
+
+    /// Sets several values together: all of them are in the file afterwards, or none is.
+    bool WriteAll(const std::vector<Setting>& settings) const;
 
     /// Undoes the scrambling of a stored password: character number i (from 1) holds the code of the clear character
     /// plus i squared, codes being those of the ANSI code page.

@@ -46,12 +46,12 @@ struct TicketRing {
 /// What a device on the bus is.
 enum ObjectType : quint8 { Counter = 0, Printer = 1, Display = 2, Hub = 3 };
 
-/// A service, from one enabled row of table `Queue`.
 /// The ticket number behind one. The largest has none behind it; it is held, not wrapped.
 inline qint32 NumberAfter(qint32 number) {
     return number == std::numeric_limits<qint32>::max() ? number : number + 1;
 }
 
+/// A service, from one enabled row of table `Queue`.
 struct QService {
     qint32 Id = 0;       ///< `q_Id`, fits 16 bits
     quint8 Button = 0;   ///< button of the ticket printer

@@ -208,15 +208,13 @@ Options ReadOptions(IniUtility& ini, EventLog& log) {
 bool WriteOptions(const Options& options, const QString& resetAt, const IniUtility& ini) {
     Options asTyped = options;
     asTyped.ResetAt = resetAt;
-    bool all = true;
+    std::vector<IniUtility::Setting> edited;
     for (const Setting& setting : Settings) {
-        if (setting.editedKey) {
-            all = ini.WriteIni(QString::fromLatin1(setting.section), QString::fromLatin1(setting.editedKey),
-                               TextOf(asTyped, setting)) &&
-                  all;
-        }
+        if (setting.editedKey)
+            edited.push_back({QString::fromLatin1(setting.section), QString::fromLatin1(setting.editedKey),
+                              TextOf(asTyped, setting)});
     }
-    return all;
+    return ini.WriteAll(edited);
 }
 
 bool IsTimeOfDay(const QString& typed) {

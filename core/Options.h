@@ -62,7 +62,7 @@ Options ReadOptions(IniUtility& ini, EventLog& log);
 
 /// Writes the keys that the options window edits.
 /// @param resetAt stands for `ResetAt` in the file, as the user typed it.
-/// @return false if one of them could not be written.
+/// @return false if they could not be written; the file is as it was then.
 bool WriteOptions(const Options& options, const QString& resetAt, const IniUtility& ini);
 
 /// Whether a text that a user typed is such a time of day.

@@ -70,8 +70,9 @@ Result<> Database::Connect(const QString& path) {
         return read;
     if (const Result<> checked = CheckTables(m_file); !checked)
         return checked;
+    // EXTRA: a change that was reported lasts through a power cut even before the journal's removal is on the disk.
     for (const QString& setting :
-         {QStringLiteral("PRAGMA journal_mode = DELETE"), QStringLiteral("PRAGMA synchronous = FULL"),
+         {QStringLiteral("PRAGMA journal_mode = DELETE"), QStringLiteral("PRAGMA synchronous = EXTRA"),
           QStringLiteral("PRAGMA foreign_keys = OFF")}) {
         if (const Result<> done = m_file.Run({setting}); !done)
             return done;

@@ -26,10 +26,12 @@ QCoro::Task<QStringList> DeviceClocks::SetHubOption(qint16 ticketsCalled) {
 QCoro::Task<QStringList> DeviceClocks::SendToAll(model::ObjectType type, char letter, QByteArray data) {
     constexpr int OneTry = 1;
     QStringList silent;
+    m_isStopped = false;
     for (const qint16 index : m_installation.ObjectsOf(type)) {
         const model::QObject& object = m_installation.Object(index);
         const QString name = vni::ToUnicode(object.Name);
-        if (!OnDevice(name))
+        m_isStopped = !OnDevice(name);
+        if (m_isStopped)
             break;
         const Reply reply = co_await m_bus.SendCommand(object.Address, letter, data, Bus::DirectTimeout, OneTry);
         if (!reply.ok)

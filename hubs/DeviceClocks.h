@@ -25,8 +25,11 @@ public:
     /// The references must outlive this object.
     DeviceClocks(Bus& bus, const model::Installation& installation, const Clock& clock);
 
-    /// Called with the name of each device before something is sent to it.
+    /// Called with the name of each device before something is sent to it; false ends the run.
     std::function<bool(const QString&)> OnDevice = [](const QString&) { return true; };
+
+    /// The last run was ended so.
+    bool IsStopped() const { return m_isStopped; }
 
     QCoro::Task<QStringList> SetHubTime();
     QCoro::Task<QStringList> SetAllPrinterTimes();
@@ -40,4 +43,5 @@ private:
     Bus& m_bus;
     const model::Installation& m_installation;
     const Clock& m_clock;
+    bool m_isStopped = false;
 };

@@ -22,6 +22,8 @@ QCoro::Task<Outcome> HubOption::Apply(QString typed) {
     if (m_options.FromToval < Fewest || m_options.FromToval > Most)
         co_return Outcome::Refused(QStringLiteral("Valid value is 1..10"));
     const QStringList silent = co_await m_devices.SetHubOption(m_options.FromToval);
+    if (m_devices.IsStopped())
+        co_return Outcome::Cancelled();
     if (!silent.isEmpty())
         co_return Outcome::Silent(silent, QStringLiteral("Error on setting config to HUB(s)."));
     if (!m_ini.WriteIni(QStringLiteral("options"), QStringLiteral("FromToval"), QString::number(m_options.FromToval)))

@@ -57,7 +57,7 @@ Bus::~Bus() {
 
 QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data, Milliseconds timeout, int tries) {
     Reply reply;
-    if (m_closed)
+    if (m_closed || m_isFinishing)
         throw Ended();
     if (!m_line.IsOpen())
         co_return reply;
@@ -89,7 +89,7 @@ QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data
             EventLog::Warning);
     }
     for (int attempt = 0; attempt < tries && !reply.ok; ++attempt) {
-        if (!m_line.IsOpen())
+        if (!m_line.IsOpen() || (m_isFinishing && attempt > 0))
             break;
         const bool broadcast = address == frames::Broadcast;
         const char sequence = broadcast ? '*' : static_cast<char>('0' + m_sequenceNumber[address]);
@@ -244,13 +244,22 @@ void Bus::ResetSequenceNumbers() {
     std::fill_n(m_sequenceNumber.begin(), 32, quint8(0));
 }
 
-void Bus::Close() {
-    m_closed = true;
-    EndWait(Outcome::Failed);
+void Bus::EndQueue() {
     while (!m_queue.empty()) {
         Completion<bool>* waiting = m_queue.front();
         m_queue.pop_front();
         waiting->Finish(false);
     }
+}
+
+void Bus::Finish() {
+    m_isFinishing = true;
+    EndQueue();
+}
+
+void Bus::Close() {
+    m_closed = true;
+    EndWait(Outcome::Failed);
+    EndQueue();
     m_sending = false;
 }

@@ -58,6 +58,10 @@ public:
     /// A command is on the line.
     bool Sending() const { return m_sending; }
 
+    /// Lets the try that is on the line come to its end, and begins no other: the program is about to end. Commands that
+    /// wait, and every later one, throw `Ended`.
+    void Finish();
+
     /// Ends the running command, all that wait and every later one: the program is about to end.
     void Close();
 
@@ -96,6 +100,7 @@ private:
     void ArmDeadline(Clock::Instant due);
     void EndWait(Outcome outcome);
     void LeaveLine();
+    void EndQueue();
 
     Line& m_line;
     Clock& m_clock;
@@ -103,6 +108,7 @@ private:
     FrameReader m_reader;
     std::array<quint8, 256> m_sequenceNumber{};
     bool m_sending = false;
+    bool m_isFinishing = false;
     bool m_closed = false;
     std::deque<Completion<bool>*> m_queue;
     Completion<Outcome>* m_wait = nullptr;

@@ -35,8 +35,8 @@ bool CommLine::LoadCommSettings() {
 }
 
 bool CommLine::SaveCommSettings() {
-    const bool hasDevice = m_ini.WriteIni(Section(), QStringLiteral("Device"), Settings.CommName);
-    return m_ini.WriteIni(Section(), QStringLiteral("Baud"), Settings.CommBaud) && hasDevice;
+    return m_ini.WriteAll({{Section(), QStringLiteral("Device"), Settings.CommName},
+                           {Section(), QStringLiteral("Baud"), Settings.CommBaud}});
 }
 
 QCoro::Task<bool> CommLine::OpenPort() {

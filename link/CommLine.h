@@ -31,7 +31,7 @@ public:
 
     /// Reads keys Device and Baud. @return true only if both are there; without Device the three texts are empty.
     bool LoadCommSettings();
-    /// Writes both keys. @return whether the second write succeeded.
+    /// Writes both keys, or none. @return whether they were written.
     bool SaveCommSettings();
 
     /// Closes the line if it is open and opens it with `Settings`. If it is not open then, shows "COM port used by

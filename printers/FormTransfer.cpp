@@ -104,7 +104,7 @@ QCoro::Task<bool> FormTransfer::SendFormAndLogo(qint16 object, CompiledForm form
 QCoro::Task<Outcome> FormTransfer::SendToPrinter(qint16 object, CompiledForm form, Logos logos) {
     if (const QString fault = LogoFault(form, logos); !fault.isEmpty())
         co_return Outcome::Refused(fault);
-    m_isCancelled = false;
+    m_isCancelled = m_isUnanswered = false;
     const QString name = vni::ToUnicode(Printer(object).Name);
     co_await m_router.HubTransferBegin(object);
     const bool sent = co_await SendFormAndLogo(object, form, logos, Occasion::Designer);
@@ -115,7 +115,8 @@ QCoro::Task<Outcome> FormTransfer::SendToPrinter(qint16 object, CompiledForm for
         co_await m_dialogs.ShowMessage(BoxKind::Exclamation,
                                        QStringLiteral("Set ticket form to printer #%1 error!").arg(name));
         outcome = Outcome::Failed({});
-        outcome.silent += name;
+        if (m_isUnanswered)
+            outcome.silent += name;
     }
     co_await m_router.HubTransferEnd(object);
     co_return outcome;
@@ -131,6 +132,6 @@ QCoro::Task<Outcome> FormTransfer::SendFormToAllPrinters(CompiledForm form, Logo
         send, HubBracket::With, QStringLiteral("Set ticket form to printer #%1 error! Do you want to continue?"));
     Outcome outcome = failed.isEmpty() ? Outcome::Done(BoxKind::Information, QStringLiteral("Set done."))
                                        : Outcome::Failed(QStringLiteral("There're errors on setting ticket form."));
-    outcome.silent = failed;
+    outcome.silent = Silent();
     co_return outcome;
 }

@@ -20,9 +20,11 @@ const model::QObject& PrinterTransfer::Printer(qint16 object) const {
 QCoro::Task<QStringList> PrinterTransfer::SendToAll(Send send, HubBracket bracket, QString question) {
     QStringList failed;
     m_isCancelled = m_wasCancelled = false;
+    m_silent.clear();
     for (const qint16 object : m_installation.ObjectsOf(model::Printer)) {
         if (bracket == HubBracket::With)
             co_await m_router.HubTransferBegin(object);
+        m_isUnanswered = false;
         const bool sent = co_await send(object);
         bool goOn = true;
         if (!sent) {
@@ -30,6 +32,8 @@ QCoro::Task<QStringList> PrinterTransfer::SendToAll(Send send, HubBracket bracke
             goOn = !m_wasCancelled || !question.isEmpty();
             const QString name = vni::ToUnicode(Printer(object).Name);
             failed += name;
+            if (m_isUnanswered)
+                m_silent += name;
             if (!question.isEmpty())
                 goOn = co_await m_dialogs.AskYesNo(BoxKind::Exclamation, question.arg(name));
         }
@@ -45,6 +49,7 @@ QCoro::Task<bool> PrinterTransfer::SendFrame(qint16 object, char letter, QByteAr
     if (m_isCancelled)
         co_return false;
     const Reply reply = co_await m_router.SendToObject(object, letter, data, Bus::DirectTimeout, tries);
+    m_isUnanswered |= !reply.ok;
     co_return reply.ok;
 }
 

@@ -38,6 +38,9 @@ public:
     void Cancel() { m_isCancelled = true; }
     /// A walk over all printers was ended by `Cancel`.
     bool WasCancelled() const { return m_wasCancelled; }
+    /// Those of the printers that failed in the last walk over all, or the one that failed alone, that did not answer:
+    /// a cancelled one, or one for which a file was missing, is none of them.
+    const QStringList& Silent() const { return m_silent; }
 
 Q_SIGNALS:
     /// How far the transfer to one printer is: `done` of `total` frames of a phase ("form", "letters") have gone out;
@@ -72,6 +75,8 @@ protected:
     Dialogs& m_dialogs;
     EventLog& m_log;
     bool m_isCancelled = false;
+    bool m_isUnanswered = false; ///< some frame of the transfer to one printer
+    QStringList m_silent;
 
 private:
     bool m_wasCancelled = false;

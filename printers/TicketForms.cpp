@@ -158,6 +158,6 @@ QCoro::Task<Outcome> TicketForms::LoadVniFont(LetterSet letterSet) {
     Outcome outcome = failed.isEmpty() ? Outcome::Done() : Outcome::Failed({});
     outcome.kind = BoxKind::Information;
     outcome.text = QStringLiteral("Done.");
-    outcome.silent = failed;
+    outcome.silent = fonts.Silent();
     co_return outcome;
 }

@@ -189,6 +189,7 @@ QCoro::Task<> Station::End() {
     run.Stop();
     if (m_isBusy)
         log.WriteLog(QStringLiteral("The program ends while devices are being configured."), EventLog::Warning);
+    bus.Finish();
     for (int look = 0; look < LongestEndingWait && bus.Sending(); ++look)
         co_await clock.DelayMilliseconds(SendingCheck);
     CloseVoice();

@@ -49,7 +49,7 @@ QCoro::Task<Outcome> Station::LoadPrinters() {
     if (m_isCancelled)
         co_return Outcome::Cancelled();
     if (!failed.isEmpty())
-        co_return Outcome::Silent(failed, QStringLiteral("Error on setting config to all objects."));
+        co_return Outcome::Silent(printers.Silent(), QStringLiteral("Error on setting config to all objects."));
     co_return Outcome::Done(BoxKind::Information, QStringLiteral("Set config to all objects OK."));
 }
 

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "link/Bus.h"
+#include "tests/simulation/SimulatedLine.h"
+
+#include <map>
+
+/// What must hold on the line, whatever the devices do: one command at a time, each time-out in full and no longer,
+/// each answer used once and at once, an ACK behind each answer and nowhere else.
+class LineLaws : public QObject {
+public:
+    /// A command to one device: address, letter, and the device and letter inside of a relay.
+    using Command = QByteArray;
+
+    LineLaws(SimulatedLine& line, Timeline& timeline)
+        : m_line(line)
+        , m_timeline(timeline) {}
+
+    std::function<void(const QString& law)> OnBroken;
+    std::function<void(const Command& command, bool answered)> OnTried;
+
+    /// Follows a new station.
+    void Follow(Bus& bus);
+    /// The station ends: no further command may begin.
+    void ExpectNoCommand() { m_isEnding = true; }
+    /// The station has ended: nothing may be sent any more.
+    void ExpectSilence() { m_isEnded = true; }
+
+    void Written(const QByteArray& bytes);
+    void Delivered(const QByteArray& bytes);
+
+    quint64 Tries = 0;
+
+    static Command CommandOf(quint8 address, const QByteArray& frame);
+
+private:
+    struct Running {
+        Command command;
+        Timeline::Moment written;
+        std::chrono::milliseconds timeout;
+        Timeline::Moment passed;
+        bool wasBlocked;
+        int blocks; ///< of the line until then
+    };
+    struct Frame {
+        QByteArray bytes;
+        Timeline::Moment begun;
+        Timeline::Moment ended;
+        bool isTaken = true;
+    };
+
+    void Missed(bool isLineOpen);
+    void Taken(const QByteArray& frame);
+
+    SimulatedLine& m_line;
+    Timeline& m_timeline;
+    std::optional<Running> m_running;
+    Command m_lastMissed;
+    QByteArray m_coming;
+    Timeline::Moment m_begun{0};
+    Frame m_last;
+    quint64 m_answers = 0;
+    quint64 m_acks = 0;
+    bool m_isEnding = false;
+    bool m_isEnded = false;
+};

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "tests/simulation/Hall.h"
+#include "tests/simulation/LineLaws.h"
+#include "tests/simulation/SimulatedLine.h"
+#include "tests/simulation/SimulatedUser.h"
+#include "tests/support/OpenStation.h"
+
+#include <QTemporaryDir>
+
+#include <list>
+#include <set>
+
+struct sqlite3;
+
+/// What is to be simulated. The same plan gives the same trace on every machine.
+struct Plan {
+    quint64 seed = 1;
+    int acts = 40;                     ///< of the user and of fate
+    std::optional<std::set<int>> kept; ///< only these acts, by number, if not all
+    std::set<QString> without;         ///< kinds of fault that do not happen
+    bool isTraced = false;             ///< prints the trace
+    int idleHours = 0;                 ///< hours that the station runs on behind the acts
+    int transactions = 0;              ///< of a bench on a bad line, behind the acts
+};
+
+struct Report {
+    QString broken; ///< the law that was broken first, empty if none was
+    quint64 hash = 14695981039346656037ULL;
+    quint64 tries = 0;
+    double hours = 0;
+    std::set<int> actsDone;
+    std::set<QString> faults; ///< kinds that the world had
+};
+
+/// One hall with its station, from the first start to the last end, through kills and power cuts.
+class World {
+public:
+    explicit World(const Plan& plan);
+    ~World();
+
+    Report Run();
+
+private:
+    struct Running {
+        QString name;
+        bool runsAlone = false;
+        Timeline::Moment begun{0};
+        int editsBefore = 0;
+        std::map<LineLaws::Command, bool> tried; ///< whether the last try was answered
+        bool isDone = false;
+        Outcome outcome = Outcome::Cancelled();
+        QCoro::Task<> task;
+    };
+    using Work = std::function<QCoro::Task<Outcome>(Station&)>;
+
+    // The world as it happens.
+    void Break(const QString& law);
+    void Trace(const QString& what);
+    bool Happens(const QString& fault) const { return m_report.faults.contains(fault); }
+    void ThrowFaults();
+    void MakeStore();
+    void Live();
+    void PassTime(Timeline::Moment time);
+    void Settle();
+    void AfterEvent();
+    bool IsOver() const { return !m_report.broken.isEmpty(); }
+
+    // Acts.
+    void Do(int act);
+    void Begin(const QString& name, bool runsAlone, const Work& work);
+    QCoro::Task<> Watch(Running& running, Work work);
+    void Edit(Dice& dice);
+    void ChangeOptions(Dice& dice);
+    TicketDocument Form(Dice& dice) const;
+    void EndStation();
+    void Crash(bool isPowerCut);
+
+    // Laws.
+    void CheckOutcome(const Running& running);
+    void CheckAnswered(const Running& running, model::ObjectType type, char letter);
+    void CheckTickets(const Outcome& outcome);
+    void CheckModel();
+    void CheckDisk(bool wasCrash);
+    QByteArray Digest(sqlite3* store) const;
+    QByteArray StoredDigest();
+    int StoredTickets();
+
+    const Plan m_plan;
+    Report m_report;
+    Dice m_dice;
+    QTemporaryDir m_folder;
+    QString m_store;
+    Timeline m_timeline;
+    Hall m_hall;
+    std::unique_ptr<SimulatedLine> m_line;
+    std::unique_ptr<LineLaws> m_laws;
+    std::unique_ptr<SimulatedClock> m_clock;
+    std::unique_ptr<SimulatedUser> m_user;
+    std::unique_ptr<OpenStation> m_station;
+    std::list<Running> m_running;
+    sqlite3* m_other = nullptr;      ///< another program that holds the store
+    sqlite3* m_shadow = nullptr;     ///< what the store has to hold
+    std::set<QByteArray> m_possible; ///< digests that the store may have
+    int m_ticketsBefore = 0;
+    std::set<int> m_possibleTickets;
+    std::map<QString, std::set<QString>> m_possibleSettings; ///< by "section/key"
+    std::set<QByteArray> m_states;                           ///< all that the store ever held, for backups
+    int m_lives = 0;
+    int m_edits = 0;
+    bool m_hasCrashed = false;
+    bool m_isDirty = false; ///< something went wrong with the line or the devices
+    bool m_isRouted = false;
+};

@@ -1,0 +1,210 @@
+// What must hold in a world.
+
+#include "core/IniUtility.h"
+#include "link/Encodings.h"
+#include "tests/simulation/FaultyDisk.h"
+#include "tests/simulation/World.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+
+#include <sqlite3.h>
+
+void World::CheckAnswered(const Running& running, model::ObjectType type, char letter) {
+    const model::Installation& model = m_station->Model();
+    for (const qint16 index : model.ObjectsOf(type)) {
+        const model::QObject& object = model.Object(index);
+        LineLaws::Command command = QByteArray::number(object.Address) + ' ' + letter;
+        const std::optional<model::HubPlace> place = model.PlaceBehindHub(index);
+        if (letter == 'N' && object.HubId != 0 && place)
+            command = QByteArray::number(model.Object(place->hub).Address) + " N " +
+                      QByteArray::number(object.Address) + " N";
+        const auto tried = running.tried.find(command);
+        if (tried == running.tried.end() || !tried->second)
+            Break(QStringLiteral("\"%1\" says done, and %2 was not answered")
+                      .arg(running.name, QString::fromLatin1(command)));
+    }
+}
+
+void World::CheckOutcome(const Running& running) {
+    CheckModel();
+    if (!m_station || IsOver())
+        return;
+    const Outcome& outcome = running.outcome;
+    const bool anyMissed =
+        std::any_of(running.tried.begin(), running.tried.end(), [](const auto& t) { return !t.second; });
+    if (!outcome.silent.isEmpty() && !anyMissed && m_line->IsOpen() && !m_isDirty)
+        Break(QStringLiteral("\"%1\" calls %2 silent, and all was answered")
+                  .arg(running.name, outcome.silent.join(u',')));
+    // What goes directly to a device behind a hub is not answered.
+    const bool isDirect = running.name != u"InitAllObjects" && running.name != u"SetPrinterClocks";
+    if (!m_isDirty && running.runsAlone && outcome.end == Outcome::End::Failed && !outcome.silent.isEmpty() && isDirect)
+        Break(QStringLiteral("\"%1\" fails on a line without faults: %2").arg(running.name, outcome.silent.join(u',')));
+    if (running.name == u"ResetSystem" || running.name == u"DeleteTickets")
+        CheckTickets(outcome);
+    if (running.name == u"SetHubCounter" && outcome.IsDone() && !FaultyDisk::Instance().IsDead()) {
+        m_possibleSettings[QStringLiteral("options/FromToval")] = {QString::number(m_station->Settings().FromToval)};
+    }
+    if (!outcome.IsDone())
+        return;
+    const bool wasEdited = running.editsBefore != m_edits;
+    const Reference reference(m_shadow, m_isRouted);
+    QString fault;
+    if (running.name == u"SetServiceConfig" || running.name == u"ConfigPrinters") {
+        CheckAnswered(running, model::Printer, 'N');
+        if (!m_isDirty && !wasEdited && running.name == u"SetServiceConfig")
+            fault = reference.PrinterFault(*m_line);
+    } else if (running.name == u"SetHubs") {
+        CheckAnswered(running, model::Hub, 'L');
+        if (!m_isDirty && !wasEdited)
+            fault = reference.HubFault(*m_line);
+    } else if (running.name == u"InitHubs") {
+        CheckAnswered(running, model::Hub, 'W');
+        if (!m_isDirty)
+            fault = reference.MemberFault(*m_line);
+    } else if (running.name == u"SetHubClocks") {
+        CheckAnswered(running, model::Hub, 'U');
+    } else if (running.name == u"SetHubCounter") {
+        CheckAnswered(running, model::Hub, 'K');
+    }
+    if (!fault.isEmpty())
+        Break(QStringLiteral("\"%1\" says done on a line without faults, but %2").arg(running.name, fault));
+}
+
+void World::CheckTickets(const Outcome& outcome) {
+    if (FaultyDisk::Instance().IsDead())
+        return;
+    // A delete of years works in pieces, each of which is whole.
+    const int stored = StoredTickets();
+    if (outcome.end == Outcome::End::Cancelled && stored >= 0 && !m_possibleTickets.contains(stored))
+        Break(QStringLiteral("%1 tickets in the store after what was cancelled").arg(stored));
+    if (outcome.end == Outcome::End::Cancelled && stored == 0 && m_ticketsBefore > 0)
+        Break(QStringLiteral("what was cancelled has deleted the tickets"));
+    if (stored >= 0) {
+        m_possibleTickets = {stored};
+        m_ticketsBefore = stored;
+    }
+}
+
+void World::CheckModel() {
+    if (!m_station)
+        return;
+    const auto check = [this](const model::TicketRing& ring, const QString& who) {
+        if (ring.Count < 0 || ring.Count > ring.Capacity || ring.Capacity > model::TicketRing::Size || ring.Head < 0 ||
+            ring.Head >= model::TicketRing::Size || ring.Tail < 0 || ring.Tail >= model::TicketRing::Size)
+            Break(QStringLiteral("the ring of %1 runs over").arg(who));
+    };
+    const model::Installation& model = m_station->Model();
+    for (const model::QService& service : model.LoadedServices()) {
+        check(service.WaitRing, service.Name);
+        check(service.FlaggedRing, service.Name);
+    }
+    for (const model::QObject& object : model.LoadedObjects()) {
+        check(object.WaitRing, object.Name);
+        check(object.FlaggedRing, object.Name);
+    }
+}
+
+QByteArray World::Digest(sqlite3* store) const {
+    QCryptographicHash hash(QCryptographicHash::Md5);
+    for (const char* table : {"Queue", "[Queue-Display]", "ScanPlan", "[Info-Direction]", "Hub",
+                              "(SELECT d_Id,d_Number,d_Address,d_Name,d_On,d_Type,d_HubId FROM Display)"}) {
+        sqlite3_stmt* query = nullptr;
+        const QByteArray statement = QByteArray("SELECT * FROM ") + table + " ORDER BY 1,2";
+        if (sqlite3_prepare_v2(store, statement.constData(), -1, &query, nullptr) != SQLITE_OK)
+            return "unreadable: " + QByteArray(sqlite3_errmsg(store));
+        while (sqlite3_step(query) == SQLITE_ROW) {
+            for (int i = 0; i < sqlite3_column_count(query); ++i) {
+                hash.addData(QByteArrayView(reinterpret_cast<const char*>(sqlite3_column_text(query, i)),
+                                            sqlite3_column_bytes(query, i)));
+                hash.addData(QByteArrayView("|"));
+            }
+        }
+        sqlite3_finalize(query);
+    }
+    return hash.result().toHex();
+}
+
+QByteArray World::StoredDigest() {
+    sqlite3* store = nullptr;
+    sqlite3_open_v2(m_store.toUtf8().constData(), &store, SQLITE_OPEN_READWRITE, nullptr);
+    const QByteArray digest = Digest(store);
+    sqlite3_close(store);
+    return digest;
+}
+
+int World::StoredTickets() {
+    sqlite3* store = nullptr;
+    sqlite3_open_v2(m_store.toUtf8().constData(), &store, SQLITE_OPEN_READWRITE, nullptr);
+    sqlite3_stmt* query = nullptr;
+    sqlite3_prepare_v2(store, "SELECT COUNT(*) FROM rData", -1, &query, nullptr);
+    const int count = query && sqlite3_step(query) == SQLITE_ROW ? sqlite3_column_int(query, 0) : -1;
+    sqlite3_finalize(query);
+    sqlite3_close(store);
+    return count;
+}
+
+void World::CheckDisk(bool wasCrash) {
+    m_hasCrashed |= wasCrash;
+    const auto check = [this](const QString& path, const std::set<QByteArray>& possible) {
+        sqlite3* store = nullptr;
+        sqlite3_open_v2(path.toUtf8().constData(), &store, SQLITE_OPEN_READWRITE, nullptr);
+        sqlite3_stmt* query = nullptr;
+        sqlite3_prepare_v2(store, "PRAGMA integrity_check", -1, &query, nullptr);
+        const QByteArray whole = query && sqlite3_step(query) == SQLITE_ROW
+                                     ? QByteArray(reinterpret_cast<const char*>(sqlite3_column_text(query, 0)))
+                                     : QByteArray(sqlite3_errmsg(store));
+        sqlite3_finalize(query);
+        const QByteArray digest = Digest(store);
+        sqlite3_close(store);
+        const QString name = path.section(u'/', -1);
+        if (whole != "ok")
+            Break(QStringLiteral("%1 is damaged: %2").arg(name, QString::fromUtf8(whole)));
+        else if (!possible.contains(digest))
+            Break(QStringLiteral("%1 is neither the old nor the new one").arg(name));
+    };
+    // The other program that held the store is gone too.
+    if (wasCrash || m_possible.size() == 1)
+        check(m_store, m_possible);
+    const QDir folder(m_folder.path());
+    for (const QString& name : folder.entryList({QStringLiteral("bak*.mdb")}))
+        check(folder.filePath(name), m_states);
+    if (const int tickets = StoredTickets(); tickets < 0)
+        Trace(QStringLiteral("another program still holds the store"));
+    else if (!m_possibleTickets.contains(tickets) && m_possibleTickets.size() == 1)
+        Break(QStringLiteral("%1 tickets in the store, not %2").arg(tickets).arg(*m_possibleTickets.begin()));
+    else
+        m_possibleTickets = {m_ticketsBefore = tickets};
+    const IniUtility ini(m_folder.filePath(QStringLiteral("Tallora.ini")));
+    for (auto& [name, possible] : m_possibleSettings) {
+        QString value;
+        ini.ReadIni(name.section(u'/', 0, 0), name.section(u'/', 1), value);
+        if (!possible.contains(value))
+            Break(QStringLiteral("the setting %1 is \"%2\"").arg(name, value));
+        possible = {value};
+    }
+    if (m_possibleSettings[QStringLiteral("options/WakeupTime")] !=
+        m_possibleSettings[QStringLiteral("options/KeyDelayTime")])
+        Break(QStringLiteral("of two settings that were saved together one is old and one is new"));
+    for (const QString& name : folder.entryList({QStringLiteral("Ticket*.bin")})) {
+        const std::optional<QByteArray> form = ReadFormFile(folder.filePath(name));
+        if (!form || !VerifyFormChecksum(*form))
+            Break(QStringLiteral("%1 is damaged").arg(name));
+    }
+    // What a crash left of a journal goes with the next change of the store.
+    const QStringList unfinished = m_hasCrashed ? QStringList{QStringLiteral("*.saving")}
+                                                : QStringList{QStringLiteral("*.saving"), QStringLiteral("*-journal")};
+    if (!wasCrash && !folder.entryList(unfinished).isEmpty())
+        Break(QStringLiteral("the program left an unfinished file behind"));
+    if (wasCrash) {
+        // What the store holds now is what it has to hold from now on.
+        const QByteArray found = StoredDigest();
+        m_possible = {found};
+        sqlite3* store = nullptr;
+        sqlite3_open(m_store.toUtf8().constData(), &store);
+        sqlite3_backup* const copy = sqlite3_backup_init(m_shadow, "main", store, "main");
+        sqlite3_backup_step(copy, -1);
+        sqlite3_backup_finish(copy);
+        sqlite3_close(store);
+    }
+}
