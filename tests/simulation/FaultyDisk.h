@@ -29,6 +29,8 @@ public:
     void SetFull(bool isFull) { m_isFull = isFull; }
     /// The next flush fails.
     void FailNextFlush() { m_failsFlush = true; }
+    /// Something may fail now.
+    bool IsFaulty() const { return m_isFull || m_failsFlush || m_isDead || m_life > 0; }
 
     /// The machine dies at the `changes`-th change of the disk from now on, 1 for the next one: that one and all later
     /// ones fail. 0 lets it live.

@@ -26,7 +26,8 @@ Hall::Hall(Dice& dice) {
         if (address != frames::Broadcast)
             free.push_back(address);
     }
-    std::shuffle(free.begin(), free.end(), dice.Engine());
+    for (std::size_t i = free.size() - 1; i > 0; --i)
+        std::swap(free[i], free[static_cast<std::size_t>(dice.Roll(static_cast<int>(i) + 1))]);
 
     services = dice.OnceIn(8) ? 64 : 1 + dice.Roll(8);
     for (int id = 1; id <= services; ++id) {

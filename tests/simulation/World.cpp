@@ -13,7 +13,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr Timeline::Moment LongestOperation = 12h; ///< 64 printers with forms, all silent, all boxes answered slowly
+constexpr Timeline::Moment LongestOperation = 12h;  ///< 64 printers with forms, all silent, all boxes answered slowly
+constexpr Timeline::Moment LongestStandstill = 60s; ///< without anything sent, shown or begun
 constexpr Timeline::Moment LongestEnd = 4s;
 
 const std::vector<QString>& FaultKinds() {
@@ -68,6 +69,7 @@ World::World(const Plan& plan)
     };
     m_line->OnWritten = [this](const QByteArray& bytes) {
         Trace(QStringLiteral("> ") + QString::fromLatin1(bytes.toHex()));
+        m_lastProgress = m_timeline.Now();
         m_laws->Written(bytes);
     };
     m_line->OnDelivered = [this](const QByteArray& bytes) {
@@ -192,7 +194,10 @@ void World::Live() {
     ++m_lives;
     m_clock = std::make_unique<SimulatedClock>(m_timeline, QDateTime(QDate(2026, 11, 18), QTime(6, 13, 38)));
     m_user = std::make_unique<SimulatedUser>(m_timeline, static_cast<quint32>(m_plan.seed));
-    m_user->OnBox = [this](const QString& text) { Trace(QStringLiteral("box ") + text.section(u'/', 0, 0)); };
+    m_user->OnBox = [this](const QString& text) {
+        Trace(QStringLiteral("box ") + text.section(u'/', 0, 0));
+        m_lastProgress = m_timeline.Now();
+    };
     m_station = std::make_unique<OpenStation>(ProgramFolders{m_folder.path(), m_folder.path()},
                                               Station::Machine{*m_clock, *m_line, *m_user});
     m_laws->Follow(m_station->bus);
@@ -238,8 +243,8 @@ void World::AfterEvent() {
             CheckOutcome(*running);
             running = m_running.erase(running);
         } else {
-            if (m_timeline.Now() - running->begun > LongestOperation)
-                Break(QStringLiteral("\"%1\" never ends").arg(running->name));
+            if (m_timeline.Now() - m_lastProgress > LongestStandstill)
+                Break(QStringLiteral("\"%1\" stands still").arg(running->name));
             ++running;
         }
     }
@@ -256,6 +261,7 @@ void World::AfterEvent() {
 
 void World::Begin(const QString& name, bool runsAlone, const Work& work) {
     Trace(QStringLiteral("begin ") + name);
+    m_lastProgress = m_timeline.Now();
     Running& running = m_running.emplace_back();
     running.name = name;
     running.runsAlone = runsAlone && !m_station->IsBusy();

@@ -106,6 +106,7 @@ private:
     std::set<int> m_possibleTickets;
     std::map<QString, std::set<QString>> m_possibleSettings; ///< by "section/key"
     std::set<QByteArray> m_states;                           ///< all that the store ever held, for backups
+    Timeline::Moment m_lastProgress{0};
     int m_lives = 0;
     int m_edits = 0;
     bool m_hasCrashed = false;

@@ -199,6 +199,7 @@ void World::Do(int act) {
 }
 
 void World::Edit(Dice& dice) {
+    const FaultyDisk& disk = FaultyDisk::Instance();
     const int service = 1 + dice.Roll(m_hall.services);
     const int object = 1 + dice.Roll(m_hall.objects);
     QStringList statements;
@@ -235,9 +236,13 @@ void World::Edit(Dice& dice) {
     for (const QString& statement : statements)
         written.push_back({statement});
     ++m_edits;
+    const bool isHindered =
+        disk.IsFaulty() || m_other || !m_station->database.IsOpen() || m_station->Maintenance().IsRunning();
     const Result<> done = m_station->database.RunTogether(written);
+    if (!done && !isHindered)
+        Break(QStringLiteral("nothing stands in the way of an edit, and yet: ") + done.Error());
     Trace(done ? QStringLiteral("edited") : QStringLiteral("not edited: ") + done.Error());
-    const bool wasAlive = !FaultyDisk::Instance().IsDead();
+    const bool wasAlive = !disk.IsDead();
     sqlite3_exec(m_shadow, "SAVEPOINT edit", nullptr, nullptr, nullptr);
     for (const QString& statement : statements)
         sqlite3_exec(m_shadow, statement.toUtf8().constData(), nullptr, nullptr, nullptr);
