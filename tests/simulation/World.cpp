@@ -3,6 +3,7 @@
 #include "core/IniUtility.h"
 #include "platform/Ended.h"
 #include "tests/simulation/FaultyDisk.h"
+#include "tests/simulation/Memory.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -16,6 +17,8 @@ namespace {
 constexpr Timeline::Moment LongestOperation = 12h;  ///< 64 printers with forms, all silent, all boxes answered slowly
 constexpr Timeline::Moment LongestStandstill = 60s; ///< without anything sent, shown or begun
 constexpr Timeline::Moment LongestEnd = 4s;
+
+constexpr std::size_t LargestGrowth = 100'000; ///< bytes
 
 const std::vector<QString>& FaultKinds() {
     static const std::vector<QString> kinds = {
@@ -179,8 +182,10 @@ Report World::Run() {
         m_report.actsDone.insert(act);
         Do(act);
     }
+    if (!IsOver() && m_plan.transactions > 0)
+        Transact();
     if (!IsOver() && m_plan.idleHours > 0)
-        PassTime(std::chrono::hours(m_plan.idleHours));
+        Idle();
     if (!IsOver())
         Settle();
     if (!IsOver())
@@ -188,6 +193,30 @@ Report World::Run() {
     m_report.tries = m_laws->Tries;
     m_report.hours = static_cast<double>(m_timeline.Now() / 1s) / 3600;
     return m_report;
+}
+
+void World::Transact() {
+    Begin(QStringLiteral("transactions"), false, [this](Station&) -> QCoro::Task<Outcome> {
+        for (int i = 0; i < m_plan.transactions; ++i) {
+            const int address = m_hall.addresses[static_cast<std::size_t>(i % m_hall.objects)];
+            co_await m_station->bus.SendCommand(static_cast<quint8>(address), 'P', {}, Bus::DirectTimeout, 1);
+        }
+        co_return Outcome::Done();
+    });
+    while (!m_running.empty() && !IsOver())
+        PassTime(1h);
+}
+
+void World::Idle() {
+    // The second half needs no more memory than the first.
+    const std::chrono::minutes half(std::chrono::hours(m_plan.idleHours) / 2);
+    PassTime(half);
+    const std::size_t before = UsedMemory();
+    PassTime(half);
+    if (!IsOver() && UsedMemory() > before + LargestGrowth)
+        Break(QStringLiteral("the memory in use grew by %1 bytes in %2 hours")
+                  .arg(UsedMemory() - before)
+                  .arg(m_plan.idleHours / 2));
 }
 
 void World::Live() {
@@ -243,7 +272,8 @@ void World::AfterEvent() {
             CheckOutcome(*running);
             running = m_running.erase(running);
         } else {
-            if (m_timeline.Now() - m_lastProgress > LongestStandstill)
+            // A poll on a line that is closed goes on in silence.
+            if (m_timeline.Now() - m_lastProgress > LongestStandstill && running->name != u"PoolTicket")
                 Break(QStringLiteral("\"%1\" stands still").arg(running->name));
             ++running;
         }

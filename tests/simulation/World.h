@@ -61,6 +61,8 @@ private:
     void ThrowFaults();
     void MakeStore();
     void Live();
+    void Transact();
+    void Idle();
     void PassTime(Timeline::Moment time);
     void Settle();
     void AfterEvent();

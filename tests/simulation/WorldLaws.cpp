@@ -62,6 +62,13 @@ void World::CheckOutcome(const Running& running) {
         CheckAnswered(running, model::Hub, 'W');
         if (!m_isDirty)
             fault = reference.MemberFault(*m_line);
+    } else if (running.name == u"ResetSystem" && !m_isDirty && !wasEdited && !m_station->Init().IsCancelled()) {
+        for (const model::QObject& object : m_station->Model().LoadedObjects()) {
+            const LineLaws::Command command = QByteArray::number(object.Address) + " S";
+            if (object.Type != model::Hub && !running.tried.contains(command))
+                Break(
+                    QStringLiteral("\"ResetSystem\" says done, and %1 was not sent").arg(QString::fromLatin1(command)));
+        }
     } else if (running.name == u"SetHubClocks") {
         CheckAnswered(running, model::Hub, 'U');
     } else if (running.name == u"SetHubCounter") {

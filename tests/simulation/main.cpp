@@ -1,5 +1,6 @@
 // Simulates halls in a time of their own and looks whether every law holds.
 
+#include "tests/simulation/Memory.h"
 #include "tests/simulation/World.h"
 
 #include <QCommandLineParser>
@@ -8,8 +9,6 @@
 #include <QHashSeed>
 
 #include <cstdio>
-
-#include <malloc.h>
 
 namespace {
 
@@ -26,6 +25,9 @@ QString CommandOf(const Plan& plan) {
             QStringLiteral(" --without %1").arg(QStringList(plan.without.begin(), plan.without.end()).join(u','));
     return command;
 }
+
+constexpr int WarmUp = 50;
+constexpr std::size_t LargestLeak = 2000; ///< bytes a world, on the average
 
 Report Simulate(const Plan& plan) {
     return World(plan).Run();
@@ -82,6 +84,7 @@ int main(int argc, char** argv) {
         {QStringLiteral("keep"), QStringLiteral("Only these acts, by number."), QStringLiteral("list")},
         {QStringLiteral("without"), QStringLiteral("No faults of these kinds."), QStringLiteral("list")},
         {QStringLiteral("hours"), QStringLiteral("Hours that the station runs on at the end."), number},
+        {QStringLiteral("transactions"), QStringLiteral("Commands to single devices at the end."), number},
         {QStringLiteral("trace"), QStringLiteral("Print all that happens.")},
         {QStringLiteral("hashes"), QStringLiteral("Print the hash of each trace.")},
     });
@@ -91,6 +94,8 @@ int main(int argc, char** argv) {
     plan.seed = parser.value(QStringLiteral("seed")).toULongLong();
     plan.acts = parser.value(QStringLiteral("acts")).toInt();
     plan.idleHours = parser.value(QStringLiteral("hours")).toInt();
+    plan.transactions = parser.value(QStringLiteral("transactions")).toInt();
+    plan.transactions = parser.value(QStringLiteral("transactions")).toInt();
     plan.isTraced = parser.isSet(QStringLiteral("trace"));
     if (parser.isSet(QStringLiteral("keep"))) {
         plan.kept.emplace();
@@ -110,6 +115,7 @@ int main(int argc, char** argv) {
     double hours = 0;
     quint64 tries = 0;
     int done = 0;
+    std::size_t memory = 0;
     for (; isTimed ? elapsed.elapsed() < milliseconds : done < worlds; ++done, ++plan.seed) {
         const Report report = Simulate(plan);
         if (parser.isSet(QStringLiteral("hashes")))
@@ -119,6 +125,13 @@ int main(int argc, char** argv) {
         tries += report.tries;
         if (!report.broken.isEmpty())
             return Show(plan, report);
+        // Tables of the libraries fill up in the first worlds.
+        if (done == WarmUp)
+            memory = UsedMemory();
+        else if (done > WarmUp && UsedMemory() > memory + static_cast<std::size_t>(done) * LargestLeak) {
+            std::printf("%d worlds left %zu bytes behind\n", done, UsedMemory() - memory);
+            return 1;
+        }
     }
     const double seconds = static_cast<double>(elapsed.elapsed()) / 1000;
     std::printf("%d worlds, %.0f simulated hours, %llu commands in %.1f s\n", done, hours,
