@@ -123,33 +123,6 @@ TEST_F(BusTest, WhatIsNoAnswerFailsAndIsShownAsCollected) {
     }
 }
 
-TEST_F(BusTest, ALateAnswerOfTheLastCommandIsDroppedWhileNobodyWaits) {
-    FrameOf(5, 'P', "");
-    m_terminal.Write(Answer());
-    EXPECT_TRUE(WaitUntil([this] { return m_bus.Counts().Frames == 1; }));
-    std::vector<Reply> replies;
-    const auto running = Record(m_bus.SendCommand(5, 'P', QByteArray(), 20ms, 1), replies);
-    ASSERT_TRUE(WaitUntil([&] { return running.isReady(); }));
-    EXPECT_FALSE(replies[0].ok);
-}
-
-TEST_F(BusTest, CommandsAreServedOneByOneInTheirOrder) {
-    std::vector<Reply> replies;
-    const auto first = Record(m_bus.SendCommand(1, 'A', QByteArray(), 2s, 1), replies);
-    const auto second = Record(m_bus.SendCommand(2, 'B', QByteArray(), 10ms, 2), replies);
-    const auto third = Record(m_bus.SendCommand(3, 'C', QByteArray(), 2s, 1), replies);
-    EXPECT_EQ(Line(9), frames::BuildFrame("1001A"));
-    m_terminal.Write(frames::BuildFrame("1001Aa"));
-    EXPECT_EQ(Line(1 + 18 + 9),
-              "\x06" + frames::BuildFrame("2001B") + frames::BuildFrame("2101B") + frames::BuildFrame("3001C"));
-    m_terminal.Write(frames::BuildFrame("3001Cc"));
-    ASSERT_TRUE(WaitUntil([&] { return third.isReady(); }));
-    ASSERT_EQ(replies.size(), 3U);
-    EXPECT_EQ(replies[0].frame.mid(6, 1), "a");
-    EXPECT_FALSE(replies[1].ok);
-    EXPECT_EQ(replies[2].frame.mid(6, 1), "c");
-}
-
 TEST_F(BusTest, AClosedLineFailsAtOnceAndWritesNothing) {
     m_control.Close();
     EXPECT_FALSE(Await(m_bus.SendCommand(5, 'P', QByteArray(), 10s, 3)).ok);
@@ -199,35 +172,6 @@ TEST_F(BusTest, ALineThatGoesAwayFailsTheCommandAndTheQueueGoesOn) {
     another.Write(Answer());
     ASSERT_TRUE(WaitUntil([&] { return third.isReady(); }));
     EXPECT_TRUE(replies[2].ok);
-}
-
-TEST_F(BusTest, ClosingEndsTheRunningCommandAndAllThatWait) {
-    std::vector<Reply> replies;
-    const auto first = Record(m_bus.SendCommand(5, 'P', QByteArray(), 10s, 3), replies);
-    const auto second = Record(m_bus.SendCommand(6, 'P', QByteArray(), 10s, 3), replies);
-    const auto third = Record(m_bus.SendCommand(7, 'P', QByteArray(), 10s, 3), replies);
-    m_bus.Close();
-    EXPECT_TRUE(first.isReady() && second.isReady() && third.isReady());
-    const auto later = Record(m_bus.SendCommand(8, 'P', QByteArray(), 10s, 3), replies);
-    EXPECT_TRUE(later.isReady());
-    EXPECT_TRUE(replies.empty()) << "nothing happens behind a command that the end has cut off";
-    EXPECT_FALSE(m_bus.Sending());
-}
-
-TEST_F(BusTest, AnswersThatComeEarlyDoNotPutOffLaterDeadlines) {
-    m_control.Close();
-    Open(m_terminal.Path(), QStringLiteral("300"));
-    QElapsedTimer elapsed;
-    elapsed.start();
-    for (int i = 0; i < 10; ++i) {
-        const auto running = m_bus.SendCommand(5, 'P', QByteArray(), 10s, 1);
-        Line(i == 0 ? 9 : 10);
-        m_terminal.Write(Answer());
-        ASSERT_TRUE(WaitUntil([&] { return running.isReady(); }));
-    }
-    // Ten frames and their acknowledgements would take 3.3 s at 300 bit/s.
-    EXPECT_FALSE(Await(m_bus.SendCommand(5, 'P', QByteArray(), 1ms, 1)).ok);
-    EXPECT_LT(elapsed.elapsed(), 1500);
 }
 
 TEST_F(BusTest, ADeadlineStartsWhenTheFrameHasLeft) {

@@ -112,11 +112,3 @@ TEST_F(PrinterConfigTest, WithoutPrintersAllIsWell) {
     EXPECT_EQ(Await(m_config.ConfigAllPrinters()), QStringList());
     EXPECT_TRUE(m_end.Commands.isEmpty());
 }
-
-TEST_F(PrinterConfigTest, EndingTheProgramUnwindsARunningLoad) {
-    m_end.IsSilent = [](const QByteArray&) { return true; };
-    const auto running = m_config.ConfigAllPrinters();
-    ASSERT_TRUE(WaitUntil([this] { return !m_end.Commands.isEmpty(); }));
-    m_bus.Close();
-    EXPECT_TRUE(running.isReady());
-}

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "link/Bus.h"
-#include "tests/simulation/SimulatedLine.h"
+#include "simulator/SimulatedLine.h"
 
 #include <map>
 

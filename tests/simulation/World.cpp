@@ -2,7 +2,7 @@
 
 #include "core/IniUtility.h"
 #include "platform/Ended.h"
-#include "tests/simulation/FaultyDisk.h"
+#include "simulator/FaultyDisk.h"
 #include "tests/simulation/Memory.h"
 
 #include <QCoreApplication>

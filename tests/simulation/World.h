@@ -1,9 +1,9 @@
 #pragma once
 
+#include "simulator/SimulatedLine.h"
+#include "simulator/SimulatedUser.h"
 #include "tests/simulation/Hall.h"
 #include "tests/simulation/LineLaws.h"
-#include "tests/simulation/SimulatedLine.h"
-#include "tests/simulation/SimulatedUser.h"
 #include "tests/support/OpenStation.h"
 
 #include <QTemporaryDir>
@@ -72,6 +72,8 @@ private:
     void Do(int act);
     void Begin(const QString& name, bool runsAlone, const Work& work);
     QCoro::Task<> Watch(Running& running, Work work);
+    struct Edited;
+    Edited ThrowEdit(Dice& dice) const;
     void Edit(Dice& dice);
     void ChangeOptions(Dice& dice);
     TicketDocument Form(Dice& dice) const;

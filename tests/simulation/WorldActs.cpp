@@ -1,6 +1,8 @@
 // What the user and fate do to a world.
 
-#include "tests/simulation/FaultyDisk.h"
+#include "database/Assignments.h"
+#include "database/GridRecords.h"
+#include "simulator/FaultyDisk.h"
 #include "tests/simulation/World.h"
 
 #include <sqlite3.h>
@@ -198,47 +200,64 @@ void World::Do(int act) {
     }
 }
 
-void World::Edit(Dice& dice) {
-    const FaultyDisk& disk = FaultyDisk::Instance();
+/// What a user edits: what the store holds afterwards, and the operation that the windows use for it.
+struct World::Edited {
+    QStringList statements;
+    std::function<Result<>(Database&)> operation;
+};
+
+World::Edited World::ThrowEdit(Dice& dice) const {
     const int service = 1 + dice.Roll(m_hall.services);
     const int object = 1 + dice.Roll(m_hall.objects);
-    QStringList statements;
+    const auto cell = [service](const char* field, const QString& text) {
+        return [service, text, column = QString::fromLatin1(field)](Database& database) -> Result<> {
+            GridRecords records(database, {.table = QStringLiteral("Queue")}, {{.caption = {}, .field = column}});
+            if (const Result<> read = records.Requery(); !read)
+                return read;
+            return records.Write(service - 1, 0, text);
+        };
+    };
     switch (dice.Roll(6)) {
-    case 0:
-        statements +=
-            QStringLiteral("UPDATE Queue SET q_Name='Dòch vuï %1' WHERE q_Id=%2").arg(dice.Roll(1000)).arg(service);
-        break;
-    case 1:
-        statements += QStringLiteral("UPDATE Queue SET q_On=1-q_On WHERE q_Id=%1").arg(service);
-        break;
-    case 2:
-        statements += QStringLiteral("DELETE FROM [Queue-Display] WHERE q_Id=%1").arg(service);
-        break;
-    case 3:
-        statements +=
-            QStringLiteral("INSERT INTO [Queue-Display] (q_Id,d_Id) SELECT %1,d_Id FROM Display WHERE d_Id=%2 "
-                           "AND d_Type=0")
-                .arg(service)
-                .arg(object);
-        break;
-    case 4:
-        statements += QStringLiteral("DELETE FROM ScanPlan");
-        for (int i = 1; i <= m_hall.objects; ++i)
-            statements +=
-                QStringLiteral("INSERT INTO ScanPlan (d_Id,[Order]) VALUES (%1,%2)").arg(i).arg(dice.Roll(100));
-        break;
-    default:
-        statements += QStringLiteral("UPDATE Queue SET q_Button=%1 WHERE q_Id=%2").arg(dice.Roll(256)).arg(service);
-        break;
+    case 0: {
+        const QString name = QStringLiteral("Dòch vuï %1").arg(dice.Roll(1000));
+        return {{QStringLiteral("UPDATE Queue SET q_Name='%1' WHERE q_Id=%2").arg(name).arg(service)},
+                cell("q_Name", name)};
     }
+    case 1: {
+        const int button = dice.Roll(256);
+        return {{QStringLiteral("UPDATE Queue SET q_Button=%1 WHERE q_Id=%2").arg(button).arg(service)},
+                cell("q_Button", QString::number(button))};
+    }
+    case 2:
+        return {{QStringLiteral("DELETE FROM [Queue-Display] WHERE q_Id=%1").arg(service)},
+                [service](Database& database) { return Assignments(database).RemoveServiceCounters(service); }};
+    case 3:
+        return {{QStringLiteral("INSERT INTO [Queue-Display] (q_Id,d_Id) VALUES (%1,%2)").arg(service).arg(object)},
+                [=](Database& database) { return Assignments(database).AddServiceCounter(service, object); }};
+    case 4: {
+        std::vector<qint32> order;
+        QStringList statements{QStringLiteral("DELETE FROM ScanPlan")};
+        for (int i = 1; i <= m_hall.objects; ++i) {
+            order.push_back(1 + (i + object) % m_hall.objects);
+            statements += QStringLiteral("INSERT INTO ScanPlan (d_Id,[Order]) VALUES (%1,%2)").arg(order.back()).arg(i);
+        }
+        return {statements, [order](Database& database) { return Assignments(database).BuildPlan(order); }};
+    }
+    default: {
+        const QString statement = QStringLiteral("UPDATE Queue SET q_On=1-q_On WHERE q_Id=%1").arg(service);
+        return {{statement}, [statement](Database& database) { return database.Run({statement}); }};
+    }
+    }
+}
+
+void World::Edit(Dice& dice) {
+    const FaultyDisk& disk = FaultyDisk::Instance();
+    const auto [statements, operation] = ThrowEdit(dice);
     Trace(QStringLiteral("edit ") + statements.join(u';'));
-    std::vector<Statement> written;
-    for (const QString& statement : statements)
-        written.push_back({statement});
     ++m_edits;
     const bool isHindered =
         disk.IsFaulty() || m_other || !m_station->database.IsOpen() || m_station->Maintenance().IsRunning();
-    const Result<> done = m_station->database.RunTogether(written);
+    const Result<> done = operation(m_station->database);
     if (!done && !isHindered)
         Break(QStringLiteral("nothing stands in the way of an edit, and yet: ") + done.Error());
     Trace(done ? QStringLiteral("edited") : QStringLiteral("not edited: ") + done.Error());

@@ -2,7 +2,7 @@
 
 #include "core/IniUtility.h"
 #include "link/Encodings.h"
-#include "tests/simulation/FaultyDisk.h"
+#include "simulator/FaultyDisk.h"
 #include "tests/simulation/World.h"
 
 #include <QCryptographicHash>
@@ -71,6 +71,12 @@ void World::CheckOutcome(const Running& running) {
         }
     } else if (running.name == u"SetHubClocks") {
         CheckAnswered(running, model::Hub, 'U');
+        for (const qint16 hub : m_station->Model().ObjectsOf(model::Hub)) {
+            const QByteArray clock = m_line->Find(m_station->Model().Object(hub).Address)->ClockText();
+            if (!m_isDirty && clock != encoding::ClockText(m_clock->Now().addMSecs((running.begun - m_timeline.Now()) /
+                                                                                   std::chrono::milliseconds(1))))
+                fault = QStringLiteral("a hub has another time");
+        }
     } else if (running.name == u"SetHubCounter") {
         CheckAnswered(running, model::Hub, 'K');
     }

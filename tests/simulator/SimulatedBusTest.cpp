@@ -383,26 +383,6 @@ TEST_F(SimulatedBusTest, LogosAreKeptOnlyWhole) {
     EXPECT_EQ(m_printer.Logos(), block + "end") << "an endless block does not replace a good one";
 }
 
-TEST_F(SimulatedBusTest, AcceptedRepliesAreWholeUnderFaults) {
-    FaultSettings faults;
-    faults.DropRequest = faults.DropReply = faults.Corrupt = 0.05;
-    faults.Noise = 0.1;
-    m_bus.SetFaults(faults);
-    BusClient client(m_bus);
-    int accepted = 0;
-    for (int i = 0; i < 300; ++i) {
-        const QByteArray text = QByteArray::number(1000 + i);
-        const Content set = client.Ask(1, 'H', text);
-        const Content shown = client.Ask(1, 'P');
-        accepted += shown ? 1 : 0;
-        if (set && shown) {
-            EXPECT_EQ(shown, text);
-        }
-    }
-    EXPECT_GT(accepted, 200);
-    EXPECT_LT(accepted, 300);
-}
-
 TEST_F(SimulatedBusTest, ConsoleCommandsAreCarriedOutOrExplained) {
     BusClient client(m_bus);
     LoadTables(client);

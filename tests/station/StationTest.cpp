@@ -33,41 +33,6 @@ protected:
 
 } // namespace
 
-TEST_F(StationTest, EveryPrinterEndsUpHoldingWhatTheStoreDescribes) {
-    OpenLine();
-    QStringList progress;
-    std::vector<bool> busy;
-    ::QObject::connect(&m_station, &Station::ProgressChanged, [&](const QString& text) { progress += text; });
-    ::QObject::connect(&m_station, &Station::BusyChanged, [&](bool isBusy) { busy.push_back(isBusy); });
-    EXPECT_EQ(Told(m_station.SetServiceConfig()), "done Information: Set config to all objects OK.");
-
-    const std::map<int, TicketPrinter::ServiceRow> rows = {
-        {0, {.SeriesIndex = 0, .Name = "G\xF4\xFBi tie\xE0n", .Description = "Qua\xE0y 5"}},
-        {1, {.SeriesIndex = 1, .Name = "B", .Description = ""}},
-    };
-    for (const int address : {32, 33}) {
-        const TicketPrinter* printer = m_devices->FindAs<TicketPrinter>(address);
-        ASSERT_NE(printer, nullptr);
-        EXPECT_EQ(printer->Buttons(), (std::vector<quint8>{7, 0})) << address;
-        EXPECT_EQ(printer->ServiceRows(), rows) << address;
-        EXPECT_EQ(printer->LoadsFinished(), 1) << address;
-        EXPECT_TRUE(printer->Flags().startsWith("11")) << address;
-    }
-    EXPECT_EQ(busy, (std::vector<bool>{true, false}));
-    EXPECT_TRUE(progress.contains(QStringLiteral("Printer Second: tables, 5 of 5")));
-    EXPECT_TRUE(progress.last().isEmpty());
-}
-
-TEST_F(StationTest, AnEditIsSentWithTheNextLoad) {
-    OpenLine();
-    EXPECT_EQ(Told(m_station.SetServiceConfig()), "done Information: Set config to all objects OK.");
-    ASSERT_TRUE(
-        m_station.database.Run({QStringLiteral("UPDATE Queue SET q_Button = 200, q_Name = 'C' WHERE q_Id = 2")}));
-    EXPECT_EQ(Told(m_station.SetServiceConfig()), "done Information: Set config to all objects OK.");
-    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->Buttons(), (std::vector<quint8>{7, 200}));
-    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->ServiceRows().at(1).Name, "C");
-}
-
 TEST_F(StationTest, ASilentPrinterIsToldAtTheEnd) {
     OpenLine();
     m_devices->SetSilent(32, true);
@@ -82,23 +47,6 @@ TEST_F(StationTest, WithTheLineClosedNothingHangs) {
     EXPECT_EQ(Told(m_station.SetHubs()), "done Information: Set config to all HUBs OK.");
 }
 
-TEST_F(StationTest, APulledAdapterFailsTheLoadAndTheLineOpensAgain) {
-    OpenLine();
-    bool isOpen = true;
-    ::QObject::connect(&m_station.line, &CommLine::StatusChanged,
-                       [&](const QString&, const QString&, bool opened) { isOpen = opened; });
-    FaultSettings faults;
-    faults.HangUpAfter = 3;
-    m_devices->SetFaults(faults);
-    EXPECT_EQ(Told(m_station.SetServiceConfig()), "failed Exclamation: Error on setting config to all objects.");
-    EXPECT_TRUE(WaitUntil([&] { return !isOpen; }));
-
-    m_devices->SetFaults({});
-    ASSERT_EQ(m_devices->Open(), QString());
-    OpenLine();
-    EXPECT_EQ(Told(m_station.SetServiceConfig()), "done Information: Set config to all objects OK.");
-}
-
 TEST_F(StationTest, AClosedDatabaseEndsTheCommandsAndLeavesTheModel) {
     (void)m_station.reload.ReloadAll();
     m_station.database.CloseDatabase();
@@ -108,36 +56,6 @@ TEST_F(StationTest, AClosedDatabaseEndsTheCommandsAndLeavesTheModel) {
     }
     EXPECT_EQ(m_station.installation->NumServices, 2);
     EXPECT_EQ(m_station.installation->NumObjects, 4);
-}
-
-TEST_F(StationTest, TheModelStaysAsItIsWhileDevicesAreLoaded) {
-    OpenLine();
-    m_devices->SetSilent(32, true);
-    auto load = m_station.SetServiceConfig();
-    ASSERT_TRUE(m_station.IsBusy());
-    ASSERT_TRUE(m_station.database.Run({QStringLiteral("DELETE FROM Display")}));
-    for (int command = 0; command < 2; ++command) {
-        EXPECT_EQ(Told(command == 0 ? m_station.RefreshModel() : m_station.SetServiceConfig()),
-                  "refused Exclamation: Devices are being configured. Please try again when this is done.");
-    }
-    EXPECT_EQ(m_station.installation->NumObjects, 4);
-    EXPECT_EQ(Told(std::move(load)), "failed Exclamation: Error on setting config to all objects.");
-    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->LoadsFinished(), 1);
-}
-
-TEST_F(StationTest, HubsAndClocksAreSetFromTheStore) {
-    OpenLine();
-    EXPECT_EQ(Told(m_station.SetHubs()), "done Information: Set config to all HUBs OK.");
-    EXPECT_EQ(Told(m_station.SetHubClocks()), "done Information: done.");
-    EXPECT_EQ(Told(m_station.SetPrinterClocks()), "failed Plain: .Done") << "one is behind a hub";
-    const DeviceHub* hub = m_devices->FindAs<DeviceHub>(64);
-    EXPECT_TRUE(hub->Configuration().contains("Na_Relt"));
-    EXPECT_EQ(hub->ClockText(), "\x36\x3D\x56\x4A\x3B\x42\x34");
-    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(32)->ClockText(), hub->ClockText());
-    EXPECT_TRUE(m_devices->FindAs<TicketPrinter>(33)->ClockText().isEmpty()) << "it is not reached behind its hub";
-
-    m_devices->SetSilent(64, true);
-    EXPECT_EQ(Told(m_station.SetHubs()), "failed Exclamation: Error on setting config to HUB(s).");
 }
 
 TEST_F(StationTest, ABlockThatCannotBeEncodedIsNotSent) {

@@ -1,4 +1,4 @@
-#include "tests/simulation/SimulatedUser.h"
+#include "simulator/SimulatedUser.h"
 
 #include "platform/Ended.h"
 

@@ -2,7 +2,7 @@
 
 #include "platform/Line.h"
 #include "simulator/DeviceBus.h"
-#include "tests/simulation/Timeline.h"
+#include "simulator/Timeline.h"
 
 /// A serial line in simulated time, with all devices of an installation at its other end. Both directions run at the
 /// speed of the port.

@@ -1,4 +1,4 @@
-#include "tests/simulation/FaultyDisk.h"
+#include "simulator/FaultyDisk.h"
 
 #include <cerrno>
 #include <chrono>

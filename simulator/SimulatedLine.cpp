@@ -1,4 +1,4 @@
-#include "tests/simulation/SimulatedLine.h"
+#include "simulator/SimulatedLine.h"
 
 using namespace std::chrono_literals;
 

@@ -1,4 +1,4 @@
-#include "tests/simulation/Timeline.h"
+#include "simulator/Timeline.h"
 
 #include <optional>
 

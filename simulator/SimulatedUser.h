@@ -2,7 +2,7 @@
 
 #include "platform/Completion.h"
 #include "platform/Dialogs.h"
-#include "tests/simulation/Timeline.h"
+#include "simulator/Timeline.h"
 
 #include <list>
 #include <random>
