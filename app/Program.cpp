@@ -21,7 +21,21 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QKeyEvent>
+#include <QScreen>
 #include <QUrl>
+
+namespace {
+
+/// Makes a window no larger than the screen has room, beside panels and the frame that it will get.
+void KeepOnScreen(QWidget& window) {
+    constexpr QSize Frame(8, 36);
+    const bool isFramed = (window.windowType() == Qt::Window || window.windowType() == Qt::Dialog) &&
+                          !window.windowFlags().testFlag(Qt::FramelessWindowHint);
+    if (isFramed && !window.isMaximized() && !window.isFullScreen())
+        window.resize(window.size().boundedTo(window.screen()->availableSize() - Frame));
+}
+
+} // namespace
 
 Program::Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell)
     : m_folders(folders)
@@ -167,10 +181,17 @@ QString Program::HelpPage() {
 }
 
 bool Program::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_F1 && m_setupWindow) {
-        ShowHelp(HelpPage());
+    const bool isKey = event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride;
+    if (isKey && static_cast<QKeyEvent*>(event)->key() == Qt::Key_F1 && m_setupWindow) {
+        // The menu's own F1 would come first: it opens the first page, whatever the window is.
+        event->accept();
+        if (event->type() == QEvent::KeyPress)
+            ShowHelp(HelpPage());
         return true;
     }
+    auto* const window = qobject_cast<QWidget*>(watched);
+    if (event->type() == QEvent::Show && window && window->isWindow() && !event->spontaneous())
+        KeepOnScreen(*window);
     return QObject::eventFilter(watched, event);
 }
 

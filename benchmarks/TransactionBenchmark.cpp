@@ -14,10 +14,26 @@
 
 #include <qcoro/qcorotask.h>
 
+#include <array>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <termios.h>
+#include <unistd.h>
+
 namespace {
 
 constexpr int Transactions = 20'000;
 constexpr int Rounds = 3;
+
+/// A status reply of a printer, 15 bytes, to a request of 9.
+QByteArray Answer() {
+    return frames::BuildFrame("P007PP11111");
+}
+
+bool IsWholeFrame(const QByteArray& request) {
+    return request.endsWith(frames::Etx);
+}
 
 QCoro::Task<int> SendMany(Bus& bus) {
     const QByteArray none;
@@ -32,9 +48,7 @@ QCoro::Task<int> SendMany(Bus& bus) {
 } // namespace
 
 double TransactionRate(const std::function<void(Bus&, const std::function<void()>& work)>& around) {
-    // A status reply of a printer, 15 bytes, to a request of 9.
-    const Responder device(frames::BuildFrame("P007PP11111"),
-                           [](const QByteArray& request) { return request.endsWith(frames::Etx); });
+    const Responder device(Answer(), IsWholeFrame);
     const QTemporaryDir folder;
     SystemClock clock;
     EventLog log(folder.path(), clock);
@@ -55,6 +69,37 @@ double TransactionRate(const std::function<void(Bus&, const std::function<void()
 }
 
 namespace {
+
+/// What the machine allows: the same system calls for the same bytes, and nothing else.
+double BareRate() {
+    const Responder device(Answer(), IsWholeFrame);
+    const int line = ::open(qPrintable(device.Path()), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    termios settings{};
+    if (line < 0 || ::tcgetattr(line, &settings) != 0)
+        qFatal("the line does not open");
+    ::cfmakeraw(&settings);
+    ::tcsetattr(line, TCSANOW, &settings);
+    const QByteArray request = frames::BuildFrame(frames::Body(32, '0', 'P', {}));
+    const auto write = [line](QByteArrayView bytes) {
+        if (::write(line, bytes.data(), static_cast<size_t>(bytes.size())) != bytes.size())
+            qFatal("the line takes nothing");
+    };
+    const double rate = Transactions / BestSeconds(Rounds, [&] {
+                            std::array<char, 64> answer{};
+                            for (int i = 0; i < Transactions; ++i) {
+                                write(request);
+                                for (bool isWhole = false; !isWhole;) {
+                                    pollfd ready{line, POLLIN, 0};
+                                    ::poll(&ready, 1, 800);
+                                    const ssize_t count = ::read(line, answer.data(), answer.size());
+                                    isWhole = count > 0 && answer[static_cast<std::size_t>(count) - 1] == frames::Etx;
+                                }
+                                write(QByteArrayView(&frames::Ack, 1));
+                            }
+                        });
+    ::close(line);
+    return rate;
+}
 
 double ModbusRate() {
     // Five holding registers: 8 bytes there, 15 back, from unit 32.
@@ -88,5 +133,6 @@ double ModbusRate() {
 void BenchmarkTransactions() {
     const double orvex = TransactionRate([](Bus&, const std::function<void()>& work) { work(); });
     const double modbus = ModbusRate();
+    Report("Transactions over a pseudo-terminal", orvex, "1/s", "bare calls of the system", BareRate());
     Report("Transactions over a pseudo-terminal", orvex, "1/s", "libmodbus RTU", modbus);
 }

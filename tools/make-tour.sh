@@ -8,5 +8,5 @@ cd "$(dirname "$0")/.."
 build=${1:-build/release}
 mkdir -p docs/tour
 rm -f docs/tour/*.png
-ORVEX_TOUR=$PWD/docs/tour QT_QPA_PLATFORM=offscreen TMPDIR=/tmp LC_ALL=C.UTF-8 "$build/tests/app/test_app" --gtest_filter='TourTest.*'
+ORVEX_TOUR=$PWD/docs/tour QT_QPA_PLATFORM="offscreen:configfile=$PWD/tests/support/laptop.json" TMPDIR=/tmp LC_ALL=C.UTF-8 "$build/tests/app/test_app" --gtest_filter='TourTest.*'
 ls docs/tour

@@ -25,6 +25,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPainter>
+#include <QScreen>
 #include <QPointer>
 #include <QProgressBar>
 #include <QRadioButton>
@@ -62,6 +63,8 @@ protected:
     /// Keeps a picture of a window, and of what is open above it.
     void Picture(const char* name, QWidget* window, std::initializer_list<QWidget*> above = {}) const {
         QApplication::processEvents();
+        const QSize room = window->screen()->availableSize();
+        EXPECT_TRUE(window->width() <= room.width() && window->height() < room.height()) << name;
         if (m_pictures.isEmpty())
             return;
         QPixmap picture = window->grab();
@@ -105,7 +108,6 @@ protected:
         Close(QStringLiteral("COM port used by another program!"));
         m_setup = Await<frmQueue>();
         ASSERT_NE(m_setup, nullptr);
-        m_setup->resize(1180, 700);
         ASSERT_TRUE(QTest::qWaitForWindowActive(m_setup));
         m_hands.emplace(*m_setup);
     }
