@@ -25,10 +25,10 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPainter>
-#include <QScreen>
 #include <QPointer>
 #include <QProgressBar>
 #include <QRadioButton>
+#include <QScreen>
 #include <QTableView>
 #include <QTemporaryDir>
 
@@ -206,7 +206,7 @@ protected:
     void DesignTheTicket() {
         Item(m_setup, "mnPRPFB9")->trigger();
         auto* designer = Await<frmDesignTicket>();
-        designer->resize(1100, 640);
+
         Item(designer, "mnOpen")->trigger();
         auto* open = Await<QFileDialog>();
         open->selectFile(m_folder.filePath(QStringLiteral("Data/ticket.rtf")));
