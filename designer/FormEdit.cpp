@@ -88,6 +88,11 @@ QString FormType() {
 
 FormEdit::FormEdit(QWidget* parent)
     : QTextEdit(parent) {
+    // A ticket is dark on white paper, whatever the desktop is.
+    QPalette paper = palette();
+    paper.setColor(QPalette::Base, Qt::white);
+    paper.setColor(QPalette::Text, Qt::black);
+    setPalette(paper);
     setAcceptRichText(false);
     SetDocument(TicketDocument());
 }

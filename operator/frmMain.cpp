@@ -116,7 +116,11 @@ void frmMain::InitPictures() {
 
 void frmMain::InitScrolling() {
     QPalette around = m_ui->mapView->palette();
+    // The map is light whatever the desktop is, and so is what is written on it.
     around.setColor(QPalette::Window, ObjectMap::BackgroundColour());
+    around.setColor(QPalette::Base, Qt::white);
+    for (const QPalette::ColorRole text : {QPalette::WindowText, QPalette::Text})
+        around.setColor(text, QColor(0x20, 0x20, 0x20));
     m_ui->mapView->setPalette(around);
     m_ui->mapView->setAutoFillBackground(true);
     m_ui->mapView->installEventFilter(this);

@@ -127,8 +127,10 @@ void CellDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelInd
     QStyledItemDelegate::initStyleOption(option, index);
     // Only the grid with the keyboard shows its selection in full colour.
     option->state.setFlag(QStyle::State_Active, m_grid->hasFocus());
-    if (!static_cast<const GridModel*>(index.model())->MarkOf(index.row(), index.column()).isEmpty())
+    if (!static_cast<const GridModel*>(index.model())->MarkOf(index.row(), index.column()).isEmpty()) {
         option->backgroundBrush = QColor(0xFF, 0xE0, 0x9C);
+        option->palette.setColor(QPalette::Text, Qt::black);
+    }
 }
 
 void CellDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {

@@ -16,6 +16,12 @@ namespace {
 constexpr int NarrowestColumn = 44; ///< pixels
 constexpr int WidestColumn = 340;   ///< pixels, for what a column shows of its own accord
 
+/// A quarter of one colour in another.
+QColor Mixed(const QColor& quarter, const QColor& rest) {
+    const auto mix = [](int one, int other) { return (one + 3 * other) / 4; };
+    return {mix(quarter.red(), rest.red()), mix(quarter.green(), rest.green()), mix(quarter.blue(), rest.blue())};
+}
+
 } // namespace
 
 DataGrid::DataGrid(QWidget* parent)
@@ -27,7 +33,9 @@ DataGrid::DataGrid(QWidget* parent)
     setTabKeyNavigation(false);
     setAlternatingRowColors(true);
     QPalette colours = palette();
-    colours.setColor(QPalette::Inactive, QPalette::Highlight, QColor(0xCF, 0xDF, 0xEF));
+    colours.setColor(
+        QPalette::Inactive, QPalette::Highlight,
+        Mixed(colours.color(QPalette::Active, QPalette::Highlight), colours.color(QPalette::Active, QPalette::Base)));
     colours.setColor(QPalette::Inactive, QPalette::HighlightedText, colours.color(QPalette::Active, QPalette::Text));
     setPalette(colours);
     verticalHeader()->setDefaultAlignment(Qt::AlignCenter);
