@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/IniText.h"
 #include "platform/Result.h"
 
 #include <QString>
@@ -14,8 +15,8 @@
 /// written is UTF-8.
 class IniUtility {
 public:
-    /// A value has at most this many characters; the rest is not read.
-    static constexpr int LongestValue = 127;
+    static constexpr int LongestValue = initext::LongestValue;
+    using Setting = initext::Setting;
 
     explicit IniUtility(QString iniPath)
         : IniPath(std::move(iniPath)) {}
@@ -32,12 +33,6 @@ public:
     /// Sets a value, making file, section and key as needed. Everything else in the file stays as it is, byte for byte,
     /// and the file is replaced as a whole. False if it could not be written; the old file then stays.
     bool WriteIni(const QString& section, const QString& key, const QString& value) const;
-
-    struct Setting {
-        QString section;
-        QString key;
-        QString value;
-    };
 
     /// Sets several values together: all of them are in the file afterwards, or none is.
     bool WriteAll(const std::vector<Setting>& settings) const;

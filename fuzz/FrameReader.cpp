@@ -29,5 +29,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     if (frames::UnescapeData(frames::EscapeData(line)) != line.toByteArray())
         std::abort();
+    // Taken apart and put together a frame is the same.
+    if (const std::optional<frames::Parts> parts = frames::Split(line)) {
+        const QByteArray again =
+            frames::BuildFrame(frames::Body(parts->address, parts->sequence, parts->letter, parts->data.toByteArray()));
+        const std::optional<frames::Parts> rebuilt = frames::Split(again);
+        if (!rebuilt || rebuilt->data != parts->data || rebuilt->letter != parts->letter)
+            std::abort();
+    }
+    QByteArray relayed = line.toByteArray();
+    frames::RemoveRelayLetter(relayed);
+    if (relayed.size() > line.size())
+        std::abort();
     return 0;
 }
