@@ -9,13 +9,13 @@
 
 namespace {
 
-/// A file as its lines, each with the line end that it has.
+/// A file as its lines, each with the line end that it has. They point into the content.
 QByteArrayList LinesOf(const QByteArray& content) {
     QByteArrayList lines;
     for (qsizetype at = 0; at < content.size();) {
         const qsizetype end = content.indexOf('\n', at);
         const qsizetype next = end < 0 ? content.size() : end + 1;
-        lines += content.mid(at, next - at);
+        lines += QByteArray::fromRawData(content.constData() + at, next - at);
         at = next;
     }
     return lines;
@@ -27,7 +27,7 @@ QString TextOf(QByteArrayView bytes) {
     return decoder.hasError() ? ansi::Decode(bytes) : text;
 }
 
-bool IsBlank(const QByteArray& line) {
+bool IsBlank(QByteArrayView line) {
     return line.trimmed().isEmpty();
 }
 
@@ -36,28 +36,28 @@ bool IsSame(const QString& left, const QString& right) {
 }
 
 /// The name between the brackets of a section line, none for any other line.
-std::optional<QString> SectionName(const QByteArray& line) {
+std::optional<QString> SectionName(QByteArrayView line) {
     // Some editors put a byte-order mark before the first line.
-    const QByteArray mark = QByteArrayLiteral("\xEF\xBB\xBF");
-    const QByteArray text = (line.startsWith(mark) ? line.sliced(mark.size()) : line).trimmed();
+    constexpr QByteArrayView Mark("\xEF\xBB\xBF", 3);
+    const QByteArrayView text = (line.startsWith(Mark) ? line.sliced(Mark.size()) : line).trimmed();
     if (!text.startsWith('['))
         return std::nullopt;
     const qsizetype end = text.indexOf(']');
-    return TextOf(QByteArrayView(text).sliced(1, (end < 0 ? text.size() : end) - 1));
+    return TextOf(text.sliced(1, (end < 0 ? text.size() : end) - 1));
 }
 
 /// The key of a line of the form key=value, none for any other line.
-std::optional<QString> KeyName(const QByteArray& line) {
-    const QByteArray text = line.trimmed();
+std::optional<QString> KeyName(QByteArrayView line) {
+    const QByteArrayView text = line.trimmed();
     const qsizetype equals = text.indexOf('=');
     if (equals < 0 || text.startsWith(';') || text.startsWith('['))
         return std::nullopt;
-    return TextOf(QByteArrayView(text).first(equals));
+    return TextOf(text.first(equals));
 }
 
-QString ValueOf(const QByteArray& line) {
-    const QByteArray text = line.trimmed();
-    QString value = TextOf(QByteArrayView(text).sliced(text.indexOf('=') + 1)).trimmed();
+QString ValueOf(QByteArrayView line) {
+    const QByteArrayView text = line.trimmed();
+    QString value = TextOf(text.sliced(text.indexOf('=') + 1)).trimmed();
     const bool isQuoted =
         value.size() >= 2 && value.front() == value.back() && (value.front() == u'"' || value.front() == u'\'');
     if (isQuoted)

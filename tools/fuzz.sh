@@ -27,7 +27,7 @@ fuzz() {
     mkdir -p "$runs"
     local options=(-max_total_time="$seconds" -timeout=20 -print_final_stats=1 -artifact_prefix="build/fuzz/found/$target-")
     [ ! -f "$dictionary" ] || options+=(-dict="$dictionary")
-    [ "$target" = jet ] || options+=(-max_len=1024)
+    [ "$target" = jet ] || options+=(-max_len=512)
     local found=0
     "build/fuzz/fuzz/fuzz_$target" "${options[@]}" "$runs" "fuzz/corpus/$target" > "build/fuzz/$target.log" 2>&1 || found=1
     local executed rate
