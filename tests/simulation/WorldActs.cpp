@@ -25,6 +25,8 @@ void World::Do(int act) {
     const int waits[] = {0, 0, 3, 300, 3000, 60'000, 600'000};
     const int longest = waits[dice.Roll(7)];
     PassTime(std::chrono::milliseconds(longest == 0 ? 0 : dice.Roll(longest)));
+    if (dice.OnceIn(200))
+        PassTime(std::chrono::hours(dice.Roll(48)));
     if (IsOver())
         return;
     const auto printers = m_station->Model().ObjectsOf(model::Printer);

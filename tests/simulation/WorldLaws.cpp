@@ -69,6 +69,14 @@ void World::CheckOutcome(const Running& running) {
                 Break(
                     QStringLiteral("\"ResetSystem\" says done, and %1 was not sent").arg(QString::fromLatin1(command)));
         }
+    } else if (running.name == u"SendFormToAll" && !m_isDirty && !Happens(QStringLiteral("full")) &&
+               !Happens(QStringLiteral("flush"))) {
+        const std::optional<QByteArray> form = ReadFormFile(m_folder.filePath(QStringLiteral("Ticket.bin")));
+        for (const qint16 index : m_station->Model().ObjectsOf(model::Printer)) {
+            const auto* const printer = m_line->FindAs<TicketPrinter>(m_station->Model().Object(index).Address);
+            if (!form || printer->Form() != *form)
+                fault = printer->Title() + QStringLiteral(" holds another form");
+        }
     } else if (running.name == u"SetHubClocks") {
         CheckAnswered(running, model::Hub, 'U');
         for (const qint16 hub : m_station->Model().ObjectsOf(model::Hub)) {
@@ -180,6 +188,11 @@ void World::CheckDisk(bool wasCrash) {
     if (wasCrash || m_possible.size() == 1)
         check(m_store, m_possible);
     const QDir folder(m_folder.path());
+    const bool isWell = !m_hasCrashed && !Happens(QStringLiteral("full")) && !Happens(QStringLiteral("flush")) &&
+                        !Happens(QStringLiteral("busy"));
+    const int weekday = m_clock->Now().date().dayOfWeek() % 7 + 1;
+    if (isWell && !folder.exists(QStringLiteral("bak%1.mdb").arg(weekday)))
+        Break(QStringLiteral("no backup was made at the end"));
     for (const QString& name : folder.entryList({QStringLiteral("bak*.mdb")}))
         check(folder.filePath(name), m_states);
     if (const int tickets = StoredTickets(); tickets < 0)
