@@ -58,8 +58,8 @@ public:
     /// A command is on the line.
     bool Sending() const { return m_sending; }
 
-    /// Lets the try that is on the line come to its end, and begins no other: the program is about to end. Commands that
-    /// wait, and every later one, throw `Ended`.
+    /// Lets the try that is on the line come to its end, and begins no other: the program is about to end. Commands
+    /// that wait, and every later one, throw `Ended`.
     void Finish();
 
     /// Ends the running command, all that wait and every later one: the program is about to end.

@@ -111,8 +111,9 @@ public:
     /// `OpenStore`; what is wrong with the line is shown in a box.
     QCoro::Task<Outcome> Start(QString store);
 
-    /// Ends the station: lets no further command begin, waits up to 3 seconds for the one on the line, ends every operation, tells the voice
-    /// program, closes the store and backs it up. Nothing can be started afterwards. A second call does nothing.
+    /// Ends the station: lets no further command begin, waits up to 3 seconds for the one on the line, ends every
+    /// operation, tells the voice program, closes the store and backs it up. Nothing can be started afterwards. A
+    /// second call does nothing.
     QCoro::Task<> End();
 
     // Operations on the model.
