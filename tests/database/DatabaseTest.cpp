@@ -181,29 +181,6 @@ TEST(Database, BacksUpOnceADayOverTheSameWeekdayOfLastWeek) {
     EXPECT_EQ(backup(2), "store of day 2");
 }
 
-TEST(Database, ABackupHasNothingThatWasLeftHalfDone) {
-    World world;
-    world.Sql(
-        QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 3000) INSERT INTO "
-                       "Queue (q_Name) SELECT 'before' FROM n"));
-    // With next to no memory for pages, a change reaches the file before it is committed; what a crash then leaves is
-    // the file with its journal.
-    world.Sql(QStringLiteral("PRAGMA cache_size = 1"));
-    world.Sql(QStringLiteral("BEGIN"));
-    world.Sql(QStringLiteral("UPDATE Queue SET q_Name = 'half'"));
-    QTemporaryDir crashed;
-    for (const QString& end : {QString(), QStringLiteral("-journal")})
-        ASSERT_TRUE(QFile::copy(world.store + end, crashed.filePath(QStringLiteral("Harbinet.mdb")) + end));
-    world.Sql(QStringLiteral("ROLLBACK"));
-
-    Database other(crashed.path(), world.ini, world.log, world.clock);
-    other.BackupDatabase();
-    world.database.OpenDatabase(
-        crashed.filePath(QStringLiteral("bak%1.mdb").arg(world.clock.Time.date().dayOfWeek() % 7 + 1)));
-    EXPECT_EQ(world.Values(QStringLiteral("SELECT DISTINCT q_Name FROM Queue")), QStringLiteral("before"));
-    EXPECT_EQ(world.Values(QStringLiteral("PRAGMA integrity_check")), QStringLiteral("ok"));
-}
-
 TEST(Database, EmptiesAllTablesOrNone) {
     World world;
     for (const char* table :

@@ -87,15 +87,3 @@ TEST_F(DeviceStartTest, ACounterThatItsHubDoesNotListIsShownButNotReached) {
     EXPECT_TRUE(m_end.Commands.isEmpty());
     EXPECT_EQ(m_shown.join('|'), "1 0 42 ");
 }
-
-TEST_F(DeviceStartTest, TheResetGoesToAllAndStopsWhenCancelled) {
-    m_end.IsSilent = [](const QByteArray& command) { return command.startsWith("P "); };
-    EXPECT_FALSE(Await(m_start.BroadcastResetAndTime([] { return false; }))) << "the printer is silent";
-    QByteArray commands;
-    for (const QByteArray& command : m_end.Commands)
-        commands += command.first(3) + '|';
-    EXPECT_EQ(commands, "\xAF R|1 S|2 S|P S|X S|") << "hubs get nothing";
-    m_end.Commands.clear();
-    EXPECT_TRUE(Await(m_start.BroadcastResetAndTime([] { return true; })));
-    EXPECT_EQ(m_end.Commands.size(), 2);
-}

@@ -116,21 +116,6 @@ TEST_F(HubConfigTest, AMemberListNamesTypeAndAddress) {
     EXPECT_EQ(m_end.Commands, QByteArrayList{"p W2011Q"});
 }
 
-TEST_F(HubConfigTest, EveryDeviceOfTheTypeIsTriedAndAllMustAnswer) {
-    EXPECT_EQ(Await(m_config.SetHubConfig()), QStringList());
-    EXPECT_EQ(Await(m_clocks.SetHubTime()), QStringList());
-    for (const quint8 address : {64, 65, 66})
-        Add(address, address, model::Hub);
-    Add(1, 32, model::Printer, 64);
-    m_end.IsSilent = [](const QByteArray& command) { return command.startsWith('q'); };
-    EXPECT_EQ(Await(m_clocks.SetHubTime()), QStringList{u"object 65"_qs});
-    EXPECT_EQ(Await(m_clocks.SetHubOption(10)), QStringList{u"object 65"_qs});
-    EXPECT_EQ(Await(m_clocks.SetAllPrinterTimes()), QStringList());
-    const QByteArray clock = "\x36\x3D\x56\x4A\x3B\x42\x34";
-    EXPECT_EQ(m_end.Commands,
-              (QByteArrayList{"p U" + clock, "q U" + clock, "r U" + clock, "p K:", "q K:", "r K:", "P U" + clock}));
-}
-
 TEST_F(HubConfigTest, TheCounterOptionIsCheckedSentAndSaved) {
     Add(1, 64, model::Hub);
     IniUtility ini(m_folder.filePath(QStringLiteral("Tallora.ini")));

@@ -153,39 +153,3 @@ TEST_F(BusTest, ALineThatTakesNothingEndsTheCommandAndCanBeUsedAgain) {
     ASSERT_TRUE(WaitUntil([&] { return running.isReady(); }));
     EXPECT_TRUE(replies[0].ok);
 }
-
-TEST_F(BusTest, ALineThatGoesAwayFailsTheCommandAndTheQueueGoesOn) {
-    std::vector<Reply> replies;
-    const auto first = Record(m_bus.SendCommand(5, 'P', QByteArray(), 10s, 3), replies);
-    const auto second = Record(m_bus.SendCommand(6, 'P', QByteArray(), 10s, 3), replies);
-    Line(9);
-    m_terminal.HangUp();
-    ASSERT_TRUE(WaitUntil([&] { return second.isReady(); }, 2000));
-    EXPECT_FALSE(replies[0].ok || replies[1].ok);
-    EXPECT_FALSE(m_bus.Sending());
-
-    PseudoTerminal another;
-    Open(another.Path());
-    const auto third = Record(m_bus.SendCommand(5, 'P', QByteArray(), 2s, 1), replies);
-    QByteArray line;
-    ASSERT_TRUE(WaitUntil([&] { return (line += another.Read()).size() == 9; }));
-    another.Write(Answer());
-    ASSERT_TRUE(WaitUntil([&] { return third.isReady(); }));
-    EXPECT_TRUE(replies[2].ok);
-}
-
-TEST_F(BusTest, ADeadlineStartsWhenTheFrameHasLeft) {
-    // 40 characters at 2400 bit/s take 167 ms, so a wait of 1 ms lasts longer than that.
-    m_control.Close();
-    Open(m_terminal.Path(), QStringLiteral("2400"));
-    QElapsedTimer elapsed;
-    elapsed.start();
-    EXPECT_FALSE(Await(m_bus.SendCommand(5, 'P', QByteArray(31, 'd'), 1ms, 1)).ok);
-    EXPECT_GE(elapsed.elapsed(), 167);
-
-    // What was written before it counts too: 40 characters of a broadcast.
-    elapsed.start();
-    EXPECT_TRUE(Await(m_bus.SendCommand(127, 'R', QByteArray(31, 'd'), 1ms, 1)).ok);
-    EXPECT_FALSE(Await(m_bus.SendCommand(5, 'P', QByteArray(31, 'd'), 1ms, 1)).ok);
-    EXPECT_GE(elapsed.elapsed(), 333);
-}

@@ -106,9 +106,3 @@ TEST_F(PrinterConfigTest, WithoutServicesOnlyTheButtonTableAndTheEndGoOut) {
     EXPECT_EQ(ReadFile(m_folder.filePath(QStringLiteral("TDSVCfg.log"))),
               "Button Table:\n0x00,0,0,0,0\nService Table:\n");
 }
-
-TEST_F(PrinterConfigTest, WithoutPrintersAllIsWell) {
-    m_installation->NumObjects = 1;
-    EXPECT_EQ(Await(m_config.ConfigAllPrinters()), QStringList());
-    EXPECT_TRUE(m_end.Commands.isEmpty());
-}

@@ -58,7 +58,7 @@ void World::CheckOutcome(const Running& running) {
         CheckAnswered(running, model::Hub, 'L');
         if (!m_isDirty && !wasEdited)
             fault = reference.HubFault(*m_line);
-    } else if (running.name == u"InitHubs") {
+    } else if (running.name == u"InitHubs" || running.name == u"InitAllObjects") {
         CheckAnswered(running, model::Hub, 'W');
         if (!m_isDirty)
             fault = reference.MemberFault(*m_line);

@@ -190,32 +190,6 @@ TEST_F(SimulatedBusTest, HubRelaysToItsMembersOnly) {
     EXPECT_EQ(m_bus.Find(8)->ClockText(), Clock.first(3));
 }
 
-TEST_F(SimulatedBusTest, SameSeedGivesTheSameFaults) {
-    const auto run = [](quint32 seed) {
-        SimulatedBus bus{Installation()};
-        FaultSettings faults;
-        faults.DropRequest = faults.DropReply = faults.Corrupt = faults.Noise = 0.2;
-        faults.Seed = seed;
-        bus.SetFaults(faults);
-        EXPECT_EQ(bus.Open(), QString());
-        BusClient client(bus);
-        QByteArray all;
-        for (int i = 0; i < 60; ++i) {
-            const QByteArray frame = frames::BuildFrame(frames::Body(1, char('0' + i % 10), 'P', {}));
-            const quint64 commands = bus.Counts().Commands;
-            client.Write(frame);
-            EXPECT_TRUE(WaitUntil([&] { return bus.Counts().Commands > commands; }));
-            all += client.Read() + '|';
-        }
-        return all;
-    };
-    const QByteArray first = run(7);
-    EXPECT_EQ(first, run(7));
-    EXPECT_NE(first, run(8));
-    EXPECT_TRUE(first.contains("||"));
-    EXPECT_TRUE(first.contains(frames::BuildFrame(frames::Body(1, '0', 'P', {})).chopped(4)));
-}
-
 TEST_F(SimulatedBusTest, DelayedAndSlicedRepliesComeWhole) {
     FaultSettings faults;
     faults.Delay = faults.Slice = 1;

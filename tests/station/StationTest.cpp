@@ -33,13 +33,6 @@ protected:
 
 } // namespace
 
-TEST_F(StationTest, ASilentPrinterIsToldAtTheEnd) {
-    OpenLine();
-    m_devices->SetSilent(32, true);
-    EXPECT_EQ(Told(m_station.SetServiceConfig()), "failed Exclamation: Error on setting config to all objects.");
-    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(33)->LoadsFinished(), 1);
-}
-
 TEST_F(StationTest, WithTheLineClosedNothingHangs) {
     EXPECT_EQ(Told(m_station.SetServiceConfig()), "failed Exclamation: Error on setting config to all objects.");
     EXPECT_EQ(m_devices->Counts().Commands, 0U);
@@ -187,22 +180,6 @@ TEST_F(StationTest, TheInitializationRunGivesEveryDeviceWhatItNeeds) {
     EXPECT_EQ(Told(m_station.InitAllObjects()), "cancelled");
     EXPECT_EQ(gauge, (QList<int>{6, -1}));
     EXPECT_FALSE(m_station.run.QueueRunning());
-}
-
-TEST_F(StationTest, TheRunNamesWhoIsSilentAndWithoutALineItWalksAllTheSame) {
-    AddObjects(QStringLiteral("(6, 9, 40, 'Board', 1, 2, 0)"));
-    (void)m_station.reload.ReloadAll();
-    OpenLine();
-    Silence({1, 40, 64});
-    EXPECT_EQ(Await(m_station.InitAllObjects()).silent,
-              (QStringList{u"Counter"_qs, u"Second (behind a hub)"_qs, u"HUB"_qs, u"Board"_qs}));
-    EXPECT_TRUE(m_station.run.QueueRunning());
-
-    m_station.line.CloseComm();
-    m_station.run.SetRunning(false);
-    EXPECT_EQ(Await(m_station.InitAllObjects()).silent,
-              (QStringList{u"Counter"_qs, u"Main"_qs, u"Second (behind a hub)"_qs, u"HUB"_qs, u"Board"_qs}));
-    EXPECT_TRUE(m_station.run.QueueRunning());
 }
 
 TEST_F(StationTest, AResetForgetsTicketsAndLetsNumbersBeginAnewWhoeverAnswers) {

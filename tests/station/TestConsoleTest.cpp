@@ -234,36 +234,3 @@ TEST_F(TestConsoleTest, PollingOffersTheNextNumberUntilItIsCancelledAndCanBeginA
     m_station.Close();
     ASSERT_TRUE(WaitUntil([&] { return polling.isReady(); }));
 }
-
-TEST_F(TestConsoleTest, PollAndPrinterLoadDoNotHoldEachOtherUp) {
-    // In real time, though waits are a tenth of what they are.
-    HastyClock clock;
-    TestDialogs dialogs;
-    QTemporaryDir folder;
-    SerialControl port;
-    OpenStation station({folder.path(), folder.path()}, {clock, port, dialogs});
-    station.database.OpenDatabase(m_store);
-    (void)station.reload.ReloadAll();
-    station.line.Settings = {
-        .CommDevice = m_devices->SlavePath(), .CommName = m_devices->SlavePath(), .CommBaud = QStringLiteral("115200")};
-    ASSERT_TRUE(Await(station.line.OpenPort()));
-    const auto load = [&] {
-        QElapsedTimer timer;
-        timer.start();
-        EXPECT_TRUE(Await(station.printers.SendPrinterConfig(1, PrinterConfig::Load::Full)));
-        return timer.elapsed();
-    };
-    const qint64 alone = load();
-    TestConsole& console = station.Console();
-    const auto polling = console.PoolTicket(QStringLiteral("32"));
-    int polls = 0;
-    ::QObject::connect(&station.bus, &Bus::ReplyTaken,
-                       [&](quint8, const QByteArray& frame) { polls += frame.at(5) == 'Q' ? 1 : 0; });
-    const qint64 together = load();
-    EXPECT_GE(polls, alone / 300) << "the poll came every 0.2 s";
-    constexpr int PollTime = 20; // milliseconds
-    EXPECT_LT(together, alone + PollTime * polls + 100);
-    EXPECT_FALSE(polling.isReady());
-    console.CancelPoll();
-    EXPECT_TRUE(WaitUntil([&] { return polling.isReady(); }));
-}
