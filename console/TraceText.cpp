@@ -23,6 +23,24 @@ const model::QObject* FindByAddress(const model::Installation& installation, qui
     return nullptr;
 }
 
+/// What a good frame is worth as an answer.
+QString FitText(ReplyFit fit) {
+    switch (fit) {
+    case ReplyFit::Own:
+        return Translated(QT_TRANSLATE_NOOP("TraceText", "good"));
+    case ReplyFit::AsSent:
+        return Translated(QT_TRANSLATE_NOOP("TraceText", "as it was sent"));
+    case ReplyFit::OtherAddress:
+        return Translated(QT_TRANSLATE_NOOP("TraceText", "another device"));
+    case ReplyFit::OtherSequence:
+        return Translated(QT_TRANSLATE_NOOP("TraceText", "an older try"));
+    case ReplyFit::OtherLetter:
+    case ReplyFit::OtherDevice:
+        return Translated(QT_TRANSLATE_NOOP("TraceText", "another command"));
+    }
+    return {};
+}
+
 } // namespace
 
 QString Readable(QByteArrayView bytes) {
@@ -81,10 +99,10 @@ TraceText::Reading TraceText::Read(quint64 serial) const {
     const TraceRow& row = m_trace.Row(serial);
     if (row.IsOut())
         return ReadRequest(row.frame);
-    // A reply says little about itself: it belongs to the command that waited for it.
+    // A reply says little about itself: it belongs to the command that waited for it, unless another device sent it.
     Reading reading = ReadFrame(row.frame);
-    if (row.HasRequest() && row.request >= m_trace.First() && row.request < serial &&
-        m_trace.Row(row.request).IsOut()) {
+    if (row.HasRequest() && row.fit != ReplyFit::OtherAddress && row.request >= m_trace.First() &&
+        row.request < serial && m_trace.Row(row.request).IsOut()) {
         const QByteArray content = std::exchange(reading.data, {});
         reading = ReadRequest(m_trace.Row(row.request).frame);
         reading.data = content;
@@ -120,7 +138,8 @@ QString TraceText::ResultOf(const TraceRow& row) {
         text = Translated(QT_TRANSLATE_NOOP("TraceText", "waiting"));
         break;
     case TraceRow::Answered:
-        text = Translated(QT_TRANSLATE_NOOP("TraceText", "answered"));
+        text = IsForeign(row.fit) ? Translated(QT_TRANSLATE_NOOP("TraceText", "answered by another"))
+                                  : Translated(QT_TRANSLATE_NOOP("TraceText", "answered"));
         break;
     case TraceRow::NoAnswer:
         text = Translated(QT_TRANSLATE_NOOP("TraceText", "no answer"));
@@ -132,7 +151,7 @@ QString TraceText::ResultOf(const TraceRow& row) {
         text = Translated(QT_TRANSLATE_NOOP("TraceText", "sent"));
         break;
     case TraceRow::Good:
-        text = Translated(QT_TRANSLATE_NOOP("TraceText", "good"));
+        text = FitText(row.fit);
         break;
     case TraceRow::BadSum:
         text = Translated(QT_TRANSLATE_NOOP("TraceText", "bad check sum"));
@@ -191,7 +210,7 @@ bool TraceText::IsMarked(quint64 serial) const {
     case TraceRow::Unasked:
         return true;
     default:
-        return row.attempt > 1;
+        return row.attempt > 1 || IsForeign(row.fit);
     }
 }
 

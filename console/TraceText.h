@@ -23,7 +23,8 @@ public:
     /// What stands in a column of a row. @param serial of a row that is there.
     QString Text(quint64 serial, int column) const;
 
-    /// Something went wrong at the row: a repeated try, no answer, a bad check sum, a frame that nobody asked for.
+    /// Something went wrong at the row: a repeated try, no answer, a bad check sum, a frame that nobody asked for, an
+    /// answer to something else.
     bool IsMarked(quint64 serial) const;
 
     /// Bus address of the device that the row is about: of the device behind the hub for a relay.

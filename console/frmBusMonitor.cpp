@@ -137,11 +137,12 @@ void frmBusMonitor::Save(bool asCsv) {
 void frmBusMonitor::Count() {
     const FrameReader::Counters& counts = m_station.Master().Counts();
     m_ui->lblCount->setText(tr("%L1 rows shown. Since the start: %L2 frames came in, %L3 with a bad check sum, %L4 cut "
-                               "off; %L5 stray characters.")
+                               "off, %L5 that answered something else; %L6 stray characters.")
                                 .arg(m_model->rowCount())
                                 .arg(counts.Frames)
                                 .arg(counts.BadSums)
                                 .arg(counts.Abandoned + counts.Overlong)
+                                .arg(m_station.Statistics().All().foreign)
                                 .arg(counts.Stray));
 }
 

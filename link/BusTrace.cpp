@@ -34,6 +34,7 @@ TraceRow& BusTrace::Append(TraceRow::Outcome outcome, const QByteArray& frame) {
     row.collected = 0;
     row.attempt = 1;
     row.outcome = outcome;
+    row.fit = ReplyFit::Own;
     return row;
 }
 
@@ -54,9 +55,14 @@ void BusTrace::OnSent(quint8 address, const QByteArray& frame, int attempt) {
 void BusTrace::OnReceived(const QByteArray& frame, bool isGood, bool isAwaited) {
     using std::chrono::microseconds;
     TraceRow* request = isAwaited ? Open() : nullptr;
-    if (request && isGood)
+    ReplyFit fit = ReplyFit::Own;
+    if (request && isGood) {
+        fit = FitOf(request->frame, frame);
         request->outcome = TraceRow::Answered;
+        request->fit = fit;
+    }
     TraceRow& row = Append(!isGood ? TraceRow::BadSum : isAwaited ? TraceRow::Good : TraceRow::Unasked, frame);
+    row.fit = fit;
     row.request = isAwaited ? m_request : m_end - 1;
     if (isAwaited) {
         const auto passed = std::chrono::duration_cast<microseconds>(m_clock.Monotonic() - m_sent).count();

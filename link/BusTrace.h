@@ -1,5 +1,6 @@
 #pragma once
 
+#include "link/ReplyFit.h"
 #include "platform/Clock.h"
 
 #include <QByteArray>
@@ -17,7 +18,7 @@ struct TraceRow {
         NoAnswer,   ///< out: the time is over
         LineClosed, ///< out: the line went away meanwhile
         ToAll,      ///< out: a broadcast, which nobody answers
-        Good,       ///< in: answers the frame that was sent last
+        Good,       ///< in: taken for the answer to the frame that was sent last
         BadSum,     ///< in: dropped for its check sum
         Unasked,    ///< in: nobody waited for it
     };
@@ -29,6 +30,7 @@ struct TraceRow {
     qint16 collected = 0;  ///< out, without answer: characters that had come of one
     qint16 attempt = 1;    ///< out: 2 and up where the command was tried again
     Outcome outcome = Waiting;
+    ReplyFit fit = ReplyFit::Own; ///< in, if `Good`, and out, if `Answered`: whether it answers the command
 
     bool IsOut() const { return outcome <= ToAll; }
     bool HasRequest() const { return outcome == Good || outcome == BadSum; }

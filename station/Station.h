@@ -17,6 +17,7 @@
 #include "link/Bus.h"
 #include "link/BusTrace.h"
 #include "link/CommLine.h"
+#include "link/LineStatistics.h"
 #include "platform/Line.h"
 #include "platform/Outcome.h"
 #include "platform/PlacedDialogs.h"
@@ -82,6 +83,8 @@ public:
     EventLog& Log() { return log; }
     /// The frames of the line; its reader may empty it.
     BusTrace& Trace() { return trace; }
+    /// What the devices made of the commands since the start.
+    const LineStatistics& Statistics() const { return statistics; }
     /// The store, for the grids and the links that an installer edits. Whoever changes it calls `NoteStoreChanged` or
     /// an operation that reloads.
     Database& Store() { return database; }
@@ -241,6 +244,7 @@ protected:
     CommLine line;
     Bus bus;
     BusTrace trace;
+    LineStatistics statistics;
     HubRouter router;
     HubConfig hubs;
     DeviceClocks clocks;

@@ -11,4 +11,4 @@ cmake --build --preset sanitize --target soak MakeDemo | tail -n 1
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 build/sanitize/bin/MakeDemo "$folder/Harbinet.mdb" data/demo/demo.sql
-ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 build/sanitize/bin/soak "$folder/Harbinet.mdb" "${1:-15}"
+ASAN_OPTIONS=detect_leaks=1:quarantine_size_mb=8 UBSAN_OPTIONS=print_stacktrace=1 build/sanitize/bin/soak "$folder/Harbinet.mdb" "${1:-15}"

@@ -60,6 +60,12 @@ TEST_F(TraceModelTest, FramesAreToldInWords) {
     Send(frames::Broadcast, "R1234567");
     Receive("p", false);
     Receive("5001Hx", true, false);
+    Send(5, "P");
+    Receive("P007P110001");
+    Send(64, "NQP");
+    Receive("p002NK");
+    Send(5, "H0013");
+    Receive("5005H0013");
     m_model.Follow();
 
     const struct {
@@ -74,6 +80,12 @@ TEST_F(TraceModelTest, FramesAreToldInWords) {
         {"out|*|all devices|*|R|reset with clock|1234567|sent", false},
         {"in|*|all devices|7|R|reset with clock|<02>p72<03>|bad check sum", true},
         {"in|5|object 1|0|H|show number|x|nobody asked", true},
+        {"out|5|object 1|0|P|status||answered by another", true},
+        {"in|32||0|P|status|110001|another device", true},
+        {"out|64|object 2 > object 3|0|N P|status||answered by another", true},
+        {"in|64|object 2 > object 3|0|N P|status|K|another command", true},
+        {"out|5|object 1|0|H|show number|0013|answered", false},
+        {"in|5|object 1|0|H|show number|0013|as it was sent", false},
     };
     ASSERT_EQ(m_model.rowCount(), std::ssize(rows));
     for (int row = 0; row < m_model.rowCount(); ++row) {

@@ -107,16 +107,6 @@ TEST_F(HubRouterTest, SendsDirectlyOrThroughTheHub) {
     }
 }
 
-TEST_F(HubRouterTest, ARelayWaitsLongerWhateverIsAskedFor) {
-    Add(9, 64, model::Hub);
-    Add(7, 33, model::Printer, 9);
-    BuildHubTable(*m_installation, m_log);
-    QElapsedTimer elapsed;
-    elapsed.start();
-    EXPECT_FALSE(Await(m_router.SendToObject(1, 'P', QByteArray(), 1ms, 1)).ok);
-    EXPECT_GE(elapsed.elapsed(), 1200);
-}
-
 TEST_F(HubRouterTest, BracketsALongTransferForDevicesBehindAHubOnly) {
     Add(9, 64, model::Hub);
     Add(7, 33, model::Printer, 9);

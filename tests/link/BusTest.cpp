@@ -136,20 +136,3 @@ TEST_F(BusTest, AnAddressThatNoCharacterCarriesIsLoggedAndNotSent) {
     EXPECT_EQ(FrameOf(207, 'P', ""), frames::BuildFrame("\xFF"
                                                         "001P"));
 }
-
-TEST_F(BusTest, ALineThatTakesNothingEndsTheCommandAndCanBeUsedAgain) {
-    m_control.Close();
-    Open(m_terminal.Path(), QStringLiteral("1000000"));
-    // Nobody reads at the other end until its buffer is full.
-    while (m_messages.isEmpty())
-        EXPECT_FALSE(Await(m_bus.SendCommand(5, 'M', QByteArray(240, 'd'), 1ms, 1)).ok);
-    EXPECT_TRUE(m_messages.first().startsWith(QStringLiteral("Write Comm Err,")));
-    m_terminal.Read();
-    std::vector<Reply> replies;
-    const auto running = Record(m_bus.SendCommand(6, 'P', QByteArray(), 2s, 1), replies);
-    QByteArray line;
-    EXPECT_TRUE(WaitUntil([&] { return (line += m_terminal.Read()).endsWith(frames::BuildFrame("6001P")); }));
-    m_terminal.Write(Answer());
-    ASSERT_TRUE(WaitUntil([&] { return running.isReady(); }));
-    EXPECT_TRUE(replies[0].ok);
-}

@@ -23,7 +23,7 @@ LineLaws::Command LineLaws::CommandOf(quint8 address, const QByteArray& frame) {
 void LineLaws::Follow(Bus& bus) {
     m_isEnding = m_isEnded = false;
     m_running.reset();
-    m_answers = m_acks = 0;
+    m_answers = m_acks = Foreign = 0;
     connect(&bus, &Bus::FrameSent, this, [this](quint8 address, const QByteArray& frame, int attempt) {
         ++Tries;
         if (m_isEnding)
@@ -40,9 +40,9 @@ void LineLaws::Follow(Bus& bus) {
             return;
         // Only a relay to a device behind a hub waits longer, and the bench's question to a hub.
         const bool isRelay = command.contains(" N ") || command.endsWith(" Q");
-        m_running =
-            Running{command,        m_timeline.Now(), isRelay ? 1200ms : 800ms, m_timeline.Passed(), m_line.IsBlocked(),
-                    m_line.Blocks()};
+        m_running = Running{
+            command,        frame, m_timeline.Now(), isRelay ? 1200ms : 800ms, m_timeline.Passed(), m_line.IsBlocked(),
+            m_line.Blocks()};
     });
     connect(&bus, &Bus::ReplyTaken, this, [this](quint8, const QByteArray& frame) { Taken(frame); });
     connect(&bus, &Bus::ReplyMissed, this, [this](quint8, const QByteArray&, bool isLineOpen) { Missed(isLineOpen); });
@@ -76,6 +76,10 @@ void LineLaws::Taken(const QByteArray& frame) {
         return OnBroken(QStringLiteral("an answer is taken that nobody waits for"));
     const Running running = *std::exchange(m_running, std::nullopt);
     OnTried(running.command, true);
+    const auto head = [](const QByteArray& of) { return of.mid(1, 2) + of.mid(5, 1); };
+    const bool isRelay = running.command.contains(" N ");
+    const bool isOther = isRelay && (frame.size() < 10 || frame[6] != running.frame[7]);
+    Foreign += frame != running.frame && (head(frame) != head(running.frame) || isOther) ? 1 : 0;
     if (m_acks != m_answers)
         OnBroken(QStringLiteral("an answer was taken without an ACK"));
     if (m_last.isTaken)

@@ -30,12 +30,15 @@ public:
     void Delivered(const QByteArray& bytes);
 
     quint64 Tries = 0;
+    /// Answers taken by the present station whose head is not that of the command.
+    quint64 Foreign = 0;
 
     static Command CommandOf(quint8 address, const QByteArray& frame);
 
 private:
     struct Running {
         Command command;
+        QByteArray frame;
         Timeline::Moment written;
         std::chrono::milliseconds timeout;
         Timeline::Moment passed;

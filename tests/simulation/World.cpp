@@ -230,6 +230,7 @@ void World::Live() {
     m_station = std::make_unique<OpenStation>(ProgramFolders{m_folder.path(), m_folder.path()},
                                               Station::Machine{*m_clock, *m_line, *m_user});
     m_laws->Follow(m_station->bus);
+    m_triesBefore = m_laws->Tries;
     Begin(QStringLiteral("start"), false, [this](Station& station) -> QCoro::Task<Outcome> {
         co_await station.ReadSettings();
         if (!station.Settings().RoutedSeries && m_isRouted)
@@ -335,6 +336,7 @@ void World::EndStation() {
         Break(QStringLiteral("the program does not end"));
     else if (!m_running.empty())
         Break(QStringLiteral("\"%1\" goes on after the end of the program").arg(m_running.front().name));
+    CheckStatistics();
     m_laws->ExpectSilence();
     // Until another program has let the store go as well.
     const int life = m_lives;

@@ -85,6 +85,7 @@ private:
     void CheckAnswered(const Running& running, model::ObjectType type, char letter);
     void CheckTickets(const Outcome& outcome);
     void CheckModel();
+    void CheckStatistics();
     void CheckDisk(bool wasCrash);
     QByteArray Digest(sqlite3* store) const;
     QByteArray StoredDigest();
@@ -111,6 +112,7 @@ private:
     std::map<QString, std::set<QString>> m_possibleSettings; ///< by "section/key"
     std::set<QByteArray> m_states;                           ///< all that the store ever held, for backups
     Timeline::Moment m_lastProgress{0};
+    quint64 m_triesBefore = 0;
     int m_lives = 0;
     int m_edits = 0;
     bool m_hasCrashed = false;

@@ -126,6 +126,22 @@ void World::CheckModel() {
     }
 }
 
+void World::CheckStatistics() {
+    const LineStatistics::Counters& all = m_station->Statistics().All();
+    if (all.commands + all.retries != m_laws->Tries - m_triesBefore)
+        Break(QStringLiteral("%1 commands and %2 retries counted, %3 tries made")
+                  .arg(all.commands)
+                  .arg(all.retries)
+                  .arg(m_laws->Tries - m_triesBefore));
+    if (!m_isDirty && all.foreign + all.badSums + all.unasked != 0)
+        Break(QStringLiteral("%1 foreign answers, %2 bad sums and %3 frames unasked on a line without faults")
+                  .arg(all.foreign)
+                  .arg(all.badSums)
+                  .arg(all.unasked));
+    if (m_laws->Foreign != all.foreign)
+        Break(QStringLiteral("%1 foreign answers counted, %2 came").arg(all.foreign).arg(m_laws->Foreign));
+}
+
 QByteArray World::Digest(sqlite3* store) const {
     QCryptographicHash hash(QCryptographicHash::Md5);
     for (const char* table : {"Queue", "[Queue-Display]", "ScanPlan", "[Info-Direction]", "Hub",

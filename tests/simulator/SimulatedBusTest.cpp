@@ -190,20 +190,6 @@ TEST_F(SimulatedBusTest, HubRelaysToItsMembersOnly) {
     EXPECT_EQ(m_bus.Find(8)->ClockText(), Clock.first(3));
 }
 
-TEST_F(SimulatedBusTest, DelayedAndSlicedRepliesComeWhole) {
-    FaultSettings faults;
-    faults.Delay = faults.Slice = 1;
-    faults.DelayMilliseconds = 30;
-    faults.Silent = {40};
-    m_bus.SetFaults(faults);
-    BusClient client(m_bus);
-    QElapsedTimer time;
-    time.start();
-    EXPECT_EQ(client.Ask(32, 'P'), "000001");
-    EXPECT_GE(time.elapsed(), 30);
-    EXPECT_EQ(client.Ask(40, 'S'), Content());
-}
-
 TEST_F(SimulatedBusTest, LiesInEachWayThatLinesAndDevicesDo) {
     BusClient client(m_bus);
     const QByteArray status = frames::BuildFrame(frames::Body(32, '4', 'P', {}));
