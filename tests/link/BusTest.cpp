@@ -123,12 +123,6 @@ TEST_F(BusTest, WhatIsNoAnswerFailsAndIsShownAsCollected) {
     }
 }
 
-TEST_F(BusTest, AClosedLineFailsAtOnceAndWritesNothing) {
-    m_control.Close();
-    EXPECT_FALSE(Await(m_bus.SendCommand(5, 'P', QByteArray(), 10s, 3)).ok);
-    EXPECT_EQ(m_terminal.Read(), "");
-}
-
 TEST_F(BusTest, AnAddressThatNoCharacterCarriesIsLoggedAndNotSent) {
     EXPECT_FALSE(Await(m_bus.SendCommand(208, 'P', QByteArray(), 10s, 3)).ok);
     EXPECT_EQ(m_terminal.Read(), "");

@@ -93,17 +93,6 @@ TEST_F(SimulatedBusTest, AnswersKnownCommandsAndIsSilentOnOthers) {
     EXPECT_EQ(client.Exchange(frames::BuildFrame("1002P")), QByteArray());
 }
 
-TEST_F(SimulatedBusTest, TakesCommandsInAnySlicing) {
-    BusClient client(m_bus);
-    QByteArray reply;
-    for (const char byte : "junk" + frames::BuildFrame(frames::Body(1, '3', 'P', {}))) {
-        client.Write(QByteArray(1, byte));
-        QCoreApplication::processEvents();
-    }
-    ASSERT_TRUE(WaitUntil([&] { return (reply += client.Read()).endsWith(frames::Etx); }));
-    EXPECT_EQ(reply, frames::BuildFrame(frames::Body(1, '3', 'P', {})));
-}
-
 TEST_F(SimulatedBusTest, PrinterReportsWhatItHolds) {
     BusClient client(m_bus);
     int loaded = 0;

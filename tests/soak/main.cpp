@@ -1,5 +1,6 @@
 // Loads and initializes a hall again and again, in real time on a real line, and looks whether anything grows.
 
+#include "ctl/LineDialogs.h"
 #include "platform/Clock.h"
 #include "platform/SerialControl.h"
 #include "simulator/SimulatedBus.h"
@@ -15,26 +16,6 @@
 #include <cstdio>
 
 namespace {
-
-/// Closes every box at once and says Yes.
-class YesUser final : public Dialogs {
-public:
-    QCoro::Task<> ShowMessage(BoxKind, QString) override { co_return; }
-    QCoro::Task<> ShowTitledMessage(BoxKind, QString, QString) override { co_return; }
-    QCoro::Task<bool> AskYesNo(BoxKind, QString) override { co_return true; }
-    QCoro::Task<Answer> AskYesNoCancel(BoxKind, QString) override { co_return Answer::Yes; }
-    QCoro::Task<QString> ChooseFile(QString, QString suggested) override { co_return suggested; }
-    QCoro::Task<QString> ChooseSaveFile(QString, QString) override { co_return QString(); }
-    QCoro::Task<QString> AskText(QString) override { co_return QString(); }
-    std::unique_ptr<ProgressBox> ShowProgress(const QString&) override { return std::make_unique<NoBox>(); }
-    void Close() override {}
-
-private:
-    struct NoBox final : ProgressBox {
-        void Show(const QString&, qint64, qint64) override {}
-        bool IsCancelled() const override { return false; }
-    };
-};
 
 qint64 Descriptors() {
     return QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot).size();
@@ -77,7 +58,7 @@ int main(int argc, char** argv) {
         qFatal("the store cannot be copied");
     SystemClock clock;
     SerialControl port;
-    YesUser user;
+    LineDialogs user(true);
     Station station({folder.path(), folder.path()}, {clock, port, user});
     QCoro::waitFor(station.ReadSettings());
     station.UsePort(devices.SlavePath(), QStringLiteral("115200"));

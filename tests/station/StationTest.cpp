@@ -33,13 +33,6 @@ protected:
 
 } // namespace
 
-TEST_F(StationTest, WithTheLineClosedNothingHangs) {
-    EXPECT_EQ(Told(m_station.SetServiceConfig()), "failed Exclamation: Error on setting config to all objects.");
-    EXPECT_EQ(m_devices->Counts().Commands, 0U);
-    ASSERT_TRUE(m_station.database.Run({QStringLiteral("DELETE FROM Display WHERE d_Type = 3")}));
-    EXPECT_EQ(Told(m_station.SetHubs()), "done Information: Set config to all HUBs OK.");
-}
-
 TEST_F(StationTest, AClosedDatabaseEndsTheCommandsAndLeavesTheModel) {
     (void)m_station.reload.ReloadAll();
     m_station.database.CloseDatabase();
