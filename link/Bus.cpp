@@ -3,6 +3,7 @@
 #include "core/EventLog.h"
 #include "link/Encodings.h"
 #include "link/Frames.h"
+#include "link/ReplyFit.h"
 #include "platform/Ended.h"
 #include "platform/Line.h"
 
@@ -112,14 +113,18 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
         m_reader.ForgetReply();
         Completion<Outcome> wait;
         m_wait = &wait;
+        m_command = frame;
         WriteFrame(frame);
         StartDeadline(timeout);
         outcome = co_await wait.Wait();
         m_wait = nullptr;
         if (m_closed)
             throw Ended();
-        if (outcome != Outcome::Answered)
+        // What has not come back by now was lost.
+        if (outcome != Outcome::Answered) {
+            m_echoAwaited = 0;
             Q_EMIT ReplyMissed(address, m_reader.ReceiveBuffer(), outcome == Outcome::TimedOut);
+        }
     }
 
     Reply reply;
@@ -152,6 +157,8 @@ void Bus::WriteFrame(const QByteArray& frame) {
 void Bus::Write(QByteArrayView characters) {
     if (!m_line.IsOpen())
         return;
+    if (LocalEcho)
+        m_echoAwaited += characters.size();
     if (const Result<> written = m_line.Write(characters); !written)
         OnWriteFailed(written.Error());
     Occupy(characters.size());
@@ -201,15 +208,41 @@ void Bus::OnDeadline() {
 }
 
 void Bus::OnCharacters() {
-    const QByteArray characters = m_line.TakeAll();
+    QByteArray characters = m_line.TakeAll();
+    if (m_echoAwaited > 0) {
+        const qsizetype echoed = std::min(m_echoAwaited, characters.size());
+        m_echoAwaited -= echoed;
+        characters.remove(0, echoed);
+        if (characters.isEmpty())
+            return;
+    }
     Q_EMIT CharactersReceived(characters);
+    if (StrictReplies)
+        return TakeStrictly(characters);
     m_reader.Feed(characters);
     if (m_wait && m_reader.ReplyComplete())
         EndWait(Outcome::Answered);
 }
 
+void Bus::TakeStrictly(QByteArrayView characters) {
+    // Frame by frame: behind one that is passed over the answer may come at once.
+    while (!characters.isEmpty()) {
+        const qsizetype etx = characters.indexOf(frames::Etx);
+        const QByteArrayView piece = characters.first(etx < 0 ? characters.size() : etx + 1);
+        characters = characters.sliced(piece.size());
+        m_reader.Feed(piece);
+        if (!m_wait || !m_reader.ReplyComplete())
+            continue;
+        if (IsForeign(FitOf(m_command, m_reader.ReceiveBuffer())))
+            m_reader.ClearReceiveState();
+        else
+            EndWait(Outcome::Answered);
+    }
+}
+
 void Bus::OnLineClosed() {
     m_lineFree = {};
+    m_echoAwaited = 0;
     EndWait(Outcome::Failed);
 }
 

@@ -70,6 +70,13 @@ public:
     /// Transmissions of a frame within one try.
     qint16 FrameRepeats = 1;
 
+    /// A good frame that answers something else (`IsForeign`) is passed over: the wait goes on.
+    bool StrictReplies = false;
+
+    /// As many characters as were sent are swallowed of what comes, by count: an answer may be byte for byte its
+    /// command.
+    bool LocalEcho = false;
+
 Q_SIGNALS:
     /// Characters came in, all that were waiting: STX, ETX and ACK included.
     void CharactersReceived(const QByteArray& characters);
@@ -92,6 +99,7 @@ private:
     void WriteFrame(const QByteArray& frame);
     void Write(QByteArrayView characters);
     void OnCharacters();
+    void TakeStrictly(QByteArrayView characters);
     void OnLineClosed();
     void OnWriteFailed(const QString& error);
     void OnDeadline();
@@ -108,6 +116,8 @@ private:
     FrameReader m_reader;
     std::array<quint8, 256> m_sequenceNumber{};
     bool m_sending = false;
+    QByteArray m_command;        ///< the frame that waits for its answer
+    qsizetype m_echoAwaited = 0; ///< characters
     bool m_isFinishing = false;
     bool m_closed = false;
     std::deque<Completion<bool>*> m_queue;

@@ -11,6 +11,7 @@ BusTrace::BusTrace(const Bus& bus, const Clock& clock, QObject* parent)
     , m_clock(clock) {
     connect(&bus, &Bus::FrameSent, this, &BusTrace::OnSent);
     connect(&bus, &Bus::FrameReceived, this, &BusTrace::OnReceived);
+    connect(&bus, &Bus::ReplyTaken, this, [this](quint8, const QByteArray& frame) { OnTaken(frame); });
     connect(&bus, &Bus::ReplyMissed, this,
             [this](quint8, const QByteArray& collected, bool isLineOpen) { OnMissed(collected, isLineOpen); });
 }
@@ -58,8 +59,6 @@ void BusTrace::OnReceived(const QByteArray& frame, bool isGood, bool isAwaited) 
     ReplyFit fit = ReplyFit::Own;
     if (request && isGood) {
         fit = FitOf(request->frame, frame);
-        request->outcome = TraceRow::Answered;
-        request->fit = fit;
     }
     TraceRow& row = Append(!isGood ? TraceRow::BadSum : isAwaited ? TraceRow::Good : TraceRow::Unasked, frame);
     row.fit = fit;
@@ -68,6 +67,14 @@ void BusTrace::OnReceived(const QByteArray& frame, bool isGood, bool isAwaited) 
         const auto passed = std::chrono::duration_cast<microseconds>(m_clock.Monotonic() - m_sent).count();
         row.roundTrip = static_cast<qint32>(std::min<microseconds::rep>(passed, std::numeric_limits<qint32>::max()));
     }
+}
+
+void BusTrace::OnTaken(const QByteArray& frame) {
+    TraceRow* request = Open();
+    if (!request)
+        return;
+    request->outcome = TraceRow::Answered;
+    request->fit = FitOf(request->frame, frame);
 }
 
 void BusTrace::OnMissed(const QByteArray& collected, bool isLineOpen) {

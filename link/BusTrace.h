@@ -61,6 +61,7 @@ public:
 private:
     void OnSent(quint8 address, const QByteArray& frame, int attempt);
     void OnReceived(const QByteArray& frame, bool isGood, bool isAwaited);
+    void OnTaken(const QByteArray& frame);
     void OnMissed(const QByteArray& collected, bool isLineOpen);
     TraceRow& Append(TraceRow::Outcome outcome, const QByteArray& frame);
     /// The frame that was sent last, if it is still there and waits.

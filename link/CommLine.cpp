@@ -13,6 +13,19 @@ const QString& Section() {
     static const QString section = QStringLiteral("Comm");
     return section;
 }
+
+QString StrictKey() {
+    return QStringLiteral("StrictReplies");
+}
+
+QString EchoKey() {
+    return QStringLiteral("LocalEcho");
+}
+
+QString Yes() {
+    return QStringLiteral("yes");
+}
+
 } // namespace
 
 CommLine::CommLine(Line& control, IniUtility& ini, Dialogs& dialogs, const Clock& clock, QObject* parent)
@@ -26,6 +39,12 @@ CommLine::CommLine(Line& control, IniUtility& ini, Dialogs& dialogs, const Clock
 
 bool CommLine::LoadCommSettings() {
     Settings = CommSettings{};
+    const auto isOn = [this](const QString& key) {
+        QString value;
+        return m_ini.ReadIni(Section(), key, value) && value.compare(Yes(), Qt::CaseInsensitive) == 0;
+    };
+    Settings.StrictReplies = isOn(StrictKey());
+    Settings.LocalEcho = isOn(EchoKey());
     QString device;
     if (!m_ini.ReadIni(Section(), QStringLiteral("Device"), device))
         return false;
@@ -35,8 +54,15 @@ bool CommLine::LoadCommSettings() {
 }
 
 bool CommLine::SaveCommSettings() {
-    return m_ini.WriteAll({{Section(), QStringLiteral("Device"), Settings.CommName},
-                           {Section(), QStringLiteral("Baud"), Settings.CommBaud}});
+    std::vector<IniUtility::Setting> settings = {{Section(), QStringLiteral("Device"), Settings.CommName},
+                                                 {Section(), QStringLiteral("Baud"), Settings.CommBaud}};
+    // A file in which nobody ever asked for them does not get them.
+    for (const auto& [key, isOn] : {std::pair(StrictKey(), Settings.StrictReplies), {EchoKey(), Settings.LocalEcho}}) {
+        QString before;
+        if (isOn || m_ini.ReadIni(Section(), key, before))
+            settings.push_back({Section(), key, isOn ? Yes() : QStringLiteral("no")});
+    }
+    return m_ini.WriteAll(settings);
 }
 
 QCoro::Task<bool> CommLine::OpenPort() {

@@ -13,10 +13,12 @@ class Line;
 
 /// The serial settings, as they stand in section Comm of the settings file.
 struct CommSettings {
-    QString CommDevice;   ///< as shown in the status bar
-    QString CommName;     ///< port name; empty: no port is configured
-    QString CommBaud;     ///< speed in bit/s
-    qint32 CommState = 1; ///< 0 open, 1 not open
+    QString CommDevice;         ///< as shown in the status bar
+    QString CommName;           ///< port name; empty: no port is configured
+    QString CommBaud;           ///< speed in bit/s
+    qint32 CommState = 1;       ///< 0 open, 1 not open
+    bool StrictReplies = false; ///< what answers something else does not end the wait for an answer
+    bool LocalEcho = false;     ///< the adapter lets the station hear what it sends
 };
 
 /// Opens and closes the one serial line and holds its settings. 8 data bits, no parity, 1 stop bit, no handshaking.
@@ -29,9 +31,11 @@ public:
 
     CommSettings Settings;
 
-    /// Reads keys Device and Baud. @return true only if both are there; without Device the three texts are empty.
+    /// Reads keys Device and Baud, and StrictReplies and LocalEcho ("yes" or "no"). @return true only if both are
+    /// there; without Device the three texts are empty.
     bool LoadCommSettings();
-    /// Writes both keys, or none. @return whether they were written.
+    /// Writes Device and Baud, and what is on of the rest or was before, all or none. @return whether they were
+    /// written.
     bool SaveCommSettings();
 
     /// Closes the line if it is open and opens it with `Settings`. If it is not open then, shows "COM port used by

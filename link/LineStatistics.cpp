@@ -64,22 +64,24 @@ void LineStatistics::OnSent(quint8 address, const QByteArray& frame, int attempt
     m_sent = m_clock.Monotonic();
 }
 
-void LineStatistics::OnReceived(const QByteArray&, bool isGood, bool isAwaited) {
+void LineStatistics::OnReceived(const QByteArray& frame, bool isGood, bool isAwaited) {
     if (!isAwaited) {
         ++m_all.unasked;
-    } else if (!isGood) {
-        ++m_all.badSums;
-        ++m_byAddress[m_address].badSums;
+        return;
+    }
+    const bool isForeign = isGood && IsForeign(FitOf(m_command, frame));
+    for (Counters* counters : {&m_all, &m_byAddress[m_address]}) {
+        counters->badSums += isGood ? 0 : 1;
+        counters->foreign += isForeign ? 1 : 0;
     }
 }
 
 void LineStatistics::OnTaken(quint8 address, const QByteArray& frame) {
     const auto roundTrip = std::chrono::duration_cast<RoundTrips::Time>(m_clock.Monotonic() - m_sent);
-    const ReplyFit fit = FitOf(m_command, frame);
+    const bool isAsSent = frame == m_command;
     for (Counters* counters : {&m_all, &m_byAddress[address]}) {
         counters->answeredOnce += m_isFirstTry ? 1 : 0;
-        counters->foreign += IsForeign(fit) ? 1 : 0;
-        counters->asSent += fit == ReplyFit::AsSent ? 1 : 0;
+        counters->asSent += isAsSent ? 1 : 0;
         counters->roundTrips.Add(roundTrip);
     }
 }

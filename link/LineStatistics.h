@@ -42,7 +42,7 @@ public:
         quint64 answeredOnce = 0; ///< answered at the first try, by whomever
         quint64 retries = 0;
         quint64 missed = 0;    ///< tries that nobody answered
-        quint64 foreign = 0;   ///< answers that answer something else
+        quint64 foreign = 0;   ///< frames that came as the answer and answer something else, taken or passed over
         quint64 asSent = 0;    ///< answers that repeat the command
         quint64 badSums = 0;   ///< frames with a bad check sum while this address was awaited
         quint64 unasked = 0;   ///< frames that nobody awaited; only in all

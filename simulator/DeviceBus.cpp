@@ -96,7 +96,7 @@ QJsonObject DeviceBus::State() const {
 
 void DeviceBus::Hear(QByteArrayView bytes) {
     if (m_faults.Settings().Echo)
-        Send({bytes.toByteArray(), 0, false});
+        Send({bytes.toByteArray(), 0, false, true});
     m_decoder.Feed(bytes);
 }
 
@@ -212,7 +212,7 @@ void DeviceBus::SendReply(const FrameDecoder::Command& command, const QByteArray
     }
     bytes.prepend(plan.Noise);
     const int late = m_faults.Settings().LateMilliseconds + (plan.Delay ? m_faults.Settings().DelayMilliseconds : 0);
-    Send({bytes, late, plan.Slice});
+    Send({bytes, late, plan.Slice, false});
     if (m_faults.Settings().Twins.contains(command.Address))
-        Send({bytes, late + TwinMilliseconds, plan.Slice});
+        Send({bytes, late + TwinMilliseconds, plan.Slice, false});
 }

@@ -63,6 +63,7 @@ protected:
         QByteArray bytes;
         int lateMilliseconds = 0;
         bool isSliced = false; ///< byte by byte
+        bool isEcho = false;   ///< was on the wire while it was sent, so it takes no time of its own
     };
 
     /// Bytes of the master, in any slicing.

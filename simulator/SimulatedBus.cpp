@@ -226,7 +226,7 @@ qint64 SimulatedBus::WriteDue(qint64 now) {
 
 void SimulatedBus::Send(const Answer& answer) {
     const bool sliced = answer.isSliced && m_characterTime < SliceGap;
-    const qint64 gap = sliced ? SliceGap : m_characterTime;
+    const qint64 gap = answer.isEcho ? 0 : sliced ? SliceGap : m_characterTime;
     const bool isLate = answer.lateMilliseconds > 0;
     qint64 start = m_wireTime;
     if (start == 0 && (gap > 0 || isLate || !m_outgoing.empty()))

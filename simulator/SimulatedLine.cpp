@@ -77,6 +77,8 @@ void SimulatedLine::Transmit(const QByteArray& bytes) {
 }
 
 void SimulatedLine::Send(const Answer& answer) {
+    if (answer.isEcho)
+        return Deliver(Timeline::Moment{0}, answer.bytes);
     const Timeline::Moment now = m_timeline.Now();
     Timeline::Moment start = std::max(now + Thinking + std::chrono::milliseconds(answer.lateMilliseconds), m_inFree);
     const qsizetype piece = answer.isSliced ? 1 : answer.bytes.size();

@@ -145,6 +145,7 @@ QCoro::Task<> Station::ReadSettings() {
     options = ReadOptions(ini, log);
     log.WriteLog(QStringLiteral("---System Initialize.."));
     line.LoadCommSettings();
+    SetReplyRules(line.Settings.StrictReplies, line.Settings.LocalEcho);
     co_await forms.LoadLetters();
     log.WriteLog(QStringLiteral("before DBOpen.."));
 }
@@ -305,6 +306,11 @@ void Station::MarkDrawn() {
 
 QCoro::Task<bool> Station::ChoosePort(QString name, QString baud) {
     return line.ChoosePort(name, baud);
+}
+
+void Station::SetReplyRules(bool strictReplies, bool localEcho) {
+    bus.StrictReplies = line.Settings.StrictReplies = strictReplies;
+    bus.LocalEcho = line.Settings.LocalEcho = localEcho;
 }
 
 void Station::UsePort(const QString& name, const QString& baud) {

@@ -210,6 +210,8 @@ public:
 
     /// Takes another port and speed: saves them and opens the line.
     QCoro::Task<bool> ChoosePort(QString name, QString baud);
+    /// How answers are taken, see `Bus`; `ChoosePort` saves it.
+    void SetReplyRules(bool strictReplies, bool localEcho);
     /// Takes them for this run only, before `Start`.
     void UsePort(const QString& name, const QString& baud);
     void CloseLine() { line.CloseComm(); }

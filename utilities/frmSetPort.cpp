@@ -32,11 +32,14 @@ frmSetPort::frmSetPort(Station& station, const QList<SerialControl::Port>& avail
     m_ui->cboModems->setInsertPolicy(QComboBox::NoInsert);
     ports::FillPorts(*m_ui->cboModems, available, station.Line().Settings.CommName);
     ports::FillSpeeds(*m_ui->cboBaud, station.Line().Settings.CommBaud);
+    m_ui->chkStrictReplies->setChecked(station.Line().Settings.StrictReplies);
+    m_ui->chkLocalEcho->setChecked(station.Line().Settings.LocalEcho);
     connect(m_ui->cmdOK, &QPushButton::clicked, this, &frmSetPort::Choose);
 }
 
 frmSetPort::~frmSetPort() = default;
 
 void frmSetPort::Choose() {
+    m_station.SetReplyRules(m_ui->chkStrictReplies->isChecked(), m_ui->chkLocalEcho->isChecked());
     OpenChosen(m_station, m_ui->cboModems->currentText(), m_ui->cboBaud->currentText(), this);
 }

@@ -25,7 +25,10 @@ protected:
     }
 
     void Receive(const QByteArray& body, bool isGood = true, bool isAwaited = true) {
-        Q_EMIT m_bus.FrameReceived(frames::BuildFrame(body), isGood, isAwaited);
+        const QByteArray frame = frames::BuildFrame(body);
+        Q_EMIT m_bus.FrameReceived(frame, isGood, isAwaited);
+        if (isGood && isAwaited)
+            Q_EMIT m_bus.ReplyTaken(static_cast<quint8>(body[0] - '0'), frame);
     }
 
     std::string Row(int row, std::initializer_list<int> columns) const {

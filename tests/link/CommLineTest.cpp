@@ -52,6 +52,14 @@ TEST_F(CommLineTest, LoadsAndSavesItsTwoKeys) {
     EXPECT_TRUE(m_line.LoadCommSettings());
     EXPECT_EQ(m_line.Settings.CommDevice, QStringLiteral("ttyUSB1"));
     EXPECT_EQ(m_line.Settings.CommBaud, QStringLiteral("19200"));
+    EXPECT_EQ(ReadFile(m_ini.IniPath), "[Comm]\nDevice=ttyUSB1\nBaud=19200\n") << "nobody asked for more";
+    m_line.Settings.LocalEcho = true;
+    EXPECT_TRUE(m_line.SaveCommSettings());
+    EXPECT_TRUE(m_line.LoadCommSettings());
+    EXPECT_TRUE(m_line.Settings.LocalEcho && !m_line.Settings.StrictReplies);
+    m_line.Settings.LocalEcho = false;
+    EXPECT_TRUE(m_line.SaveCommSettings());
+    EXPECT_EQ(ReadFile(m_ini.IniPath), "[Comm]\nDevice=ttyUSB1\nBaud=19200\nLocalEcho=no\n");
 }
 
 TEST_F(CommLineTest, OpensWithATrimmedSpeedAndReopens) {

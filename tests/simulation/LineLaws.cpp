@@ -23,6 +23,7 @@ LineLaws::Command LineLaws::CommandOf(quint8 address, const QByteArray& frame) {
 void LineLaws::Follow(Bus& bus) {
     m_isEnding = m_isEnded = false;
     m_running.reset();
+    m_echoDue = 0;
     m_answers = m_acks = Foreign = 0;
     connect(&bus, &Bus::FrameSent, this, [this](quint8 address, const QByteArray& frame, int attempt) {
         ++Tries;
@@ -48,11 +49,19 @@ void LineLaws::Follow(Bus& bus) {
     connect(&bus, &Bus::ReplyMissed, this, [this](quint8, const QByteArray&, bool isLineOpen) { Missed(isLineOpen); });
 }
 
+bool LineLaws::IsForeign(const Running& running, const QByteArray& frame) {
+    const auto head = [](const QByteArray& of) { return of.mid(1, 2) + of.mid(5, 1); };
+    const bool isRelay = running.command.contains(" N ");
+    const bool isOther = isRelay && (frame.size() < 10 || frame[6] != running.frame[7]);
+    return frame != running.frame && (head(frame) != head(running.frame) || isOther);
+}
+
 void LineLaws::Missed(bool isLineOpen) {
     if (!m_running)
         return OnBroken(QStringLiteral("an answer is missed that nobody waits for"));
     const Running running = *std::exchange(m_running, std::nullopt);
     m_lastMissed = running.command;
+    m_echoDue = 0;
     OnTried(running.command, false);
     if (!isLineOpen || running.wasBlocked || running.blocks != m_line.Blocks() || m_line.IsBlocked())
         return;
@@ -66,7 +75,8 @@ void LineLaws::Missed(bool isLineOpen) {
     if (waited > running.timeout + Patience + (m_timeline.Passed() - running.passed))
         OnBroken(
             QStringLiteral("the wait for %1 took %2 ms").arg(QString::fromLatin1(running.command)).arg(waited / 1ms));
-    if (!m_last.isTaken && m_last.begun > running.written && m_last.ended < m_timeline.Now())
+    const bool mayPassOver = IsStrict && IsForeign(running, m_last.bytes);
+    if (!mayPassOver && !m_last.isTaken && m_last.begun > running.written && m_last.ended < m_timeline.Now())
         OnBroken(QStringLiteral("a whole answer to %1 was passed over").arg(QString::fromLatin1(running.command)));
 }
 
@@ -76,10 +86,7 @@ void LineLaws::Taken(const QByteArray& frame) {
         return OnBroken(QStringLiteral("an answer is taken that nobody waits for"));
     const Running running = *std::exchange(m_running, std::nullopt);
     OnTried(running.command, true);
-    const auto head = [](const QByteArray& of) { return of.mid(1, 2) + of.mid(5, 1); };
-    const bool isRelay = running.command.contains(" N ");
-    const bool isOther = isRelay && (frame.size() < 10 || frame[6] != running.frame[7]);
-    Foreign += frame != running.frame && (head(frame) != head(running.frame) || isOther) ? 1 : 0;
+    Foreign += IsForeign(running, frame) ? 1 : 0;
     if (m_acks != m_answers)
         OnBroken(QStringLiteral("an answer was taken without an ACK"));
     if (m_last.isTaken)
@@ -94,6 +101,7 @@ void LineLaws::Taken(const QByteArray& frame) {
 void LineLaws::Written(const QByteArray& bytes) {
     if (m_isEnded)
         OnBroken(QStringLiteral("the station sends after its end"));
+    m_echoDue += HasLocalEcho ? bytes.size() : 0;
     if (bytes == QByteArray(1, frames::Ack))
         ++m_acks;
     else if (!bytes.startsWith(frames::Stx) || !bytes.endsWith(frames::Etx))
@@ -101,7 +109,9 @@ void LineLaws::Written(const QByteArray& bytes) {
 }
 
 void LineLaws::Delivered(const QByteArray& bytes) {
-    for (const char byte : bytes) {
+    const qsizetype echoed = std::min(m_echoDue, bytes.size());
+    m_echoDue -= echoed;
+    for (const char byte : bytes.sliced(echoed)) {
         if (byte == frames::Ack || byte == frames::Eot)
             continue;
         if (byte == frames::Stx) {

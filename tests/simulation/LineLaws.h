@@ -14,7 +14,9 @@ public:
 
     LineLaws(SimulatedLine& line, Timeline& timeline)
         : m_line(line)
-        , m_timeline(timeline) {}
+        , m_timeline(timeline) {
+        connect(&line, &Line::Closed, this, [this] { m_echoDue = 0; });
+    }
 
     std::function<void(const QString& law)> OnBroken;
     std::function<void(const Command& command, bool answered)> OnTried;
@@ -28,6 +30,10 @@ public:
 
     void Written(const QByteArray& bytes);
     void Delivered(const QByteArray& bytes);
+
+    /// How the station takes answers.
+    bool IsStrict = false;
+    bool HasLocalEcho = false;
 
     quint64 Tries = 0;
     /// Answers taken by the present station whose head is not that of the command.
@@ -52,6 +58,7 @@ private:
         bool isTaken = true;
     };
 
+    static bool IsForeign(const Running& running, const QByteArray& frame);
     void Missed(bool isLineOpen);
     void Taken(const QByteArray& frame);
 
@@ -64,6 +71,7 @@ private:
     Frame m_last;
     quint64 m_answers = 0;
     quint64 m_acks = 0;
+    qsizetype m_echoDue = 0;
     bool m_isEnding = false;
     bool m_isEnded = false;
 };

@@ -44,11 +44,17 @@ World::World(const Plan& plan)
     for (const QString& name : {QStringLiteral("VNIl.dat"), QStringLiteral("VCODE.dat")})
         QFile::copy(QStringLiteral(DATA_FOLDER "/") + name, m_folder.filePath(name));
     m_isRouted = m_dice.OnceIn(4);
+    m_isStrict = m_dice.OnceIn(3);
+    m_hasLocalEcho = m_dice.OnceIn(2);
     const IniUtility ini(m_folder.filePath(QStringLiteral("Tallora.ini")));
     const std::vector<std::array<QString, 3>> settings = {
         {QStringLiteral("Comm"), QStringLiteral("Device"), QStringLiteral("COM1")},
         {QStringLiteral("Comm"), QStringLiteral("Baud"),
          m_dice.OnceIn(2) ? QStringLiteral("115200") : QStringLiteral("9600")},
+        {QStringLiteral("Comm"), QStringLiteral("StrictReplies"),
+         m_isStrict ? QStringLiteral("yes") : QStringLiteral("no")},
+        {QStringLiteral("Comm"), QStringLiteral("LocalEcho"),
+         m_hasLocalEcho ? QStringLiteral("yes") : QStringLiteral("no")},
         {QStringLiteral("options"), QStringLiteral("WakeupTime"), QStringLiteral("15")},
         {QStringLiteral("options"), QStringLiteral("KeyDelayTime"), QStringLiteral("15")},
         {QStringLiteral("options"), QStringLiteral("FromToval"), QStringLiteral("5")},
@@ -65,6 +71,10 @@ World::World(const Plan& plan)
     m_line = std::make_unique<SimulatedLine>(*BusInstallation::Parse(m_hall.devices, QStringLiteral("hall"), problem),
                                              m_timeline);
     m_laws = std::make_unique<LineLaws>(*m_line, m_timeline);
+    if (plan.isTraced)
+        m_line->Log().OnLine = [](const QString& line) { std::puts(qUtf8Printable(line)); };
+    m_laws->IsStrict = m_isStrict;
+    m_laws->HasLocalEcho = m_hasLocalEcho;
     m_laws->OnBroken = [this](const QString& law) { Break(law); };
     m_laws->OnTried = [this](const LineLaws::Command& command, bool answered) {
         for (Running& running : m_running)
@@ -116,7 +126,9 @@ void World::ThrowFaults() {
     faults.Delay = chance("delay", 20);
     faults.DelayMilliseconds = m_dice.Roll(2000);
     faults.Foreign = chance("foreign", 20);
-    faults.Echo = Happens(QStringLiteral("echo"));
+    // An adapter that echoes is no fault where the station knows of it, and one where it only believes so.
+    faults.Echo = Happens(QStringLiteral("echo")) || (m_hasLocalEcho && m_dice.OnceIn(2));
+    m_isDirty |= faults.Echo != m_hasLocalEcho;
     faults.Forget = Happens(QStringLiteral("forget"));
     const int late = 1 + m_dice.Roll(1500);
     if (Happens(QStringLiteral("late")))
@@ -133,8 +145,8 @@ void World::ThrowFaults() {
         faults.Silent = {silent};
     faults.Seed = static_cast<quint32>(m_plan.seed);
     m_line->SetFaults(faults);
-    for (const char* kind : {"drop", "corrupt", "noise", "delay", "late", "echo", "foreign", "twin", "deaf", "forget",
-                             "silent", "pull", "block", "power"})
+    for (const char* kind : {"drop", "corrupt", "noise", "delay", "late", "foreign", "twin", "deaf", "forget", "silent",
+                             "pull", "block", "power"})
         m_isDirty |= Happens(QLatin1String(kind));
 }
 

@@ -118,4 +118,6 @@ private:
     bool m_hasCrashed = false;
     bool m_isDirty = false; ///< something went wrong with the line or the devices
     bool m_isRouted = false;
+    bool m_isStrict = false;
+    bool m_hasLocalEcho = false;
 };
