@@ -349,6 +349,7 @@ void World::EndStation() {
     else if (!m_running.empty())
         Break(QStringLiteral("\"%1\" goes on after the end of the program").arg(m_running.front().name));
     CheckStatistics();
+    m_endedOn = m_clock->Now().date();
     m_laws->ExpectSilence();
     // Until another program has let the store go as well.
     const int life = m_lives;

@@ -113,6 +113,7 @@ private:
     std::set<QByteArray> m_states;                           ///< all that the store ever held, for backups
     Timeline::Moment m_lastProgress{0};
     quint64 m_triesBefore = 0;
+    QDate m_endedOn; ///< the day of the last backup
     int m_lives = 0;
     int m_edits = 0;
     bool m_hasCrashed = false;

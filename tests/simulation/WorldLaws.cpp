@@ -208,8 +208,8 @@ void World::CheckDisk(bool wasCrash) {
     const QDir folder(m_folder.path());
     const bool isWell = !m_hasCrashed && !Happens(QStringLiteral("full")) && !Happens(QStringLiteral("flush")) &&
                         !Happens(QStringLiteral("busy"));
-    const int weekday = m_clock->Now().date().dayOfWeek() % 7 + 1;
-    if (isWell && !folder.exists(QStringLiteral("bak%1.mdb").arg(weekday)))
+    const int weekday = m_endedOn.dayOfWeek() % 7 + 1;
+    if (!wasCrash && isWell && !folder.exists(QStringLiteral("bak%1.mdb").arg(weekday)))
         Break(QStringLiteral("no backup was made at the end"));
     for (const QString& name : folder.entryList({QStringLiteral("bak*.mdb")}))
         check(folder.filePath(name), m_states);
