@@ -78,8 +78,8 @@ Result<> Database::Connect(const QString& path) {
             return done;
     }
     UpgradeDatabase();
-    // A store that others made may lack indexes; without them it is slower, but whole.
-    for (const QString& statement : schema::IndexStatements())
+    // A store that others made may lack indexes and the record of loads; without them it is slower, but whole.
+    for (const QString& statement : schema::IndexStatements() + schema::RecordStatements())
         (void)m_file.Run({statement});
 
     if (const Result<> read = ReadLastInfos(); !read)

@@ -155,6 +155,22 @@ QStringList IndexStatements() {
     };
 }
 
+QStringList RecordStatements() {
+    return {
+        QStringLiteral("CREATE TABLE IF NOT EXISTS [LoadIdentity] ([Identity] TEXT NOT NULL)"),
+        QStringLiteral("CREATE TABLE IF NOT EXISTS [LoadPayload] ([Hash] TEXT PRIMARY KEY NOT NULL, [Content] BLOB)"),
+        QStringLiteral("CREATE TABLE IF NOT EXISTS [LoadRecord] ([ID] INTEGER PRIMARY KEY AUTOINCREMENT, "
+                       "[Installation] TEXT, [Event] TEXT, [Type] INTEGER, [Address] INTEGER, [HubAddress] INTEGER, "
+                       "[Device] INTEGER, [Name] TEXT, [Kind] TEXT, [Hash] TEXT, [Size] INTEGER, [Source] TEXT, "
+                       "[Frames] INTEGER, [Tries] INTEGER, [Own] INTEGER, [Foreign] INTEGER, [Flags] TEXT, "
+                       "[Begun] DATETIME, [Ended] DATETIME, [User] TEXT, [Port] TEXT, [Version] TEXT, [Outcome] TEXT, "
+                       "[Reason] TEXT)"),
+        // The last event of each kind at each device, in all and of each outcome.
+        QStringLiteral("CREATE INDEX IF NOT EXISTS [LoadRecord_Place] ON [LoadRecord] ([Installation], [Type], "
+                       "[Address], [HubAddress], [Kind], [Event], [Outcome])"),
+    };
+}
+
 QString ReadableError(const QString& error) {
     // The driver appends its own general words behind the store's.
     QString text = error;

@@ -58,6 +58,10 @@ QStringList CreateStatements();
 /// `UpgradeDatabase` adds are not among them.
 QStringList IndexStatements();
 
+/// The statements that make the tables of the program's own, each of which does nothing if its table is there: see
+/// `LoadRecord`. No other table refers to them.
+QStringList RecordStatements();
+
 /// The words for a user in an error text of the store: "CHECK constraint failed: " and the like are taken off.
 QString ReadableError(const QString& error);
 

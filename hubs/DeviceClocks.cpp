@@ -19,6 +19,13 @@ QCoro::Task<QStringList> DeviceClocks::SetAllPrinterTimes() {
     return SendToAll(model::Printer, 'U', encoding::ClockText(m_clock.Now()));
 }
 
+QCoro::Task<bool> DeviceClocks::SetTime(qint16 object) {
+    const quint8 address = m_installation.Object(object).Address;
+    const QByteArray time = encoding::ClockText(m_clock.Now());
+    const Reply reply = co_await m_bus.SendCommand(address, 'U', time, Bus::DirectTimeout, 1);
+    co_return reply.ok;
+}
+
 QCoro::Task<QStringList> DeviceClocks::SetHubOption(qint16 ticketsCalled) {
     return SendToAll(model::Hub, 'K', QByteArray(1, encoding::SmallNumber(ticketsCalled)));
 }

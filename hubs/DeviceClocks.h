@@ -34,6 +34,9 @@ public:
     QCoro::Task<QStringList> SetHubTime();
     QCoro::Task<QStringList> SetAllPrinterTimes();
 
+    /// Sets the clock of one hub or printer. @param object its index in `QObjects`.
+    QCoro::Task<bool> SetTime(qint16 object);
+
     /// @param ticketsCalled 1 to 10.
     QCoro::Task<QStringList> SetHubOption(qint16 ticketsCalled);
 

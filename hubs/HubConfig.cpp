@@ -147,20 +147,20 @@ QByteArray BuildHubConfig(const model::Installation& installation) {
     return frames::EscapeData(encoding::Hexadecimal(length, LengthDigits) + block);
 }
 
-HubConfig::HubConfig(Bus& bus, const model::Installation& installation)
-    : m_bus(bus)
-    , m_installation(installation) {}
-
-QByteArray HubConfig::MemberList(qint16 object) const {
-    const std::span<const qint16> members = m_installation.MembersOf(object);
+QByteArray MemberList(const model::Installation& installation, qint16 hub) {
+    const std::span<const qint16> members = installation.MembersOf(hub);
     QByteArray list(1, SmallNumber(static_cast<int>(members.size())));
     for (const qint16 index : members) {
-        const model::QObject& member = m_installation.Object(index);
+        const model::QObject& member = installation.Object(index);
         list += SmallNumber(member.Type);
         list += SmallNumber(member.Address);
     }
     return list;
 }
+
+HubConfig::HubConfig(Bus& bus, const model::Installation& installation)
+    : m_bus(bus)
+    , m_installation(installation) {}
 
 QCoro::Task<bool> HubConfig::SendHubMembers(qint16 object) {
     for (const qint16 member : m_installation.MembersOf(object)) {
@@ -169,7 +169,8 @@ QCoro::Task<bool> HubConfig::SendHubMembers(qint16 object) {
             co_return false;
     }
     const quint8 address = m_installation.Object(object).Address;
-    const Reply reply = co_await m_bus.SendCommand(address, 'W', MemberList(object), Bus::DirectTimeout, OneTry);
+    const Reply reply =
+        co_await m_bus.SendCommand(address, 'W', MemberList(m_installation, object), Bus::DirectTimeout, OneTry);
     co_return reply.ok;
 }
 

@@ -45,10 +45,12 @@ std::vector<BlockFault> MemberFaults(const model::Installation& installation);
 /// FirstService.
 QByteArray BuildHubConfig(const model::Installation& installation);
 
+/// The member list of a hub, the data of command `W`: the count as a small number, then type and address of each member
+/// as small numbers. @param hub its index in `QObjects`.
+QByteArray MemberList(const model::Installation& installation, qint16 hub);
+
 /// What a hub is told about the installation: its members (`W`) and the whole of services, counters, printers and
 /// displays (`L`).
-///
-/// Member list, the data of `W`: the count as a small number, then type and address of each member as small numbers.
 class HubConfig {
 public:
     /// The references must outlive this object.
@@ -56,9 +58,6 @@ public:
 
     /// Called with the name of each hub before the block is sent to it; false ends the run.
     std::function<bool(const QString&)> OnDevice = [](const QString&) { return true; };
-
-    /// The member list of a hub. @param object its index in `QObjects`.
-    QByteArray MemberList(qint16 object) const;
 
     /// Sends its member list to one hub, unless the list cannot carry one of them: then nothing is sent, and it has
     /// failed. @param object index in `QObjects`.

@@ -17,10 +17,11 @@ constexpr int BitsPerCharacter = 10; ///< start bit, 8 data bits, stop bit
 constexpr std::chrono::milliseconds OutputCheck{5};
 constexpr int MostOutputChecks = 200; ///< one second beyond the wire time
 
-std::chrono::milliseconds WireTime(qsizetype characters, qint32 baud) {
+std::chrono::nanoseconds WireTime(qsizetype characters, qint32 baud) {
     if (baud <= 0)
-        return std::chrono::milliseconds{0};
-    return std::chrono::milliseconds{(characters * BitsPerCharacter * 1000 + baud - 1) / baud};
+        return std::chrono::nanoseconds{0};
+    constexpr std::chrono::nanoseconds Second = std::chrono::seconds{1};
+    return Second * (characters * BitsPerCharacter) / baud;
 }
 
 } // namespace
@@ -130,10 +131,12 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
     Reply reply;
     reply.ok = outcome == Outcome::Answered;
     if (reply.ok) {
-        // The device has heard the frame, so it has left, whatever the reckoning says.
-        m_lineFree = std::min(m_lineFree, m_clock.Monotonic());
-        Write(QByteArrayView(&frames::Ack, 1));
         reply.frame = m_reader.TakeReply();
+        reply.isOwn = IsOwn(FitOf(frame, reply.frame), frame);
+        // A device that has heard the frame shows that it has left, whatever the reckoning says.
+        if (reply.isOwn)
+            m_lineFree = std::min(m_lineFree, m_clock.Monotonic());
+        Write(QByteArrayView(&frames::Ack, 1));
         Q_EMIT ReplyTaken(address, reply.frame);
     } else {
         reply.frame = m_reader.ReceiveBuffer();
@@ -146,7 +149,7 @@ QCoro::Task<Reply> Bus::SendFrame(quint8 address, QByteArray frame, Milliseconds
 Reply Bus::BroadcastFrame(quint8 address, const QByteArray& frame, int attempt) {
     Q_EMIT FrameSent(address, frame, attempt);
     WriteFrame(frame);
-    return {.ok = true, .frame = {}};
+    return {.ok = true, .frame = {}, .isOwn = false};
 }
 
 void Bus::WriteFrame(const QByteArray& frame) {

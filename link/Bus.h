@@ -17,8 +17,9 @@ class Line;
 
 /// What a command brought back.
 struct Reply {
-    bool ok = false;  ///< a device answered (a broadcast: it was written)
-    QByteArray frame; ///< from STX to ETX; without an answer whatever had been collected
+    bool ok = false;    ///< a device answered (a broadcast: it was written)
+    QByteArray frame;   ///< from STX to ETX; without an answer whatever had been collected
+    bool isOwn = false; ///< the device that was asked has answered, see `IsOwn`
 
     explicit operator bool() const { return ok; }
 };

@@ -20,3 +20,10 @@ ReplyFit FitOf(QByteArrayView command, QByteArrayView reply) {
         return ReplyFit::OtherDevice;
     return ReplyFit::Own;
 }
+
+bool IsOwn(ReplyFit fit, QByteArrayView command) {
+    if (fit != ReplyFit::AsSent)
+        return fit == ReplyFit::Own;
+    const std::optional<frames::Parts> asked = frames::Split(command);
+    return asked && asked->data.isEmpty();
+}

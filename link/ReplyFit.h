@@ -20,3 +20,7 @@ ReplyFit FitOf(QByteArrayView command, QByteArrayView reply);
 inline bool IsForeign(ReplyFit fit) {
     return fit > ReplyFit::AsSent;
 }
+
+/// The device that was asked has answered, as far as the head of a reply can tell: a reply that repeats a command with
+/// data is an echo, one that repeats a command without data is what a device answers to it.
+bool IsOwn(ReplyFit fit, QByteArrayView command);

@@ -20,6 +20,10 @@ constexpr qint16 FontPause = 10;           ///< milliseconds behind each chunk o
 
 } // namespace
 
+QString LetterSource(LetterSet letters) {
+    return letters == LetterSet::FontFile ? QStringLiteral("VNI-ZR.bin") : QStringLiteral("VNIl.dat");
+}
+
 FontTransfer::FontTransfer(const Parts& parts, QString programFolder, const VniTable& letters)
     : PrinterTransfer(parts)
     , m_programFolder(std::move(programFolder))
@@ -41,6 +45,7 @@ QCoro::Task<QStringList> FontTransfer::LoadVNIToAllPrinters(LetterSet letters) {
 }
 
 QCoro::Task<bool> FontTransfer::SendVNIToPrinter(qint16 object, LetterSet letters) {
+    m_sending = letters;
     if (letters == LetterSet::FontFile)
         co_return co_await SendFontFile(object);
     std::vector<QByteArray> chunks;
@@ -49,14 +54,22 @@ QCoro::Task<bool> FontTransfer::SendVNIToPrinter(qint16 object, LetterSet letter
     co_return co_await SendLetters(object, chunks, 0);
 }
 
-QCoro::Task<bool> FontTransfer::SendFontFile(qint16 object) {
+Result<QByteArray> FontTransfer::Content(LetterSet letters) const {
+    if (letters == LetterSet::Table)
+        return m_letters.RecordBytes(0, VniTable::Records);
     const QString path = m_programFolder + QStringLiteral("/VNI-ZR.bin");
-    const Result<QByteArray> font = ReadWhole(path, LargestFontFile);
+    Result<QByteArray> font = ReadWhole(path, LargestFontFile);
+    if (!font && QFileInfo(path).size() > LargestFontFile)
+        return Failure{QStringLiteral("Font file too large (VNI-ZR.bin)")};
+    if (!font)
+        return Failure{QStringLiteral("Font file not found (VNI-ZR.bin)")};
+    return font;
+}
+
+QCoro::Task<bool> FontTransfer::SendFontFile(qint16 object) {
+    const Result<QByteArray> font = Content(LetterSet::FontFile);
     if (!font) {
-        QString problem = QStringLiteral("Font file not found (VNI-ZR.bin)");
-        if (QFileInfo(path).size() > LargestFontFile)
-            problem = QStringLiteral("Font file too large (VNI-ZR.bin)");
-        co_await m_dialogs.ShowMessage(BoxKind::Exclamation, problem);
+        co_await m_dialogs.ShowMessage(BoxKind::Exclamation, font.Error());
         co_return false;
     }
     const qsizetype longest = Printer(object).HubId != 0 ? LongestRelayed : LongestDirect;

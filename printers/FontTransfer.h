@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Result.h"
 #include "printers/PrinterTransfer.h"
 
 #include <QByteArrayView>
@@ -11,6 +12,9 @@ enum class LetterSet {
     Table,    ///< the 134 records of the letter table
     FontFile, ///< the font file VNI-ZR.bin, for ZONE RICH printers
 };
+
+/// The name of the file that a set comes from.
+QString LetterSource(LetterSet letters);
 
 /// Loads Vietnamese letters into ticket printers.
 ///
@@ -30,6 +34,12 @@ public:
     /// @param object index in `QObjects`, 0 to 63.
     QCoro::Task<bool> SendVNIToPrinter(qint16 object, LetterSet letters);
 
+    /// The set that was sent last.
+    LetterSet Sending() const { return m_sending; }
+
+    /// What a printer gets of a set. @return a failure says what is wrong with its file.
+    Result<QByteArray> Content(LetterSet letters) const;
+
     /// `content` in stuffed chunks of at most `chunkLength` bytes before and `longest` characters after stuffing.
     static std::vector<QByteArray> StuffedChunks(QByteArrayView content, qsizetype chunkLength, qsizetype longest);
 
@@ -39,4 +49,5 @@ private:
 
     QString m_programFolder;
     const VniTable& m_letters;
+    LetterSet m_sending = LetterSet::Table;
 };

@@ -42,7 +42,7 @@ QCoro::Task<> FormTransfer::Wait(int milliseconds) {
 QCoro::Task<> FormTransfer::Report(qint16 object, Occasion occasion, QString text) {
     if (occasion == Occasion::Designer)
         co_await m_dialogs.ShowMessage(BoxKind::Exclamation, text);
-    else
+    else if (occasion == Occasion::StartUp)
         m_log.WriteLog(QStringLiteral("Send Prn Form to MEM error! Addr=%1").arg(Printer(object).Address));
 }
 
@@ -58,14 +58,14 @@ QCoro::Task<bool> FormTransfer::SendForm(qint16 object, QByteArray form, Occasio
         co_await Report(object, occasion, QStringLiteral("Send ticket form data error!"));
     // Whatever came before, the printer must not be left waiting for more.
     const bool cancelled = std::exchange(m_isCancelled, false);
-    const QByteArray flag(1, occasion == Occasion::Designer ? '1' : '!');
+    const QByteArray flag(1, occasion == Occasion::StartUp ? '!' : '1');
     const bool ended = co_await SendFrame(object, 'V', flag, TwoTries);
     if (!ended)
         co_await Report(object, occasion, QStringLiteral("Send ticket form Error!"));
     co_return ended && !cancelled && !m_isCancelled;
 }
 
-QCoro::Task<bool> FormTransfer::SendLogos(qint16 object, QByteArray logos) {
+QCoro::Task<bool> FormTransfer::SendLogos(qint16 object, QByteArray logos, Occasion occasion) {
     const QString name = vni::ToUnicode(Printer(object).Name);
     Q_EMIT Progress(name, tr("the printer stores the form"), 0, 0);
     co_await Wait(BeforeLogos);
@@ -84,7 +84,7 @@ QCoro::Task<bool> FormTransfer::SendLogos(qint16 object, QByteArray logos) {
         }
     }
     if (!problem.isEmpty()) {
-        co_await m_dialogs.ShowMessage(BoxKind::Exclamation, problem);
+        co_await Report(object, occasion, problem);
         co_return false;
     }
     Q_EMIT Progress(name, tr("the printer stores the logos"), 0, 0);
@@ -98,13 +98,29 @@ QCoro::Task<bool> FormTransfer::SendFormAndLogo(qint16 object, CompiledForm form
     const bool sent = co_await SendForm(object, form.PrnForm, occasion);
     if (!sent || logos == Logos::Without || occasion == Occasion::StartUp || form.LogoCount < 1)
         co_return sent;
-    co_return co_await SendLogos(object, form.LogoData);
+    co_return co_await SendLogos(object, form.LogoData, occasion);
+}
+
+QCoro::Task<bool> FormTransfer::LoadForm(qint16 object, CompiledForm form) {
+    Begin();
+    co_await m_router.HubTransferBegin(object);
+    const bool sent = co_await SendForm(object, form.PrnForm, Occasion::Commissioning);
+    co_await m_router.HubTransferEnd(object);
+    co_return sent;
+}
+
+QCoro::Task<bool> FormTransfer::LoadLogos(qint16 object, CompiledForm form) {
+    Begin();
+    co_await m_router.HubTransferBegin(object);
+    const bool sent = co_await SendLogos(object, form.LogoData, Occasion::Commissioning);
+    co_await m_router.HubTransferEnd(object);
+    co_return sent;
 }
 
 QCoro::Task<Outcome> FormTransfer::SendToPrinter(qint16 object, CompiledForm form, Logos logos) {
     if (const QString fault = LogoFault(form, logos); !fault.isEmpty())
         co_return Outcome::Refused(fault);
-    m_isCancelled = m_isUnanswered = false;
+    Begin();
     const QString name = vni::ToUnicode(Printer(object).Name);
     co_await m_router.HubTransferBegin(object);
     const bool sent = co_await SendFormAndLogo(object, form, logos, Occasion::Designer);

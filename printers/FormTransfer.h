@@ -16,8 +16,8 @@ class FormTransfer : public PrinterTransfer {
 
 public:
     /// From the designer failures come in boxes and `V` carries "1". At the start-up they are logged, `V` carries "!",
-    /// and logos stay here.
-    enum class Occasion { Designer, StartUp };
+    /// and logos stay here. While a hall is commissioned `V` carries "1", and the caller tells what failed.
+    enum class Occasion { Designer, StartUp, Commissioning };
 
     using PrinterTransfer::PrinterTransfer;
 
@@ -25,6 +25,10 @@ public:
     /// the end of the form, and its answer to that decides.
     /// @param object index in `QObjects`, 0 to 63.
     QCoro::Task<bool> SendFormAndLogo(qint16 object, CompiledForm form, Logos logos, Occasion occasion);
+
+    /// Sends one part of a form to one printer, with its hub told, as the commissioning does.
+    QCoro::Task<bool> LoadForm(qint16 object, CompiledForm form);
+    QCoro::Task<bool> LoadLogos(qint16 object, CompiledForm form);
 
     /// Sends to one printer for the designer, with its hub told. The box about the outcome comes before the hub is told
     /// the end, so the outcome has no text.
@@ -36,7 +40,7 @@ public:
 
 private:
     QCoro::Task<bool> SendForm(qint16 object, QByteArray form, Occasion occasion);
-    QCoro::Task<bool> SendLogos(qint16 object, QByteArray logos);
+    QCoro::Task<bool> SendLogos(qint16 object, QByteArray logos, Occasion occasion);
     QCoro::Task<> Wait(int milliseconds);
     QCoro::Task<> Report(qint16 object, Occasion occasion, QString text);
 };

@@ -11,6 +11,7 @@ namespace {
 
 constexpr int OneTry = 1;
 constexpr int TwoTries = 2;
+constexpr int SureTimes = 3;             ///< that something is sent again
 constexpr qint16 ButtonTablePause = 200; ///< milliseconds
 constexpr qint16 ClosingPause = 5;       ///< seconds
 
@@ -22,7 +23,8 @@ PrinterConfig::PrinterConfig(const Parts& parts, QString programFolder, PrinterT
     , m_counterListOfService(std::move(counterListOfService)) {}
 
 QCoro::Task<bool> PrinterConfig::SendPrinterConfig(qint16 object, Load load) {
-    const bool isFull = load == Load::Full;
+    const bool isFull = load != Load::StartUp;
+    const int again = load == Load::Sure ? SureTimes : 0;
     const PrinterTables tables(m_installation, m_counterListOfService, m_log);
     const QString name = vni::ToUnicode(Printer(object).Name);
     const QString phase = tr("tables");
@@ -33,7 +35,7 @@ QCoro::Task<bool> PrinterConfig::SendPrinterConfig(qint16 object, Load load) {
     Q_EMIT Progress(name, phase, done, total);
     co_await m_router.HubTransferBegin(object);
 
-    const bool hasButtons = co_await SendFrame(object, 'K', tables.ButtonTable(isFull), OneTry);
+    const bool hasButtons = co_await SendUntilTaken(object, 'K', tables.ButtonTable(isFull), OneTry, again);
     if (!hasButtons)
         m_log.WriteLog(QStringLiteral("Error on set btn table"), EventLog::Error);
     Q_EMIT Progress(name, phase, ++done, total);
@@ -42,12 +44,18 @@ QCoro::Task<bool> PrinterConfig::SendPrinterConfig(qint16 object, Load load) {
     co_await SendFrame(object, 'P', {}, OneTry);
     Q_EMIT Progress(name, phase, ++done, total);
 
-    for (const QByteArray& row : tables.ServiceTable()) {
-        const bool hasRow = co_await SendFrame(object, 'M', row, TwoTries);
+    for (std::size_t i = 0; i < tables.ServiceTable().size(); ++i) {
+        const bool hasRow = co_await SendUntilTaken(object, 'M', tables.ServiceTable()[i], TwoTries, again);
         if (m_isCancelled)
             break;
         if (!hasRow)
             m_log.WriteLog(QStringLiteral("Error on set service table"), EventLog::Error);
+        if (load == Load::Sure && !m_isOwn)
+            m_log.WriteLog(QStringLiteral("Printer '%1' did not take service row %2, '%3'.")
+                               .arg(name)
+                               .arg(i)
+                               .arg(vni::ToUnicode(m_installation.Service(static_cast<qint16>(i)).Name)),
+                           EventLog::Error);
         Q_EMIT Progress(name, phase, ++done, total);
     }
 

@@ -8,8 +8,9 @@ class PrinterConfig : public PrinterTransfer {
     Q_OBJECT
 
 public:
-    /// Full: table flag "1" and closing `N`. At start-up: flag "!" and no `N`.
-    enum class Load { Full, StartUp };
+    /// Full: table flag "1" and closing `N`. At start-up: flag "!" and no `N`. Sure: as in full, and what the printer
+    /// itself did not answer, `K` or a row, is logged with its name and sent again, up to three times each.
+    enum class Load { Full, StartUp, Sure };
 
     /// @param programFolder where TDSVCfg.log goes.
     PrinterConfig(const Parts& parts, QString programFolder, PrinterTables::CounterList counterListOfService);

@@ -46,11 +46,20 @@ QCoro::Task<QStringList> PrinterTransfer::SendToAll(Send send, HubBracket bracke
 }
 
 QCoro::Task<bool> PrinterTransfer::SendFrame(qint16 object, char letter, QByteArray data, int tries) {
+    m_isOwn = false;
     if (m_isCancelled)
         co_return false;
     const Reply reply = co_await m_router.SendToObject(object, letter, data, Bus::DirectTimeout, tries);
     m_isUnanswered |= !reply.ok;
+    m_isOwn = reply.isOwn;
     co_return reply.ok;
+}
+
+QCoro::Task<bool> PrinterTransfer::SendUntilTaken(qint16 object, char letter, QByteArray data, int tries, int again) {
+    bool answered = co_await SendFrame(object, letter, data, tries);
+    for (int i = 0; i < again && !m_isOwn && !m_isCancelled; ++i)
+        answered = co_await SendFrame(object, letter, data, tries);
+    co_return answered;
 }
 
 QCoro::Task<bool> PrinterTransfer::SendChunks(qint16 object, char letter, std::vector<QByteArray> chunks, QString phase,

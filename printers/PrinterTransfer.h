@@ -34,6 +34,8 @@ public:
 
     explicit PrinterTransfer(const Parts& parts);
 
+    /// Forgets that it was cancelled: a transfer to one printer begins.
+    void Begin() { m_isCancelled = m_isUnanswered = false; }
     /// Lets the running transfer end as if its next frame had failed. What the printer must still be told is sent.
     void Cancel() { m_isCancelled = true; }
     /// A walk over all printers was ended by `Cancel`.
@@ -63,6 +65,9 @@ protected:
     /// Sends one command, with 0.8 s for the answer. @return whether it was answered.
     QCoro::Task<bool> SendFrame(qint16 object, char letter, QByteArray data, int tries);
 
+    /// The same until the printer itself has answered, up to `again` times more.
+    QCoro::Task<bool> SendUntilTaken(qint16 object, char letter, QByteArray data, int tries, int again);
+
     /// Sends each chunk as one command; stops at the first that is not answered. @param pause milliseconds behind each.
     QCoro::Task<bool> SendChunks(qint16 object, char letter, std::vector<QByteArray> chunks, QString phase, int tries,
                                  qint16 pause = 0);
@@ -75,6 +80,7 @@ protected:
     Dialogs& m_dialogs;
     EventLog& m_log;
     bool m_isCancelled = false;
+    bool m_isOwn = false;        ///< the printer itself has answered the last frame
     bool m_isUnanswered = false; ///< some frame of the transfer to one printer
     QStringList m_silent;
 

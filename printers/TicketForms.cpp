@@ -5,6 +5,8 @@
 #include "core/Installation.h"
 #include "platform/AnsiText.h"
 #include "platform/Clock.h"
+#include "platform/WholeFile.h"
+#include "tickets/RichText.h"
 
 #include <QFileInfo>
 
@@ -91,6 +93,59 @@ CompilerResult TicketForms::Compile(const TicketDocument& document, const QStrin
     return ::CompileForm(document, FolderOf(formPath), m_family, letters, m_TicketCopies, m_TicketDigits);
 }
 
+Result<CompiledForm> TicketForms::CompileSource(const FormSource& source) const {
+    if (source.IsCompiled()) {
+        const std::optional<QByteArray> stored = ReadFormFile(source.file);
+        if (!stored || !VerifyFormChecksum(*stored))
+            return Failure{QStringLiteral("%1 is missing or damaged.").arg(source.file)};
+        return CompiledForm{*stored, {}, 0};
+    }
+    const Result<QByteArray> content = ReadWhole(source.file, richtext::LargestFile);
+    if (!content)
+        return Failure{content.Error()};
+    const Result<richtext::Document> read = richtext::Read(*content);
+    if (!read)
+        return Failure{QStringLiteral("%1: %2").arg(source.file, read.Error())};
+    if (!source.family.PrinterZoneRich && !letters.IsLoaded())
+        return Failure{m_letterFault};
+    const CompilerResult result =
+        ::CompileForm(read->document, FolderOf(source.file), source.family, letters, source.copies, source.digits);
+    if (result.form)
+        return *result.form;
+    QStringList texts;
+    for (const CompilerMessage& message : result.messages)
+        texts += message.text;
+    return Failure{QStringLiteral("%1: %2").arg(source.file, texts.join(u' '))};
+}
+
+std::optional<FormSource> TicketForms::LastSource() const {
+    const QString path = LastForm();
+    if (path.isEmpty())
+        return std::nullopt;
+    return FormSource{path, m_family, m_TicketCopies, m_TicketDigits};
+}
+
+std::optional<FormSource> TicketForms::FindSource(const std::function<bool(const CompiledForm&)>& isIt,
+                                                  const QString& printerNumber) const {
+    std::vector<FormSource> candidates;
+    for (const std::optional<FormSource>& named : {m_sending, LastSource()}) {
+        if (named)
+            candidates.push_back(*named);
+    }
+    candidates.push_back({CompiledPath(printerNumber), {}, 0, 0});
+    candidates.push_back({CompiledPath({}), {}, 0, 0});
+    for (const FormSource& source : candidates) {
+        const Result<CompiledForm> form = CompileSource(source);
+        if (form && isIt(*form))
+            return source;
+    }
+    return std::nullopt;
+}
+
+QString TicketForms::CompiledPath(const QString& printerNumber) const {
+    return QStringLiteral("%1/Ticket%2.bin").arg(m_programFolder, printerNumber);
+}
+
 TicketValues TicketForms::SampleValues() const {
     const QDateTime now = m_clock.Now();
     const QByteArray number = QByteArray::number(1001).rightJustified(m_TicketDigits, '0', true);
@@ -116,13 +171,14 @@ QCoro::Task<std::optional<CompiledForm>> TicketForms::CompileForm(TicketDocument
         co_await m_dialogs.ShowMessage(BoxKind::Exclamation, m_letterFault);
         co_return std::nullopt;
     }
+    m_sending = FormSource{formPath.isEmpty() ? CompiledPath(printerNumber) : formPath, m_family, m_TicketCopies,
+                           m_TicketDigits};
     const CompilerResult result = Compile(document, formPath);
     for (const CompilerMessage& message : result.messages)
         co_await m_dialogs.ShowMessage(message.kind, message.text);
     if (!result.form)
         co_return std::nullopt;
-    const QString path = QStringLiteral("%1/Ticket%2.bin").arg(m_programFolder, printerNumber);
-    if (const Result<> written = WriteFormFile(path, result.form->PrnForm); !written)
+    if (const Result<> written = WriteFormFile(CompiledPath(printerNumber), result.form->PrnForm); !written)
         m_log.WriteLog(written.Error(), EventLog::Error);
     co_return result.form;
 }
@@ -143,10 +199,11 @@ QCoro::Task<Outcome> TicketForms::SendToAllPrinters(TicketDocument document, QSt
 }
 
 QCoro::Task<bool> TicketForms::SendStoredForm(qint16 object) {
-    const std::optional<QByteArray> stored = ReadFormFile(m_programFolder + QStringLiteral("/Ticket.bin"));
+    const std::optional<QByteArray> stored = ReadFormFile(CompiledPath({}));
     if (!stored || !VerifyFormChecksum(*stored))
         co_return true;
     const CompiledForm form{*stored, {}, 0};
+    m_sending = FormSource{CompiledPath({}), {}, 0, 0};
     co_return co_await transfer.SendFormAndLogo(object, form, Logos::Without, FormTransfer::Occasion::StartUp);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "printers/FontTransfer.h"
+#include "printers/FormSource.h"
 #include "printers/FormTransfer.h"
 #include "printers/PrinterTables.h"
 #include "tickets/FormCompiler.h"
@@ -46,6 +47,29 @@ public:
     /// Compiles without telling anyone, for a preview. @param formPath file of the document, empty if it has none.
     CompilerResult Compile(const TicketDocument& document, const QString& formPath) const;
 
+    /// Compiles what a source names as it stands now, or reads it if it is compiled already; then without logos.
+    /// @return a failure names the file and says what is wrong with it.
+    Result<CompiledForm> CompileSource(const FormSource& source) const;
+
+    /// What the form or logo block that was sent last is made from, for the record: what its sender has named, if that
+    /// still gives just it, else the file of the compiled form.
+    /// @param isIt says whether a compiled form is the one. @param printerNumber of the printer.
+    /// @return nothing if no file gives it.
+    std::optional<FormSource> FindSource(const std::function<bool(const CompiledForm&)>& isIt,
+                                         const QString& printerNumber) const;
+
+    /// What is being sent, as its sender has named it; nothing before the first.
+    const std::optional<FormSource>& Sending() const { return m_sending; }
+    void SetSending(const FormSource& source) { m_sending = source; }
+
+    /// The form of the window, as it would be compiled now; nothing if none was ever open.
+    std::optional<FormSource> LastSource() const;
+
+    const QString& ProgramFolder() const { return m_programFolder; }
+
+    /// Why letters of the table cannot be loaded; empty if they can.
+    QString LetterFault() const { return letters.IsLoaded() ? QString() : m_letterFault; }
+
     /// Values for the fields of a preview: those of the first loaded service, else plausible ones.
     TicketValues SampleValues() const;
 
@@ -68,6 +92,7 @@ private:
     QCoro::Task<std::optional<CompiledForm>> CompileForm(TicketDocument document, QString formPath,
                                                          QString printerNumber);
     QString FolderOf(const QString& formPath) const;
+    QString CompiledPath(const QString& printerNumber) const;
     /// Writes one setting; a failure is in the log.
     void Save(const QString& section, const QString& key, const QString& value);
 
@@ -81,5 +106,6 @@ private:
     PrinterFamily m_family;
     qint16 m_TicketCopies = 1;
     qint16 m_TicketDigits = 4;
+    std::optional<FormSource> m_sending;
     QString m_letterFault = QStringLiteral("VNIl.dat has not been read.");
 };

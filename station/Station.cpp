@@ -40,6 +40,9 @@ Station::Station(const ProgramFolders& folders, const Machine& machine)
     , control(machine.line)
     , line(control, ini, dialogs, clock)
     , bus(control, clock, log)
+    , database(ProgramFolder, ini, log, clock)
+    , record(database, log)
+    , watch(bus, *installation, record, clock)
     , trace(bus, clock)
     , statistics(bus, clock)
     , router(bus, *installation)
@@ -47,7 +50,6 @@ Station::Station(const ProgramFolders& folders, const Machine& machine)
     , clocks(bus, *installation, clock)
     , starts(bus, router, *installation, options, clock)
     , hubOption(clocks, options, ini)
-    , database(ProgramFolder, ini, log, clock)
     , tickets(database, *installation, log)
     , loaders(database, *installation, options, log)
     , reload(database, loaders, *installation, log)
@@ -55,11 +57,16 @@ Station::Station(const ProgramFolders& folders, const Machine& machine)
     , printers({*installation, router, clock, operationBoxes, log}, ProgramFolder, CounterList())
     , forms({*installation, router, clock, operationBoxes, log}, ProgramFolder, ini, CounterList())
     , check(database, options, clock)
+    , hall(database, record, forms, options, clock)
+    , commissioning({*installation, router, hubs, clocks, printers, forms, record, watch, clock, log, CounterList(),
+                     [this] { return line.Settings.CommBaud.toInt(); }})
     , run(*installation, options, bus, line, clock)
     , init({*installation, options, tickets, starts, hubs, printers, forms, clock})
     , maintenance(database, clock, dialogs, [this](const Work& work) { return Alone(work, Stop::Never); })
-    , console(bus, *installation, options, clock, dialogs) {
+    , console(bus, *installation, options, clock, dialogs)
+    , m_user(machine.user) {
     hubs.OnDevice = clocks.OnDevice = [this](const QString& name) { return BeginDevice(name); };
+    JoinRecord();
     const PrinterTransfer* const transfers[] = {&printers, &forms.transfer, &forms.fonts};
     for (const PrinterTransfer* transfer : transfers)
         connect(transfer, &PrinterTransfer::Progress, this, &Station::ShowTransfer);
@@ -93,6 +100,7 @@ QCoro::Task<Outcome> Station::Alone(Work work, Stop stop) {
         outcome = co_await work();
     } catch (const Ended&) {
     }
+    watch.EndAll();
     m_isBusy = false;
     Q_EMIT ProgressChanged(QString(), 0, 0);
     Q_EMIT BusyChanged(false);
@@ -165,6 +173,7 @@ QCoro::Task<Outcome> Station::PrepareStore(QString path) {
 
 Outcome Station::OpenStore(const QString& store) {
     database.OpenDatabase(store);
+    record.Open();
     const Result<> loaded = reload.ReloadAll();
     bus.ResetSequenceNumbers();
     if (const std::optional<qint16> next = tickets.RecoverTickets())
@@ -196,6 +205,8 @@ QCoro::Task<> Station::End() {
         co_await clock.DelayMilliseconds(SendingCheck);
     CloseVoice();
     Close();
+    watch.EndAll();
+    record.Flush();
     database.CloseDatabase();
     database.BackupDatabase();
 }

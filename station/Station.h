@@ -23,9 +23,12 @@
 #include "platform/PlacedDialogs.h"
 #include "printers/PrinterConfig.h"
 #include "printers/TicketForms.h"
+#include "station/Commissioning.h"
 #include "station/DataMaintenance.h"
+#include "station/HallState.h"
 #include "station/InitRun.h"
 #include "station/InstallationCheck.h"
+#include "station/LoadWatch.h"
 #include "station/ProgramFolders.h"
 #include "station/RunControl.h"
 #include "station/TestConsole.h"
@@ -35,6 +38,9 @@
 class Clock;
 class Dialogs;
 class DirectionMatrix;
+
+/// The name of the user whom this program runs for.
+QString UserOfMachine();
 
 /// The program without its windows: owns settings, model, line, database and the operations on them. Made once, by a
 /// front end.
@@ -52,6 +58,7 @@ public:
         Clock& clock;
         ::Line& line;
         Dialogs& dialogs;
+        QString user = UserOfMachine(); ///< who works here, for the record of loads
     };
 
     Station(const ProgramFolders& folders, const Machine& machine);
@@ -79,6 +86,14 @@ public:
     bool IsBusy() const { return m_isBusy; }
     /// What the store holds that cannot be loaded or sent.
     std::vector<Finding> FindFaults() { return check.FindFaults(); }
+
+    /// What each device of the store is to hold, and how that stands to what it was given; fails if the store cannot be
+    /// read.
+    Result<std::vector<DeviceState>> Hall();
+    /// What was loaded where.
+    const LoadRecord& Record() const { return record; }
+    /// What the last commissioning has made of each device.
+    const Commissioning& LastCommissioning() const { return commissioning; }
 
     EventLog& Log() { return log; }
     /// The frames of the line; its reader may empty it.
@@ -133,7 +148,7 @@ public:
     Outcome StoreDirections(DirectionMatrix& directions);
 
     /// The store is ahead of the model: `RefreshIfChanged` will read it.
-    void NoteStoreChanged() { reload.NoteStoreChanged(); }
+    void NoteStoreChanged();
 
     /// Brings the model up to date if the setup window has changed the store, as far as that is possible while the
     /// system runs. While an operation reads the model nothing happens, and the change is still to be taken.
@@ -190,6 +205,10 @@ public:
     /// Resets all devices, forgets all tickets, lets all numbers begin anew, and says so. Asks nothing.
     QCoro::Task<Outcome> ResetSystem();
 
+    /// Reloads the model, asks every device and loads what is not in step, what was chosen, or nothing; see
+    /// `Commissioning`. @param chosen what `What::Selected` loads.
+    QCoro::Task<Outcome> CommissionHall(Commissioning::What what, std::set<Commissioning::Choice> chosen = {});
+
     /// Starts or stops the system.
     void SetRunning(bool running) { run.SetRunning(running); }
 
@@ -229,6 +248,8 @@ Q_SIGNALS:
     void Ready();
     /// Services or objects have been read anew.
     void ModelChanged();
+    /// What `Hall` tells may have changed.
+    void HallChanged();
     /// Comes exactly when `IsBusy` changes.
     void BusyChanged(bool busy);
     /// What the running operation is at, for the status bar; an empty text when it has ended.
@@ -245,6 +266,9 @@ protected:
     ::Line& control;
     CommLine line;
     Bus bus;
+    Database database;
+    LoadRecord record;
+    LoadWatch watch; ///< before those that measure: it writes to the store before a frame goes out
     BusTrace trace;
     LineStatistics statistics;
     HubRouter router;
@@ -253,7 +277,6 @@ protected:
     DeviceStart starts;
     HubOption hubOption;
 
-    Database database;
     TicketRecords tickets;
     Loaders loaders;
     Reload reload;
@@ -262,6 +285,8 @@ protected:
     PrinterConfig printers;
     TicketForms forms;
     InstallationCheck check;
+    HallState hall;
+    Commissioning commissioning;
     RunControl run;
     InitRun init;
     DataMaintenance maintenance;
@@ -294,8 +319,11 @@ private:
     QCoro::Task<Outcome> StoreIsReady();
     QCoro::Task<Outcome> LoadPrinters();
     PrinterTables::CounterList CounterList();
+    void JoinRecord();
+    QString SourceOf(const LoadEntry& entry) const;
     void ShowTransfer(const QString& printer, const QString& phase, int done, int total);
 
+    const QString m_user;
     bool m_isBusy = false;
     bool m_canCancel = false;
     bool m_isCancelled = false;

@@ -108,7 +108,7 @@ TEST_F(HubConfigTest, WhatOneCharacterCannotCarryIsNamed) {
 TEST_F(HubConfigTest, AMemberListNamesTypeAndAddress) {
     Add(9, 64, model::Hub);
     BuildHubTable(*m_installation, m_log);
-    EXPECT_EQ(m_config.MemberList(0), "0");
+    EXPECT_EQ(MemberList(*m_installation, 0), "0");
     Add(1, 1, model::Counter, 9);
     Add(2, 33, model::Printer, 9);
     BuildHubTable(*m_installation, m_log);

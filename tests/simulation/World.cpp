@@ -55,6 +55,7 @@ World::World(const Plan& plan)
          m_isStrict ? QStringLiteral("yes") : QStringLiteral("no")},
         {QStringLiteral("Comm"), QStringLiteral("LocalEcho"),
          m_hasLocalEcho ? QStringLiteral("yes") : QStringLiteral("no")},
+        {QStringLiteral("Ticket"), QStringLiteral("LastForm"), m_folder.filePath(QStringLiteral("Data/Form.rtf"))},
         {QStringLiteral("options"), QStringLiteral("WakeupTime"), QStringLiteral("15")},
         {QStringLiteral("options"), QStringLiteral("KeyDelayTime"), QStringLiteral("15")},
         {QStringLiteral("options"), QStringLiteral("FromToval"), QStringLiteral("5")},
@@ -67,6 +68,7 @@ World::World(const Plan& plan)
         ini.WriteIni(section, key, value);
         m_possibleSettings[section + u'/' + key] = {value};
     }
+    WriteForm(m_dice);
     QString problem;
     m_line = std::make_unique<SimulatedLine>(*BusInstallation::Parse(m_hall.devices, QStringLiteral("hall"), problem),
                                              m_timeline);
@@ -239,8 +241,9 @@ void World::Live() {
         Trace(QStringLiteral("box ") + text.section(u'/', 0, 0));
         m_lastProgress = m_timeline.Now();
     };
-    m_station = std::make_unique<OpenStation>(ProgramFolders{m_folder.path(), m_folder.path()},
-                                              Station::Machine{*m_clock, *m_line, *m_user});
+    m_station =
+        std::make_unique<OpenStation>(ProgramFolders{m_folder.path(), m_folder.path()},
+                                      Station::Machine{*m_clock, *m_line, *m_user, QStringLiteral("installer")});
     m_laws->Follow(m_station->bus);
     m_triesBefore = m_laws->Tries;
     Begin(QStringLiteral("start"), false, [this](Station& station) -> QCoro::Task<Outcome> {
@@ -310,6 +313,7 @@ void World::Begin(const QString& name, bool runsAlone, const Work& work) {
     running.runsAlone = runsAlone && !m_station->IsBusy();
     running.begun = m_timeline.Now();
     running.editsBefore = m_edits;
+    running.wasInStep = name == u"CommissionHall" && IsAllInStep(false);
     running.task = Watch(running, work);
     AfterEvent();
 }
@@ -349,6 +353,7 @@ void World::EndStation() {
     else if (!m_running.empty())
         Break(QStringLiteral("\"%1\" goes on after the end of the program").arg(m_running.front().name));
     CheckStatistics();
+    m_isRecordLost |= !m_station->Record().Fault().isEmpty();
     m_endedOn = m_clock->Now().date();
     m_laws->ExpectSilence();
     // Until another program has let the store go as well.
@@ -363,6 +368,7 @@ void World::EndStation() {
 
 void World::Crash(bool isPowerCut) {
     Trace(isPowerCut ? QStringLiteral("power cut") : QStringLiteral("killed"));
+    m_isRecordLost |= !m_station->Record().Fault().isEmpty();
     FaultyDisk& disk = FaultyDisk::Instance();
     disk.Die();
     sqlite3_close(std::exchange(m_other, nullptr));

@@ -47,6 +47,7 @@ private:
         bool runsAlone = false;
         Timeline::Moment begun{0};
         int editsBefore = 0;
+        bool wasInStep = false;
         std::map<LineLaws::Command, bool> tried; ///< whether the last try was answered
         bool isDone = false;
         Outcome outcome = Outcome::Cancelled();
@@ -77,6 +78,8 @@ private:
     void Edit(Dice& dice);
     void ChangeOptions(Dice& dice);
     TicketDocument Form(Dice& dice) const;
+    void WriteForm(Dice& dice);
+    void Commission(Dice& dice);
     void EndStation();
     void Crash(bool isPowerCut);
 
@@ -84,6 +87,11 @@ private:
     void CheckOutcome(const Running& running);
     void CheckAnswered(const Running& running, model::ObjectType type, char letter);
     void CheckTickets(const Outcome& outcome);
+    void CheckCommissioned(const Running& running, bool wasEdited);
+    void CheckHoldings();
+    QByteArray HeldBy(quint8 address, LoadKind kind) const;
+    bool MayHaveChangedUnseen(const DeviceState& device, LoadKind kind) const;
+    bool IsAllInStep(bool whenUnknown);
     void CheckModel();
     void CheckStatistics();
     void CheckDisk(bool wasCrash);
@@ -113,11 +121,13 @@ private:
     std::set<QByteArray> m_states;                           ///< all that the store ever held, for backups
     Timeline::Moment m_lastProgress{0};
     quint64 m_triesBefore = 0;
-    QDate m_endedOn; ///< the day of the last backup
+    std::set<int> m_cycled; ///< addresses of devices that were off
+    QDate m_endedOn;        ///< the day of the last backup
     int m_lives = 0;
     int m_edits = 0;
     bool m_hasCrashed = false;
-    bool m_isDirty = false; ///< something went wrong with the line or the devices
+    bool m_isRecordLost = false; ///< a station ended with loads that the store did not take
+    bool m_isDirty = false;      ///< something went wrong with the line or the devices
     bool m_isRouted = false;
     bool m_isStrict = false;
     bool m_hasLocalEcho = false;

@@ -37,7 +37,7 @@ void World::Do(int act) {
     FaultyDisk& disk = FaultyDisk::Instance();
     const auto alone = [this](const char* name, const Work& work) { Begin(QString::fromLatin1(name), true, work); };
     const auto beside = [this](const char* name, const Work& work) { Begin(QString::fromLatin1(name), false, work); };
-    switch (dice.Roll(45)) {
+    switch (dice.Roll(50)) {
     case 0:
     case 1:
     case 2:
@@ -159,8 +159,10 @@ void World::Do(int act) {
         }
         return;
     case 37:
-        if (Happens(QStringLiteral("power")))
+        if (Happens(QStringLiteral("power"))) {
             m_line->PowerCycle(number);
+            m_cycled.insert(number);
+        }
         return;
     case 38:
         if (Happens(QStringLiteral("full")))
@@ -192,6 +194,13 @@ void World::Do(int act) {
     case 43:
         m_station->SetRunning(dice.OnceIn(2));
         return;
+    case 44:
+    case 45:
+    case 46:
+    case 47:
+        return Commission(dice);
+    case 48:
+        return WriteForm(dice);
     default:
         if (Happens(QStringLiteral("end"))) {
             EndStation();
@@ -200,6 +209,22 @@ void World::Do(int act) {
         }
         return;
     }
+}
+
+void World::Commission(Dice& dice) {
+    if (dice.OnceIn(3))
+        return Begin(QStringLiteral("VerifyHall"), true,
+                     [](Station& station) { return station.CommissionHall(Commissioning::What::Verify); });
+    if (!dice.OnceIn(4))
+        return Begin(QStringLiteral("CommissionHall"), true,
+                     [](Station& station) { return station.CommissionHall(Commissioning::What::NotInStep); });
+    std::set<Commissioning::Choice> chosen;
+    for (const model::QObject& object : m_station->Model().LoadedObjects()) {
+        if (dice.OnceIn(3))
+            chosen.insert({object.Id, LoadKinds[dice.Roll(static_cast<int>(std::size(LoadKinds)))]});
+    }
+    Begin(QStringLiteral("CommissionSelected"), true,
+          [chosen](Station& station) { return station.CommissionHall(Commissioning::What::Selected, chosen); });
 }
 
 /// What a user edits: what the store holds afterwards, and the operation that the windows use for it.

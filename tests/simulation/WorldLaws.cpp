@@ -45,9 +45,12 @@ void World::CheckOutcome(const Running& running) {
     if (running.name == u"SetHubCounter" && outcome.IsDone() && !FaultyDisk::Instance().IsDead()) {
         m_possibleSettings[QStringLiteral("options/FromToval")] = {QString::number(m_station->Settings().FromToval)};
     }
+    const bool wasEdited = running.editsBefore != m_edits;
+    CheckHoldings();
+    if (running.name.startsWith(u"Commission") || running.name == u"VerifyHall")
+        CheckCommissioned(running, wasEdited);
     if (!outcome.IsDone())
         return;
-    const bool wasEdited = running.editsBefore != m_edits;
     const Reference reference(m_shadow, m_isRouted);
     QString fault;
     if (running.name == u"SetServiceConfig" || running.name == u"ConfigPrinters") {
