@@ -1,5 +1,7 @@
 #include "app/Program.h"
 
+#include "commissioning/frmCommission.h"
+#include "commissioning/frmRecord.h"
 #include "console/frmBusMonitor.h"
 #include "console/frmTest.h"
 #include "designer/frmDesignTicket.h"
@@ -35,6 +37,12 @@ void KeepOnScreen(QWidget& window) {
         window.resize(window.size().boundedTo(window.screen()->availableSize() - Frame));
 }
 
+void ToFront(QWidget& window) {
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
 } // namespace
 
 Program::Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell)
@@ -50,6 +58,8 @@ Program::~Program() {
     m_isExiting = true;
     delete m_testWindow;
     delete m_busMonitor;
+    delete m_commissioning;
+    delete m_record;
 }
 
 QCoro::Task<> Program::Main() {
@@ -90,15 +100,13 @@ QCoro::Task<QString> Program::ChooseDatabase() {
 void Program::MakeMainWindow() {
     m_mainWindow = std::make_unique<frmMain>(*m_station, std::move(m_shell), QStringLiteral(ORVEX_WEBSITE));
     const frmMain* window = m_mainWindow.get();
-    connect(window, &frmMain::SetupWanted, this, [this] {
-        m_setupWindow->show();
-        m_setupWindow->raise();
-        m_setupWindow->activateWindow();
-    });
+    connect(window, &frmMain::SetupWanted, this, [this] { ToFront(*m_setupWindow); });
     connect(window, &frmMain::PortChoiceWanted, this, [this] { ShowPortWindow(*m_mainWindow); });
     connect(window, &frmMain::TicketDesignWanted, this, [this] { ShowTicketDesigner(*m_mainWindow); });
     connect(window, &frmMain::TestConsoleWanted, this, &Program::ShowTestConsole);
     connect(window, &frmMain::BusMonitorWanted, this, &Program::ShowBusMonitor);
+    connect(window, &frmMain::CommissioningWanted, this, &Program::ShowCommissioning);
+    connect(window, &frmMain::RecordWanted, this, &Program::ShowRecord);
     connect(window, &frmMain::MaintenanceWanted, this,
             [this] { (new frmUtils(*m_station, m_mainWindow.get()))->show(); });
     connect(window, &frmMain::OptionsWanted, this, [this] {
@@ -120,6 +128,7 @@ void Program::MakeSetupWindow() {
     connect(m_setupWindow.get(), &frmQueue::HubOptionWanted, this,
             [this] { (new frmHUBCfg(*m_station, m_setupWindow.get()))->show(); });
     connect(m_setupWindow.get(), &frmQueue::TicketDesignWanted, this, [this] { ShowTicketDesigner(*m_setupWindow); });
+    connect(m_setupWindow.get(), &frmQueue::CommissioningWanted, this, &Program::ShowCommissioning);
     connect(m_setupWindow.get(), &frmQueue::MainWindowWanted, m_mainWindow.get(), &frmMain::Open);
     connect(m_setupWindow.get(), &frmQueue::Closed, this, [this] { ExitSystem(); });
 }
@@ -149,17 +158,27 @@ void Program::ShowTicketDesigner(QWidget& parent) {
 void Program::ShowTestConsole() {
     if (!m_testWindow)
         m_testWindow = new frmTest(*m_station);
-    m_testWindow->show();
-    m_testWindow->raise();
-    m_testWindow->activateWindow();
+    ToFront(*m_testWindow);
 }
 
 void Program::ShowBusMonitor() {
     if (!m_busMonitor)
         m_busMonitor = new frmBusMonitor(*m_station);
-    m_busMonitor->show();
-    m_busMonitor->raise();
-    m_busMonitor->activateWindow();
+    ToFront(*m_busMonitor);
+}
+
+void Program::ShowCommissioning() {
+    if (!m_commissioning) {
+        m_commissioning = new frmCommission(*m_station);
+        connect(m_commissioning, &frmCommission::RecordWanted, this, &Program::ShowRecord);
+    }
+    ToFront(*m_commissioning);
+}
+
+void Program::ShowRecord() {
+    if (!m_record)
+        m_record = new frmRecord(*m_station);
+    ToFront(*m_record);
 }
 
 QString Program::HelpPage() {
@@ -168,6 +187,8 @@ QString Program::HelpPage() {
         {QStringLiteral("frmMain"), QStringLiteral("main-window")},
         {QStringLiteral("frmTest"), QStringLiteral("test-console")},
         {QStringLiteral("frmBusMonitor"), QStringLiteral("bus-monitor")},
+        {QStringLiteral("frmCommission"), QStringLiteral("commissioning")},
+        {QStringLiteral("frmRecord"), QStringLiteral("record")},
         {QStringLiteral("frmDesignTicket"), QStringLiteral("printers")},
         {QStringLiteral("frmEditLogo"), QStringLiteral("printers")},
         {QStringLiteral("frmImportLogo"), QStringLiteral("printers")},
@@ -214,16 +235,15 @@ void Program::Leave() {
     }
     if (m_setupWindow->close())
         return;
-    m_setupWindow->show();
-    m_setupWindow->raise();
-    m_setupWindow->activateWindow();
+    ToFront(*m_setupWindow);
 }
 
 QCoro::Task<> Program::ExitSystem() {
     if (std::exchange(m_isExiting, true))
         co_return;
     m_mainWindow->UnloadTray();
-    for (QWidget* window : {static_cast<QWidget*>(m_testWindow), static_cast<QWidget*>(m_busMonitor)}) {
+    for (QWidget* window : {static_cast<QWidget*>(m_testWindow), static_cast<QWidget*>(m_busMonitor),
+                            static_cast<QWidget*>(m_commissioning), static_cast<QWidget*>(m_record)}) {
         if (window)
             window->close();
     }

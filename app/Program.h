@@ -17,8 +17,10 @@ class Dialogs;
 class QWidget;
 class Station;
 class frmBusMonitor;
+class frmCommission;
 class frmMain;
 class frmQueue;
+class frmRecord;
 class frmSetPort;
 class frmTest;
 
@@ -59,6 +61,8 @@ private:
     void ShowTicketDesigner(QWidget& parent);
     void ShowTestConsole();
     void ShowBusMonitor();
+    void ShowCommissioning();
+    void ShowRecord();
     /// @param page of the manual, without its ending.
     void ShowHelp(const QString& page);
     /// The page about the window that the user is in.
@@ -75,5 +79,7 @@ private:
     std::unique_ptr<frmSetPort> m_portWindow;
     QPointer<frmTest> m_testWindow;
     QPointer<frmBusMonitor> m_busMonitor;
+    QPointer<frmCommission> m_commissioning;
+    QPointer<frmRecord> m_record;
     bool m_isExiting = false;
 };

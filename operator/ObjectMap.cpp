@@ -1,5 +1,6 @@
 #include "operator/ObjectMap.h"
 
+#include "commissioning/StateMark.h"
 #include "operator/ComputerPicture.h"
 #include "operator/ObjectPicture.h"
 #include "station/Station.h"
@@ -9,9 +10,11 @@
 #include <QEvent>
 #include <QLabel>
 #include <QPainter>
+#include <QTimer>
 
 namespace {
 
+constexpr int HallTime = 200; ///< milliseconds from a change to the marks that it makes
 constexpr int TwipsPerPixel = 15;
 constexpr QSize MapSize(742, 736);
 
@@ -91,7 +94,32 @@ void ObjectMap::Use(Station& station) {
                 if (object >= 0 && object < ShownObjects())
                     Picture(object).SetValue(kind, number, text);
             });
+    m_hallChanged = new QTimer(this);
+    m_hallChanged->setSingleShot(true);
+    m_hallChanged->setInterval(HallTime);
+    connect(m_hallChanged, &QTimer::timeout, this, &ObjectMap::ShowHall);
+    connect(&station, &Station::HallChanged, m_hallChanged, qOverload<>(&QTimer::start));
     ShowObjects();
+    ShowHall();
+}
+
+void ObjectMap::ShowHall() {
+    const Result<std::vector<DeviceState>> hall = m_station->Hall();
+    for (int i = 0; i < ShownObjects(); ++i) {
+        const qint32 key = m_station->Model().Object(static_cast<qint16>(i)).Id;
+        std::optional<StepMark> mark;
+        QString why;
+        if (hall) {
+            const auto found = std::find_if(hall->begin(), hall->end(),
+                                            [key](const DeviceState& device) { return device.key == key; });
+            if (found != hall->end()) {
+                mark = MarkOf(found->state);
+                why =
+                    found->what.isEmpty() ? NameOf(found->state) : tr("%1: %2").arg(NameOf(found->state), found->what);
+            }
+        }
+        Picture(i).SetMark(mark, why);
+    }
 }
 
 int ObjectMap::ShownObjects() const {

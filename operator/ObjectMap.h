@@ -6,6 +6,7 @@
 
 class ObjectPicture;
 class QLabel;
+class QTimer;
 class Station;
 
 /// The map of the installation: a picture for each of the first 36 objects, in their given places, joined by the bus to
@@ -47,10 +48,12 @@ protected:
 
 private:
     void ShowObjects();
+    void ShowHall();
     void DrawObjectState(int index);
     int ShownObjects() const;
 
     Station* m_station = nullptr;
+    QTimer* m_hallChanged = nullptr; ///< many changes are shown at once
     std::array<ObjectPicture*, Pictures> m_pictures{};
     std::array<QLabel*, Pictures> m_names{};
     std::array<std::pair<qint32, int>, Pictures> m_shown{}; ///< `Id` and `Type` that a picture shows, `Id` 0 for none

@@ -14,6 +14,7 @@ enum Kind { CounterKind = 0, PrinterKind = 1, DisplayKind = 2 };
 
 constexpr QPoint CounterPlace(20, 14);
 constexpr QPoint PrinterPlace(20, 9);
+constexpr QRect MarkPlace(50, 1, 16, 16);
 constexpr int NumberHeight = 15;
 constexpr int TextHeight = 10;
 constexpr QColor Digits(0xFF, 0xB0, 0x30);
@@ -106,6 +107,15 @@ void ObjectPicture::SetLamp(QColor colour) {
     update(LampPlace(m_type));
 }
 
+void ObjectPicture::SetMark(std::optional<StepMark> mark, const QString& why) {
+    setToolTip(why);
+    setAccessibleDescription(why);
+    if (m_mark == mark)
+        return;
+    m_mark = mark;
+    update();
+}
+
 QStringList ObjectPicture::Written() const {
     QStringList texts;
     for (const Writing& writing : m_writings)
@@ -126,6 +136,8 @@ void ObjectPicture::paintEvent(QPaintEvent*) {
     }
     if (m_lamp)
         painter.fillRect(LampPlace(m_type), *m_lamp);
+    if (m_mark)
+        DrawMark(painter, MarkPlace, *m_mark);
     if (hasFocus()) {
         painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
         painter.drawRect(rect().adjusted(1, 1, -1, -1));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "widgets/StepMark.h"
+
 #include <QColor>
 #include <QWidget>
 
@@ -26,6 +28,10 @@ public:
 
     /// Lights the lamp. The picture is drawn again only if its colour changes.
     void SetLamp(QColor colour);
+
+    /// Shows in a corner how the device is in step; nothing for one that holds nothing. @param why its tool tip.
+    void SetMark(std::optional<StepMark> mark, const QString& why);
+    std::optional<StepMark> Mark() const { return m_mark; }
 
     /// What is written now, in the order in which it was.
     QStringList Written() const;
@@ -55,4 +61,5 @@ private:
     int m_type = 0;
     std::vector<Writing> m_writings;
     std::optional<QColor> m_lamp;
+    std::optional<StepMark> m_mark;
 };

@@ -54,6 +54,8 @@ Q_SIGNALS:
     void TicketDesignWanted();
     void TestConsoleWanted();
     void BusMonitorWanted();
+    void CommissioningWanted();
+    void RecordWanted();
     void MaintenanceWanted();
     void OptionsWanted();
     void AboutWanted();

@@ -27,6 +27,20 @@ void GridModel::SetMarks(std::vector<GridMark> marks) {
     Q_EMIT MarksChanged();
 }
 
+void GridModel::SetNotes(int column, std::map<qint64, GridNote> notes) {
+    m_notedColumn = column;
+    m_notes = std::move(notes);
+    // Of this column alone: an editor that is open in another stays as it is.
+    if (rowCount() > 0)
+        Q_EMIT dataChanged(index(0, column), index(rowCount() - 1, column));
+}
+
+const GridNote* GridModel::NoteOf(const QModelIndex& index) const {
+    const QVariant key = index.isValid() && index.column() == m_notedColumn ? Key(index.row()) : QVariant();
+    const auto note = key.isValid() ? m_notes.find(key.toLongLong()) : m_notes.end();
+    return note == m_notes.end() ? nullptr : &note->second;
+}
+
 QString GridModel::MarkOf(int row, int column) const {
     if (m_marks.empty())
         return {};
@@ -42,6 +56,19 @@ QString GridModel::MarkOf(int row, int column) const {
 }
 
 QVariant GridModel::data(const QModelIndex& index, int role) const {
+    if (const GridNote* const note = NoteOf(index)) {
+        switch (role) {
+        case Qt::DisplayRole:
+        case Qt::AccessibleTextRole:
+            return note->text;
+        case Qt::ToolTipRole:
+            return note->why;
+        case Qt::DecorationRole:
+            return note->picture;
+        default:
+            return {};
+        }
+    }
     if (index.isValid() && role == Qt::ToolTipRole)
         return MarkOf(index.row(), index.column());
     if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole && role != Qt::AccessibleTextRole))

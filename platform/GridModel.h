@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <functional>
+#include <map>
 #include <vector>
 
 /// One column of a data-bound grid.
@@ -34,6 +35,13 @@ struct GridMark {
     QVariant key; ///< of the row
     QString field;
     QString text;
+};
+
+/// What a cell of a column without a field shows: a word, its reason, and a picture (`QIcon`).
+struct GridNote {
+    QString text;
+    QString why;
+    QVariant picture;
 };
 
 /// The rows of a table as a grid shows and edits them; its last row may be a blank one for a new record.
@@ -75,6 +83,9 @@ public:
     /// The text of a cell's mark, empty if it has none.
     QString MarkOf(int row, int column) const;
 
+    /// Fills a column that has no field. @param notes by the key of the row.
+    void SetNotes(int column, std::map<qint64, GridNote> notes);
+
     int columnCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
@@ -90,6 +101,10 @@ Q_SIGNALS:
     void MarksChanged();
 
 private:
+    const GridNote* NoteOf(const QModelIndex& index) const;
+
     std::vector<GridMark> m_marks;
+    int m_notedColumn = -1;
+    std::map<qint64, GridNote> m_notes;
     std::function<QString(QStringView)> m_readable;
 };

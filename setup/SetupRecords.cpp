@@ -33,6 +33,15 @@ std::vector<GridColumn> ServiceColumns() {
     };
 }
 
+/// The words that the column of the state shows, which make its width.
+std::vector<std::pair<int, QString>> StateWords() {
+    std::vector<std::pair<int, QString>> words;
+    for (const StepState state :
+         {StepState::InStep, StepState::NotAsked, StepState::Changed, StepState::NeverLoaded, StepState::Failed})
+        words.emplace_back(static_cast<int>(state), NameOf(state));
+    return words;
+}
+
 std::vector<GridColumn> ObjectColumns() {
     return {
         {.caption = QStringLiteral("Counter Name"),
@@ -50,6 +59,7 @@ std::vector<GridColumn> ObjectColumns() {
         GridColumn::YesNo(QStringLiteral("Active"), QStringLiteral("d_On")),
         {.caption = QStringLiteral("Notes"), .field = QString(), .readOnly = true},
         {.caption = QStringLiteral("d_Id"), .field = QStringLiteral("d_Id"), .readOnly = true},
+        {.caption = QStringLiteral("State"), .field = QString(), .readOnly = true, .values = StateWords()},
     };
 }
 

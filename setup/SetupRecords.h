@@ -19,7 +19,7 @@ public:
     explicit SetupRecords(Station& station);
 
     GridRecords rsQueue;        ///< services, by number
-    GridRecords rsDisplay;      ///< objects of all types
+    GridRecords rsDisplay;      ///< objects of all types; its last column tells how each is in step
     GridRecords rsDisplayList;  ///< the same objects, to choose from for the scan plan
     GridRecords rsQueueDisplay; ///< counters of one service
     GridRecords rsPlanView;     ///< scan plan, by order

@@ -1,5 +1,6 @@
 #include "setup/frmQueue.h"
 
+#include "commissioning/StateMark.h"
 #include "platform/AnsiText.h"
 #include "platform/Dialogs.h"
 #include "setup/SetupRecords.h"
@@ -19,10 +20,12 @@
 #include <QSettings>
 #include <QShortcut>
 #include <QSplitter>
+#include <QTimer>
 
 namespace {
 
 constexpr int DirectionTab = 2;
+constexpr int HallTime = 200;       ///< milliseconds from a change to the state that it makes
 constexpr int FindingsHeight = 110; ///< pixels of the list when it opens
 
 /// Shows a refused change and lets the user go on with the typed text.
@@ -73,8 +76,19 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
         for (const QChar character : ansi::Decode(characters))
             AddLog1(character);
     });
+    m_hallChanged = new QTimer(this);
+    m_hallChanged->setSingleShot(true);
+    m_hallChanged->setInterval(HallTime);
+    connect(m_hallChanged, &QTimer::timeout, this, &frmQueue::ShowHall);
+    connect(&m_station, &Station::HallChanged, m_hallChanged, qOverload<>(&QTimer::start));
+    connect(m_records.get(), &SetupRecords::StoreChanged, m_hallChanged, qOverload<>(&QTimer::start));
+    connect(m_ui->mnCommission, &QAction::triggered, this, [this] {
+        if (DataGrid::CommitAll(*this))
+            Q_EMIT CommissioningWanted();
+    });
     m_records->Load();
     ShowFindings();
+    ShowHall();
     RestorePlaces();
     m_ui->TabStrip1->setCurrentIndex(0);
     findChild<DataGrid*>(QStringLiteral("TDBGridQueue"))->setFocus();
@@ -199,6 +213,7 @@ void frmQueue::ShowFindings() {
         else if (finding.table == QStringLiteral("Display"))
             objects.push_back(mark);
     }
+    ShowHint();
     m_records->rsQueue.SetMarks(std::move(services));
     m_records->rsDisplay.SetMarks(std::move(objects));
     const auto count = static_cast<int>(m_findings.size());
@@ -210,7 +225,40 @@ void frmQueue::ShowFindings() {
     m_findingCount->setToolTip(tr("What in the database cannot be loaded or sent"));
 }
 
+void frmQueue::ShowHall() {
+    const Result<std::vector<DeviceState>> hall = m_station.Hall();
+    std::map<qint64, GridNote> notes;
+    int behind = 0;
+    if (hall) {
+        for (const DeviceState& device : *hall) {
+            notes[device.key] = {NameOf(device.state), device.what, QVariant::fromValue(StateMark(device.state))};
+            behind += device.state > StepState::InStep ? 1 : 0;
+        }
+    }
+    m_records->rsDisplay.SetNotes(m_records->rsDisplay.columnCount() - 1, std::move(notes));
+    m_hint = behind == 0   ? QString()
+             : behind == 1 ? tr("Hint: 1 device is not in step. A click opens the commissioning.")
+                           : tr("Hint: %1 devices are not in step. A click opens the commissioning.").arg(behind);
+    ShowHint();
+}
+
+void frmQueue::ShowHint() {
+    // Behind the findings: it is none of them.
+    QListWidget& list = *m_ui->lstFindings;
+    const auto findings = static_cast<int>(m_findings.size());
+    if (m_hint.isEmpty()) {
+        if (list.count() > findings)
+            delete list.takeItem(findings);
+        return;
+    }
+    if (list.count() == findings)
+        list.addItem(QString());
+    list.item(findings)->setText(m_hint);
+}
+
 void frmQueue::GoToFinding(int index) {
+    if (index == static_cast<int>(m_findings.size()))
+        Q_EMIT CommissioningWanted();
     if (index < 0 || index >= static_cast<int>(m_findings.size()))
         return;
     const Finding finding = m_findings[static_cast<std::size_t>(index)];

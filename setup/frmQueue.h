@@ -47,6 +47,8 @@ Q_SIGNALS:
     void PortChoiceWanted();
     /// The user wants to set the hubs' counter option.
     void HubOptionWanted();
+    /// The user wants to bring the hall into step.
+    void CommissioningWanted();
     /// The user wants to see the main window.
     void MainWindowWanted();
     /// The user wants to design a ticket form for the family of printers that is chosen now.
@@ -74,6 +76,9 @@ private:
     /// Brings a tab to the front, with the keyboard in its first grid.
     void GoToTab(int tab);
     void ShowFindings();
+    /// Shows how each object is in step.
+    void ShowHall();
+    void ShowHint();
     void GoToFinding(int index);
     void Mend(const Finding& finding);
     void RestorePlaces();
@@ -84,7 +89,9 @@ private:
     std::unique_ptr<SetupRecords> m_records;
     std::unique_ptr<Ui::frmQueue> m_ui;
     std::vector<Finding> m_findings;
+    QString m_hint; ///< about what is no fault; empty if there is none
     bool m_isMending = false;
+    QTimer* m_hallChanged = nullptr; ///< many changes are shown at once
     std::optional<LinePanels> m_linePanels;
     OperationStatus* m_status = nullptr;
     QPushButton* m_findingCount = nullptr;

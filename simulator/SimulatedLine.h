@@ -13,8 +13,8 @@ public:
         , m_timeline(timeline) {}
 
     /// What goes over the line, as it happens; frames and ACKs of the station one by one.
-    std::function<void(const QByteArray& bytes)> OnWritten;
-    std::function<void(const QByteArray& bytes)> OnDelivered;
+    std::function<void(const QByteArray& bytes)> OnWritten = [](const QByteArray&) {};
+    std::function<void(const QByteArray& bytes)> OnDelivered = [](const QByteArray&) {};
 
     Result<> SetPort(const QString& portName, const QString& settings) override;
     bool Open() override;

@@ -14,7 +14,7 @@ public:
         : m_timeline(timeline)
         , m_dice(seed) {}
 
-    std::function<void(const QString& text)> OnBox;
+    std::function<void(const QString& text)> OnBox = [](const QString&) {};
 
     /// Boxes that stand on the screen now, progress boxes too.
     int OpenBoxes() const { return static_cast<int>(m_open.size()) + m_progressBoxes; }

@@ -1,5 +1,7 @@
 #include "app/Program.h"
 
+#include "commissioning/frmCommission.h"
+#include "commissioning/frmRecord.h"
 #include "console/frmBusMonitor.h"
 #include "console/frmTest.h"
 #include "designer/frmDesignTicket.h"
@@ -280,6 +282,7 @@ protected:
             [&] { return monitor->findChild<QTableView*>(QStringLiteral("tblFrames"))->model()->rowCount() > 0; }));
         Picture("bus-monitor", monitor);
         monitor->close();
+        Commission(main);
         hands.ClickButton("Command1");
         auto* bench = Await<frmTest>();
         const WindowDriver benchHands(*bench);
@@ -303,6 +306,31 @@ protected:
         }
         Item(main, "mnExit")->trigger();
         EXPECT_TRUE(WaitUntil([this] { return !m_program->TheStation().Store().IsOpen(); }));
+    }
+
+    void Commission(QWidget* main) {
+        Item(main, "mnCommission")->trigger();
+        auto* window = Await<frmCommission>();
+        const WindowDriver hands(*window);
+        hands.ClickButton("cmdLoad");
+        Close(QStringLiteral("All 7 devices are in step."));
+        auto& tree = hands.Find<QTreeView>("treHall");
+        const auto stateOf = [&tree](int row) { return tree.model()->index(row, 1).data().toString(); };
+        EXPECT_TRUE(WaitUntil([&] { return stateOf(3) == QStringLiteral("in step"); }));
+        const Result<> renamed =
+            m_program->TheStation().Store().Run({QStringLiteral("UPDATE Queue SET q_Name='Tieàn göûi' WHERE q_Id=1")});
+        EXPECT_TRUE(renamed);
+        m_program->TheStation().NoteStoreChanged();
+        EXPECT_TRUE(WaitUntil([&] { return stateOf(3) == QStringLiteral("changed since"); }));
+        tree.expand(tree.model()->index(3, 0));
+        Picture("commissioning", window);
+        hands.ClickButton("cmdLoad");
+        Close(QStringLiteral("All 7 devices are in step."));
+        hands.ClickButton("cmdRecord");
+        auto* record = Await<frmRecord>();
+        Picture("record", record);
+        record->close();
+        window->close();
     }
 
     const QString m_pictures;
