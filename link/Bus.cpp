@@ -212,6 +212,7 @@ void Bus::OnCharacters() {
     if (m_echoAwaited > 0) {
         const qsizetype echoed = std::min(m_echoAwaited, characters.size());
         m_echoAwaited -= echoed;
+        m_swallowedEcho += static_cast<quint64>(echoed);
         characters.remove(0, echoed);
         if (characters.isEmpty())
             return;
@@ -271,6 +272,10 @@ void Bus::LeaveLine() {
             next->Finish(true);
         },
         Qt::QueuedConnection);
+}
+
+Bus::Milliseconds Bus::TimeOnWire(qsizetype characters) const {
+    return WireTime(characters, m_line.BaudRate());
 }
 
 void Bus::ResetSequenceNumbers() {
