@@ -26,7 +26,8 @@ Inquiry::Inquiry(Bus& bus, HubRouter& router, const model::Installation& install
     connect(&bus, &Bus::FrameSent, this, &Inquiry::OnSent);
     connect(&bus, &Bus::FrameReceived, this, &Inquiry::OnReceived);
     connect(&bus, &Bus::ReplyMissed, this, [this](quint8, const QByteArray& collected) {
-        if (m_isOurs)
+        // A whole frame is what came unasked before.
+        if (m_isOurs && !collected.endsWith(frames::Etx))
             m_hearing.noise += static_cast<quint64>(collected.size());
     });
 }

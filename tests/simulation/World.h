@@ -47,6 +47,7 @@ private:
         bool runsAlone = false;
         Timeline::Moment begun{0};
         int editsBefore = 0;
+        bool isBeside = false;                   ///< something else ran meanwhile
         std::map<LineLaws::Command, bool> tried; ///< whether the last try was answered
         bool isDone = false;
         Outcome outcome = Outcome::Cancelled();
@@ -82,6 +83,7 @@ private:
 
     // Laws.
     void CheckOutcome(const Running& running);
+    void CheckFound(const Running& running);
     void CheckAnswered(const Running& running, model::ObjectType type, char letter);
     void CheckTickets(const Outcome& outcome);
     void CheckModel();

@@ -37,7 +37,7 @@ void World::Do(int act) {
     FaultyDisk& disk = FaultyDisk::Instance();
     const auto alone = [this](const char* name, const Work& work) { Begin(QString::fromLatin1(name), true, work); };
     const auto beside = [this](const char* name, const Work& work) { Begin(QString::fromLatin1(name), false, work); };
-    switch (dice.Roll(45)) {
+    switch (dice.Roll(47)) {
     case 0:
     case 1:
     case 2:
@@ -192,6 +192,15 @@ void World::Do(int act) {
     case 43:
         m_station->SetRunning(dice.OnceIn(2));
         return;
+    case 45: {
+        const int rounds = 1 + dice.Roll(3);
+        return alone("TestLine", [rounds](Station& station) { return station.TestLine(rounds); });
+    }
+    case 46: {
+        const bool behindHubs = dice.OnceIn(2);
+        return alone(behindHubs ? "ScanBehindHubs" : "ScanAddresses",
+                     [behindHubs](Station& station) { return station.ScanAddresses(behindHubs); });
+    }
     default:
         if (Happens(QStringLiteral("end"))) {
             EndStation();
