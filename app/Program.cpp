@@ -1,5 +1,6 @@
 #include "app/Program.h"
 
+#include "commissioning/frmLineTest.h"
 #include "console/frmBusMonitor.h"
 #include "console/frmTest.h"
 #include "designer/frmDesignTicket.h"
@@ -50,6 +51,7 @@ Program::~Program() {
     m_isExiting = true;
     delete m_testWindow;
     delete m_busMonitor;
+    delete m_lineTest;
 }
 
 QCoro::Task<> Program::Main() {
@@ -99,6 +101,7 @@ void Program::MakeMainWindow() {
     connect(window, &frmMain::TicketDesignWanted, this, [this] { ShowTicketDesigner(*m_mainWindow); });
     connect(window, &frmMain::TestConsoleWanted, this, &Program::ShowTestConsole);
     connect(window, &frmMain::BusMonitorWanted, this, &Program::ShowBusMonitor);
+    connect(window, &frmMain::LineTestWanted, this, &Program::ShowLineTest);
     connect(window, &frmMain::MaintenanceWanted, this,
             [this] { (new frmUtils(*m_station, m_mainWindow.get()))->show(); });
     connect(window, &frmMain::OptionsWanted, this, [this] {
@@ -128,6 +131,7 @@ void Program::ShowPortWindow(QWidget& parent) {
     if (!m_portWindow) {
         m_portWindow = std::make_unique<frmSetPort>(*m_station, SerialControl::AvailablePorts(), &parent);
         // Closed by its frame it is made anew the next time; hidden after a choice it comes back as it was.
+        connect(m_portWindow.get(), &frmSetPort::LineTestWanted, this, &Program::ShowLineTest);
         connect(m_portWindow.get(), &QDialog::rejected, this, [this] { m_portWindow.release()->deleteLater(); });
     }
     if (m_portWindow->parentWidget() != &parent)
@@ -162,12 +166,21 @@ void Program::ShowBusMonitor() {
     m_busMonitor->activateWindow();
 }
 
+void Program::ShowLineTest() {
+    if (!m_lineTest)
+        m_lineTest = new frmLineTest(*m_station);
+    m_lineTest->show();
+    m_lineTest->raise();
+    m_lineTest->activateWindow();
+}
+
 QString Program::HelpPage() {
     static const QHash<QString, QString> pages = {
         {QStringLiteral("frmQueue"), QStringLiteral("setup")},
         {QStringLiteral("frmMain"), QStringLiteral("main-window")},
         {QStringLiteral("frmTest"), QStringLiteral("test-console")},
         {QStringLiteral("frmBusMonitor"), QStringLiteral("bus-monitor")},
+        {QStringLiteral("frmLineTest"), QStringLiteral("line-test")},
         {QStringLiteral("frmDesignTicket"), QStringLiteral("printers")},
         {QStringLiteral("frmEditLogo"), QStringLiteral("printers")},
         {QStringLiteral("frmImportLogo"), QStringLiteral("printers")},
@@ -223,7 +236,8 @@ QCoro::Task<> Program::ExitSystem() {
     if (std::exchange(m_isExiting, true))
         co_return;
     m_mainWindow->UnloadTray();
-    for (QWidget* window : {static_cast<QWidget*>(m_testWindow), static_cast<QWidget*>(m_busMonitor)}) {
+    for (QWidget* window : {static_cast<QWidget*>(m_testWindow), static_cast<QWidget*>(m_busMonitor),
+                            static_cast<QWidget*>(m_lineTest)}) {
         if (window)
             window->close();
     }

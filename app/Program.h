@@ -17,6 +17,7 @@ class Dialogs;
 class QWidget;
 class Station;
 class frmBusMonitor;
+class frmLineTest;
 class frmMain;
 class frmQueue;
 class frmSetPort;
@@ -59,6 +60,7 @@ private:
     void ShowTicketDesigner(QWidget& parent);
     void ShowTestConsole();
     void ShowBusMonitor();
+    void ShowLineTest();
     /// @param page of the manual, without its ending.
     void ShowHelp(const QString& page);
     /// The page about the window that the user is in.
@@ -75,5 +77,6 @@ private:
     std::unique_ptr<frmSetPort> m_portWindow;
     QPointer<frmTest> m_testWindow;
     QPointer<frmBusMonitor> m_busMonitor;
+    QPointer<frmLineTest> m_lineTest;
     bool m_isExiting = false;
 };

@@ -181,6 +181,7 @@ void frmMain::InitMenus() {
     connect(m_ui->mnSetpoty, &QAction::triggered, this, &frmMain::PortChoiceWanted);
     connect(m_ui->mnTicketForm, &QAction::triggered, this, &frmMain::TicketDesignWanted);
     connect(m_ui->mnBusMonitor, &QAction::triggered, this, &frmMain::BusMonitorWanted);
+    connect(m_ui->mnLineTest, &QAction::triggered, this, &frmMain::LineTestWanted);
     connect(m_ui->mnDBmaintenance, &QAction::triggered, this, &frmMain::MaintenanceWanted);
     connect(m_ui->mnQOptions, &QAction::triggered, this, &frmMain::OptionsWanted);
     connect(m_ui->mnAbout, &QAction::triggered, this, &frmMain::AboutWanted);

@@ -54,6 +54,7 @@ Q_SIGNALS:
     void TicketDesignWanted();
     void TestConsoleWanted();
     void BusMonitorWanted();
+    void LineTestWanted();
     void MaintenanceWanted();
     void OptionsWanted();
     void AboutWanted();

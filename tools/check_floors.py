@@ -9,7 +9,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 
 FLOORS = {
     "platform": 0, "core": 1, "widgets": 1, "link": 2, "tickets": 2, "hubs": 3, "database": 4, "printers": 5, "station": 6,
-    "console": 7, "designer": 7, "utilities": 7, "setup": 8, "operator": 8, "app": 9, "ctl": 9,
+    "commissioning": 7, "console": 7, "designer": 7, "utilities": 7, "setup": 8, "operator": 8, "app": 9, "ctl": 9,
 }
 # Folders that need less of the house than all that lies below them; those beside the house may include only these.
 NEEDS = {
@@ -27,7 +27,7 @@ BESIDE = [folder for folder in NEEDS if folder not in FLOORS]
 # What the simulator may use of the link: encodings, frames and the dictionary, not the master's side.
 SIMULATOR_LINK = {"link/CommandNames.h", "link/Encodings.h", "link/Frames.h", "link/FrameReader.h"}
 # Folders with windows, the only ones that see the widgets.
-WINDOWS = {"console", "designer", "utilities", "setup", "operator", "app", "benchmarks"}
+WINDOWS = {"commissioning", "console", "designer", "utilities", "setup", "operator", "app", "benchmarks"}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 WIDGETS = re.compile(r"^(QtWidgets($|/)|Q(Application|Widget|Dialog|MainWindow|TableView|MessageBox|FileDialog|StyledItemDelegate)$)")
