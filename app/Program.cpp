@@ -1,6 +1,7 @@
 #include "app/Program.h"
 
 #include "commissioning/frmCommission.h"
+#include "commissioning/frmLineTest.h"
 #include "commissioning/frmRecord.h"
 #include "console/frmBusMonitor.h"
 #include "console/frmTest.h"
@@ -60,6 +61,7 @@ Program::~Program() {
     delete m_busMonitor;
     delete m_commissioning;
     delete m_record;
+    delete m_lineTest;
 }
 
 QCoro::Task<> Program::Main() {
@@ -107,6 +109,7 @@ void Program::MakeMainWindow() {
     connect(window, &frmMain::BusMonitorWanted, this, &Program::ShowBusMonitor);
     connect(window, &frmMain::CommissioningWanted, this, &Program::ShowCommissioning);
     connect(window, &frmMain::RecordWanted, this, &Program::ShowRecord);
+    connect(window, &frmMain::LineTestWanted, this, &Program::ShowLineTest);
     connect(window, &frmMain::MaintenanceWanted, this,
             [this] { (new frmUtils(*m_station, m_mainWindow.get()))->show(); });
     connect(window, &frmMain::OptionsWanted, this, [this] {
@@ -137,6 +140,7 @@ void Program::ShowPortWindow(QWidget& parent) {
     if (!m_portWindow) {
         m_portWindow = std::make_unique<frmSetPort>(*m_station, SerialControl::AvailablePorts(), &parent);
         // Closed by its frame it is made anew the next time; hidden after a choice it comes back as it was.
+        connect(m_portWindow.get(), &frmSetPort::LineTestWanted, this, &Program::ShowLineTest);
         connect(m_portWindow.get(), &QDialog::rejected, this, [this] { m_portWindow.release()->deleteLater(); });
     }
     if (m_portWindow->parentWidget() != &parent)
@@ -181,6 +185,12 @@ void Program::ShowRecord() {
     ToFront(*m_record);
 }
 
+void Program::ShowLineTest() {
+    if (!m_lineTest)
+        m_lineTest = new frmLineTest(*m_station);
+    ToFront(*m_lineTest);
+}
+
 QString Program::HelpPage() {
     static const QHash<QString, QString> pages = {
         {QStringLiteral("frmQueue"), QStringLiteral("setup")},
@@ -189,6 +199,7 @@ QString Program::HelpPage() {
         {QStringLiteral("frmBusMonitor"), QStringLiteral("bus-monitor")},
         {QStringLiteral("frmCommission"), QStringLiteral("commissioning")},
         {QStringLiteral("frmRecord"), QStringLiteral("record")},
+        {QStringLiteral("frmLineTest"), QStringLiteral("line-test")},
         {QStringLiteral("frmDesignTicket"), QStringLiteral("printers")},
         {QStringLiteral("frmEditLogo"), QStringLiteral("printers")},
         {QStringLiteral("frmImportLogo"), QStringLiteral("printers")},
@@ -242,8 +253,9 @@ QCoro::Task<> Program::ExitSystem() {
     if (std::exchange(m_isExiting, true))
         co_return;
     m_mainWindow->UnloadTray();
-    for (QWidget* window : {static_cast<QWidget*>(m_testWindow), static_cast<QWidget*>(m_busMonitor),
-                            static_cast<QWidget*>(m_commissioning), static_cast<QWidget*>(m_record)}) {
+    for (QWidget* window :
+         {static_cast<QWidget*>(m_testWindow), static_cast<QWidget*>(m_busMonitor),
+          static_cast<QWidget*>(m_commissioning), static_cast<QWidget*>(m_record), static_cast<QWidget*>(m_lineTest)}) {
         if (window)
             window->close();
     }

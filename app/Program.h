@@ -18,6 +18,7 @@ class QWidget;
 class Station;
 class frmBusMonitor;
 class frmCommission;
+class frmLineTest;
 class frmMain;
 class frmQueue;
 class frmRecord;
@@ -63,6 +64,7 @@ private:
     void ShowBusMonitor();
     void ShowCommissioning();
     void ShowRecord();
+    void ShowLineTest();
     /// @param page of the manual, without its ending.
     void ShowHelp(const QString& page);
     /// The page about the window that the user is in.
@@ -81,5 +83,6 @@ private:
     QPointer<frmBusMonitor> m_busMonitor;
     QPointer<frmCommission> m_commissioning;
     QPointer<frmRecord> m_record;
+    QPointer<frmLineTest> m_lineTest;
     bool m_isExiting = false;
 };

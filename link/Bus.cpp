@@ -215,6 +215,7 @@ void Bus::OnCharacters() {
     if (m_echoAwaited > 0) {
         const qsizetype echoed = std::min(m_echoAwaited, characters.size());
         m_echoAwaited -= echoed;
+        m_swallowedEcho += static_cast<quint64>(echoed);
         characters.remove(0, echoed);
         if (characters.isEmpty())
             return;
@@ -274,6 +275,10 @@ void Bus::LeaveLine() {
             next->Finish(true);
         },
         Qt::QueuedConnection);
+}
+
+Bus::Milliseconds Bus::TimeOnWire(qsizetype characters) const {
+    return std::chrono::ceil<Milliseconds>(WireTime(characters, m_line.BaudRate()));
 }
 
 void Bus::ResetSequenceNumbers() {

@@ -68,6 +68,12 @@ public:
 
     const FrameReader::Counters& Counts() const { return m_reader.Counts(); }
 
+    /// Characters that were swallowed as an echo since the program began, see `LocalEcho`.
+    quint64 SwallowedEcho() const { return m_swallowedEcho; }
+
+    /// The time that so many characters are on the wire at the present speed of the line.
+    Milliseconds TimeOnWire(qsizetype characters) const;
+
     /// Transmissions of a frame within one try.
     qint16 FrameRepeats = 1;
 
@@ -119,6 +125,7 @@ private:
     bool m_sending = false;
     QByteArray m_command;        ///< the frame that waits for its answer
     qsizetype m_echoAwaited = 0; ///< characters
+    quint64 m_swallowedEcho = 0;
     bool m_isFinishing = false;
     bool m_closed = false;
     std::deque<Completion<bool>*> m_queue;

@@ -56,6 +56,7 @@ Q_SIGNALS:
     void BusMonitorWanted();
     void CommissioningWanted();
     void RecordWanted();
+    void LineTestWanted();
     void MaintenanceWanted();
     void OptionsWanted();
     void AboutWanted();

@@ -62,6 +62,9 @@ Station::Station(const ProgramFolders& folders, const Machine& machine)
                      [this] { return line.Settings.CommBaud.toInt(); }})
     , run(*installation, options, bus, line, clock)
     , init({*installation, options, tickets, starts, hubs, printers, forms, clock})
+    , inquiry(bus, router, *installation, clock)
+    , lineTest(inquiry, *installation)
+    , scan(inquiry, *installation)
     , maintenance(database, clock, dialogs, [this](const Work& work) { return Alone(work, Stop::Never); })
     , console(bus, *installation, options, clock, dialogs)
     , m_user(machine.user) {
@@ -215,6 +218,7 @@ void Station::Close() {
     // Boxes first: what fails because of the end must not open one.
     dialogs.Close();
     bus.Close();
+    inquiry.Close();
     clock.Close();
     takeover.Close();
 }
@@ -322,6 +326,13 @@ QCoro::Task<bool> Station::ChoosePort(QString name, QString baud) {
 void Station::SetReplyRules(bool strictReplies, bool localEcho) {
     bus.StrictReplies = line.Settings.StrictReplies = strictReplies;
     bus.LocalEcho = line.Settings.LocalEcho = localEcho;
+}
+
+Outcome Station::SaveReplyRules(bool strictReplies, bool localEcho) {
+    SetReplyRules(strictReplies, localEcho);
+    if (line.SaveCommSettings())
+        return Outcome::Done();
+    return Outcome::Failed(tr("The settings could not be written to %1.").arg(ini.IniPath));
 }
 
 void Station::UsePort(const QString& name, const QString& baud) {

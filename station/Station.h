@@ -23,11 +23,15 @@
 #include "platform/PlacedDialogs.h"
 #include "printers/PrinterConfig.h"
 #include "printers/TicketForms.h"
+#include "station/AddressScan.h"
 #include "station/Commissioning.h"
 #include "station/DataMaintenance.h"
+#include "station/FoundDevice.h"
 #include "station/HallState.h"
 #include "station/InitRun.h"
+#include "station/Inquiry.h"
 #include "station/InstallationCheck.h"
+#include "station/LineTest.h"
 #include "station/LoadWatch.h"
 #include "station/ProgramFolders.h"
 #include "station/RunControl.h"
@@ -205,6 +209,18 @@ public:
     /// Resets all devices, forgets all tickets, lets all numbers begin anew, and says so. Asks nothing.
     QCoro::Task<Outcome> ResetSystem();
 
+    /// Asks every device in `rounds` rounds and says how it is reached, see `LineTest`; what was found is in `Tested`,
+    /// also while it runs. The outcome has a text only where the line is closed or went away.
+    QCoro::Task<Outcome> TestLine(int rounds);
+    const LineTest::Result& Tested() const { return lineTest.Found(); }
+
+    /// Asks every address whether somebody is there, see `AddressScan`; ends like `TestLine`.
+    QCoro::Task<Outcome> ScanAddresses(bool behindHubs);
+    const AddressScan::Result& Scanned() const { return scan.Found(); }
+
+    /// Puts a device that was found into the store, see `AddFoundDevice`. The model follows with `RefreshIfChanged`.
+    Outcome AddScanned(const FoundDevice& device);
+
     /// Reloads the model, asks every device and loads what is not in step, what was chosen, or nothing; see
     /// `Commissioning`. @param chosen what `What::Selected` loads.
     QCoro::Task<Outcome> CommissionHall(Commissioning::What what, std::set<Commissioning::Choice> chosen = {});
@@ -231,6 +247,9 @@ public:
     QCoro::Task<bool> ChoosePort(QString name, QString baud);
     /// How answers are taken, see `Bus`; `ChoosePort` saves it.
     void SetReplyRules(bool strictReplies, bool localEcho);
+    /// The same for good, with the line left as it is. @return failed if they could not be written; they hold for this
+    /// run then.
+    Outcome SaveReplyRules(bool strictReplies, bool localEcho);
     /// Takes them for this run only, before `Start`.
     void UsePort(const QString& name, const QString& baud);
     void CloseLine() { line.CloseComm(); }
@@ -289,6 +308,9 @@ protected:
     Commissioning commissioning;
     RunControl run;
     InitRun init;
+    Inquiry inquiry;
+    LineTest lineTest;
+    AddressScan scan;
     DataMaintenance maintenance;
     TestConsole console;
 

@@ -15,6 +15,23 @@ Outcome Answered(bool answered) {
                     : Outcome::Failed(QStringLiteral("False"), BoxKind::Plain);
 }
 
+/// The outcome of what was asked of every device.
+Outcome Asked(AskingEnd end) {
+    switch (end) {
+    case AskingEnd::Done:
+        return Outcome::Done();
+    case AskingEnd::Cancelled:
+        return Outcome::Cancelled();
+    case AskingEnd::LineClosed:
+        break;
+    }
+    return Outcome::Failed(Station::tr("The line was closed before everything was asked."));
+}
+
+Outcome LineIsClosed() {
+    return Outcome::Refused(Station::tr("The line is closed. Please choose the COM port first."));
+}
+
 /// The outcome of an operation that says that it is done, whoever answered.
 Outcome Said(const QStringList& silent, BoxKind kind, const QString& text) {
     return silent.isEmpty() ? Outcome::Done(kind, text) : Outcome::Silent(silent, text, kind);
@@ -164,4 +181,41 @@ QCoro::Task<Outcome> Station::SendForm(qint16 object, TicketDocument document, Q
 
 QCoro::Task<Outcome> Station::SendFormToAll(TicketDocument document, QString formPath, Logos logos) {
     return Alone([=, this] { return forms.SendToAllPrinters(document, formPath, logos); });
+}
+
+// What proves that the devices are there.
+
+QCoro::Task<Outcome> Station::TestLine(int rounds) {
+    return Alone([this, rounds]() -> QCoro::Task<Outcome> {
+        if (!LineIsOpen())
+            co_return LineIsClosed();
+        const LineTest::Step step = [this](const QString& name, int done, int total) {
+            Q_EMIT ProgressChanged(tr("Line test: %1").arg(vni::ToUnicode(name)), done, total);
+            return !m_isCancelled;
+        };
+        const AskingEnd end = co_await lineTest.Run(rounds, step);
+        co_return Asked(end);
+    });
+}
+
+QCoro::Task<Outcome> Station::ScanAddresses(bool behindHubs) {
+    return Alone([this, behindHubs]() -> QCoro::Task<Outcome> {
+        if (!LineIsOpen())
+            co_return LineIsClosed();
+        const AddressScan::Step step = [this](quint8 address, int done, int total) {
+            Q_EMIT ProgressChanged(tr("Looking for devices: address %1").arg(address), done, total);
+            return !m_isCancelled;
+        };
+        const AskingEnd end = co_await scan.Run(behindHubs, step);
+        co_return Asked(end);
+    });
+}
+
+Outcome Station::AddScanned(const FoundDevice& device) {
+    const Result<QString> added = AddFoundDevice(database, device);
+    if (!added)
+        return Outcome::Failed(added.Error());
+    scan.NoteAdded(device.address, device.hubId, *added);
+    NoteStoreChanged();
+    return Outcome::Done();
 }

@@ -9,14 +9,17 @@
 namespace {
 
 /// Opens the chosen line; the window, if it is still there, goes out of sight once it is open.
-QCoro::Task<> OpenChosen(Station& station, QString name, QString baud, QPointer<QDialog> window) {
+QCoro::Task<> OpenChosen(Station& station, QString name, QString baud, QPointer<frmSetPort> window, bool thenTest) {
     window->setEnabled(false);
     const bool opened = co_await station.ChoosePort(name, baud);
     if (!window)
         co_return;
     window->setEnabled(true);
-    if (opened)
-        window->hide();
+    if (!opened)
+        co_return;
+    window->hide();
+    if (thenTest)
+        Q_EMIT window->LineTestWanted();
 }
 
 } // namespace
@@ -34,12 +37,13 @@ frmSetPort::frmSetPort(Station& station, const QList<SerialControl::Port>& avail
     ports::FillSpeeds(*m_ui->cboBaud, station.Line().Settings.CommBaud);
     m_ui->chkStrictReplies->setChecked(station.Line().Settings.StrictReplies);
     m_ui->chkLocalEcho->setChecked(station.Line().Settings.LocalEcho);
-    connect(m_ui->cmdOK, &QPushButton::clicked, this, &frmSetPort::Choose);
+    connect(m_ui->cmdOK, &QPushButton::clicked, this, [this] { Choose(false); });
+    connect(m_ui->cmdLineTest, &QPushButton::clicked, this, [this] { Choose(true); });
 }
 
 frmSetPort::~frmSetPort() = default;
 
-void frmSetPort::Choose() {
+void frmSetPort::Choose(bool thenTest) {
     m_station.SetReplyRules(m_ui->chkStrictReplies->isChecked(), m_ui->chkLocalEcho->isChecked());
-    OpenChosen(m_station, m_ui->cboModems->currentText(), m_ui->cboBaud->currentText(), this);
+    OpenChosen(m_station, m_ui->cboModems->currentText(), m_ui->cboBaud->currentText(), this, thenTest);
 }

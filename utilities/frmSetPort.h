@@ -14,6 +14,8 @@ class frmSetPort;
 /// The small window in which the user picks the serial port and its speed. The choice is saved and the line opened at
 /// once.
 ///
+/// The button of the line test does the same and asks for that test once the line is open.
+///
 /// A line that opens hides the window, and it comes back with the last choice; one that does not leaves it open.
 class frmSetPort : public QDialog {
     Q_OBJECT
@@ -25,8 +27,12 @@ public:
     frmSetPort(Station& station, const QList<SerialControl::Port>& available, QWidget* parent = nullptr);
     ~frmSetPort() override;
 
+Q_SIGNALS:
+    /// The chosen line is open and is to be tested.
+    void LineTestWanted();
+
 private:
-    void Choose();
+    void Choose(bool thenTest);
 
     Station& m_station;
     std::unique_ptr<Ui::frmSetPort> m_ui;

@@ -9,6 +9,7 @@ namespace {
 
 /// By which a time-out may be longer than told: timers count in milliseconds, looks at the output come every five.
 constexpr Timeline::Moment Patience = 20ms;
+constexpr Timeline::Moment ShortestSearch = 60ms;
 
 } // namespace
 
@@ -67,7 +68,8 @@ void LineLaws::Missed(bool isLineOpen) {
         return;
     const Timeline::Moment left = std::max(m_line.OutputEnd(), running.written);
     const Timeline::Moment waited = m_timeline.Now() - left;
-    const bool mayBeShort = running.command.endsWith(" Q") && waited >= 800ms;
+    const bool isSearch = running.command.endsWith(" P") && IsSearching() && waited >= ShortestSearch;
+    const bool mayBeShort = isSearch || (running.command.endsWith(" Q") && waited >= 800ms);
     if (waited < running.timeout && !mayBeShort)
         OnBroken(QStringLiteral("the wait for %1 ended after %2 ms")
                      .arg(QString::fromLatin1(running.command))

@@ -20,6 +20,8 @@ public:
 
     std::function<void(const QString& law)> OnBroken;
     std::function<void(const Command& command, bool answered)> OnTried;
+    /// Addresses are searched, for which a sign of life is not waited for in full.
+    std::function<bool()> IsSearching;
 
     /// Follows a new station.
     void Follow(Bus& bus);

@@ -78,6 +78,11 @@ World::World(const Plan& plan)
     m_laws->IsStrict = m_isStrict;
     m_laws->HasLocalEcho = m_hasLocalEcho;
     m_laws->OnBroken = [this](const QString& law) { Break(law); };
+    m_laws->IsSearching = [this] {
+        return std::any_of(m_running.begin(), m_running.end(), [](const Running& one) {
+            return one.runsAlone && one.name.startsWith(QStringLiteral("Scan"));
+        });
+    };
     m_laws->OnTried = [this](const LineLaws::Command& command, bool answered) {
         for (Running& running : m_running)
             running.tried[command] = answered;
@@ -314,6 +319,10 @@ void World::Begin(const QString& name, bool runsAlone, const Work& work) {
     running.begun = m_timeline.Now();
     running.editsBefore = m_edits;
     running.wasInStep = name == u"CommissionHall" && IsAllInStep(false);
+    if (m_running.size() > 1) {
+        for (Running& one : m_running)
+            one.isBeside = true;
+    }
     running.task = Watch(running, work);
     AfterEvent();
 }

@@ -48,6 +48,7 @@ private:
         Timeline::Moment begun{0};
         int editsBefore = 0;
         bool wasInStep = false;
+        bool isBeside = false;                   ///< something else ran meanwhile
         std::map<LineLaws::Command, bool> tried; ///< whether the last try was answered
         bool isDone = false;
         Outcome outcome = Outcome::Cancelled();
@@ -85,6 +86,7 @@ private:
 
     // Laws.
     void CheckOutcome(const Running& running);
+    void CheckFound(const Running& running);
     void CheckAnswered(const Running& running, model::ObjectType type, char letter);
     void CheckTickets(const Outcome& outcome);
     void CheckCommissioned(const Running& running, bool wasEdited);

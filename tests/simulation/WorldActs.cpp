@@ -37,7 +37,7 @@ void World::Do(int act) {
     FaultyDisk& disk = FaultyDisk::Instance();
     const auto alone = [this](const char* name, const Work& work) { Begin(QString::fromLatin1(name), true, work); };
     const auto beside = [this](const char* name, const Work& work) { Begin(QString::fromLatin1(name), false, work); };
-    switch (dice.Roll(50)) {
+    switch (dice.Roll(52)) {
     case 0:
     case 1:
     case 2:
@@ -201,6 +201,15 @@ void World::Do(int act) {
         return Commission(dice);
     case 48:
         return WriteForm(dice);
+    case 49: {
+        const int rounds = 1 + dice.Roll(3);
+        return alone("TestLine", [rounds](Station& station) { return station.TestLine(rounds); });
+    }
+    case 50: {
+        const bool behindHubs = dice.OnceIn(2);
+        return alone(behindHubs ? "ScanBehindHubs" : "ScanAddresses",
+                     [behindHubs](Station& station) { return station.ScanAddresses(behindHubs); });
+    }
     default:
         if (Happens(QStringLiteral("end"))) {
             EndStation();

@@ -26,6 +26,39 @@ void World::CheckAnswered(const Running& running, model::ObjectType type, char l
     }
 }
 
+void World::CheckFound(const Running& running) {
+    for (const auto& [command, answered] : running.tried) {
+        if (!running.isBeside && !command.endsWith(" P"))
+            Break(QStringLiteral("\"%1\" sends %2").arg(running.name, QString::fromLatin1(command)));
+    }
+    if (!running.outcome.IsDone() || m_isDirty)
+        return;
+    const bool isTest = running.name == u"TestLine";
+    const bool isBehind = isTest || running.name == u"ScanBehindHubs";
+    std::set<QString> expected;
+    for (const model::QObject& object : m_station->Model().LoadedObjects()) {
+        if (object.HubId == 0 || isBehind)
+            expected.insert(QStringLiteral("%1 %2").arg(object.Address).arg(object.Type != model::Display));
+    }
+    std::set<QString> found;
+    for (const LineTest::Device& device : m_station->Tested().devices) {
+        const bool isHealthy = device.verdict == LineTest::Verdict::Healthy;
+        if (isTest && (isHealthy || device.verdict == LineTest::Verdict::SilentDisplay))
+            found.insert(QStringLiteral("%1 %2").arg(device.address).arg(isHealthy));
+    }
+    for (const AddressScan::Row& row : m_station->Scanned().rows) {
+        const bool isKnown = row.kind == AddressScan::Kind::Known;
+        const QString what = isKnown || row.kind == AddressScan::Kind::SilentDisplay ? QString::number(isKnown)
+                                                                                     : AddressScan::TextOf(row);
+        if (!isTest)
+            found.insert(QStringLiteral("%1 %2").arg(row.address).arg(what));
+    }
+    if (found != expected)
+        Break(QStringLiteral("\"%1\" finds %2 on a line without faults, not %3")
+                  .arg(running.name, QStringList(found.begin(), found.end()).join(u','),
+                       QStringList(expected.begin(), expected.end()).join(u',')));
+}
+
 void World::CheckOutcome(const Running& running) {
     CheckModel();
     if (!m_station || IsOver())
@@ -40,6 +73,8 @@ void World::CheckOutcome(const Running& running) {
     const bool isDirect = running.name != u"InitAllObjects" && running.name != u"SetPrinterClocks";
     if (!m_isDirty && running.runsAlone && outcome.end == Outcome::End::Failed && !outcome.silent.isEmpty() && isDirect)
         Break(QStringLiteral("\"%1\" fails on a line without faults: %2").arg(running.name, outcome.silent.join(u',')));
+    if (running.runsAlone && (running.name == u"TestLine" || running.name.startsWith(QStringLiteral("Scan"))))
+        CheckFound(running);
     if (running.name == u"ResetSystem" || running.name == u"DeleteTickets")
         CheckTickets(outcome);
     if (running.name == u"SetHubCounter" && outcome.IsDone() && !FaultyDisk::Instance().IsDead()) {
