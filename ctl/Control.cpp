@@ -12,7 +12,7 @@
 
 namespace {
 
-using Operation = QCoro::Task<Outcome> (Station::*)();
+using Operation = QCoro::Task<Outcome> (*)(Station&);
 
 struct Verb {
     const char* name;
@@ -20,11 +20,22 @@ struct Verb {
     Operation operation; ///< none for a verb that needs no line
 };
 
-constexpr std::array<Verb, 4> Verbs{{
+QCoro::Task<Outcome> CommissionHall(Station& station) {
+    return station.CommissionHall(Commissioning::What::NotInStep);
+}
+
+QCoro::Task<Outcome> VerifyHall(Station& station) {
+    return station.CommissionHall(Commissioning::What::Verify);
+}
+
+constexpr std::array<Verb, 6> Verbs{{
     {"check", "lists what of the database cannot be loaded or sent", nullptr},
-    {"load", "loads every printer with its button and service tables", &Station::SetServiceConfig},
-    {"hubs", "sends every hub its configuration", &Station::SetHubs},
-    {"init", "brings every device into a known state", &Station::InitAllObjects},
+    {"load", "loads every printer with its button and service tables",
+     [](Station& station) { return station.SetServiceConfig(); }},
+    {"hubs", "sends every hub its configuration", [](Station& station) { return station.SetHubs(); }},
+    {"init", "brings every device into a known state", [](Station& station) { return station.InitAllObjects(); }},
+    {"commission", "loads what devices do not hold yet, and lets them confirm it", CommissionHall},
+    {"verify", "asks every device, and says what is not in step", VerifyHall},
 }};
 
 const Verb* FindVerb(const QString& name) {
@@ -36,7 +47,7 @@ const Verb* FindVerb(const QString& name) {
 QString Description() {
     QString text = QStringLiteral("Configures the devices of an installation, without windows.\n\nVerbs:\n");
     for (const Verb& verb : Verbs)
-        text += QStringLiteral("  %1  %2\n").arg(QLatin1String(verb.name), -6).arg(QLatin1String(verb.meaning));
+        text += QStringLiteral("  %1  %2\n").arg(QLatin1String(verb.name), -10).arg(QLatin1String(verb.meaning));
     return text + QStringLiteral("\nExit status: 0 good, 1 findings or a failure, 2 usage, 4 a device did not answer, "
                                  "5 no line.");
 }
@@ -84,7 +95,7 @@ QCoro::Task<Status> CarryStarted(Station& station, Request request) {
         co_return PrintFindings(station);
     if (!station.LineIsOpen())
         co_return Status::NoLine;
-    const Outcome outcome = co_await (station.*verb.operation)();
+    const Outcome outcome = co_await verb.operation(station);
     if (!outcome.text.isEmpty())
         LineDialogs::Print(outcome.text);
     const Status status = StatusOf(outcome, station);
