@@ -16,6 +16,8 @@ namespace {
 
 constexpr int AskTimes = 3;
 constexpr int LoadTimes = 4; ///< once, and anew up to three times
+/// The frames of letters go out once each, so that on a bad line hardly any load of them is whole.
+constexpr int LetterTimes = 10;
 
 } // namespace
 
@@ -180,7 +182,8 @@ QCoro::Task<bool> Commissioning::Load(Job job) {
     Q_EMIT Advanced();
     bool goesOn = true;
     bool isTaken = false;
-    for (int i = 0; i < LoadTimes && !isTaken; ++i) {
+    const int times = job.payload.kind == LoadKind::Letters ? LetterTimes : LoadTimes;
+    for (int i = 0; i < times && !isTaken; ++i) {
         goesOn = OnStep(tr("%1: %2").arg(NameOfDevice(job.object), ::NameOf(job.payload.kind)));
         if (!goesOn)
             break;

@@ -26,8 +26,8 @@ enum ObjectType : quint8;
 /// Hubs, counters and printers are asked with `P`, up to three times; displays may not answer it and are left alone. A
 /// device that does not answer is told and gets nothing, and so does one behind a silent hub; the others go on. Loads
 /// go by kind over all devices: member lists, configuration blocks, tables, forms, logos, letters, clocks. What the
-/// record does not show as taken by the device itself begins anew, up to three times. Where everything is in step
-/// nothing but `P` goes out.
+/// record does not show as taken by the device itself begins anew, up to three times, letters up to nine. Where
+/// everything is in step nothing but `P` goes out.
 class Commissioning : public ::QObject {
     Q_OBJECT
 
