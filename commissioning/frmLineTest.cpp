@@ -19,6 +19,8 @@ namespace {
 
 constexpr int FollowingTime = 150; ///< milliseconds
 constexpr int RowPadding = 6;      ///< pixels beside the height of a line
+constexpr int LeastOfName = 80;    ///< pixels
+constexpr int MostOfName = 150;
 
 /// Shows in bold what somebody has to look at: that can be read in every palette.
 class MarkingDelegate : public QStyledItemDelegate {
@@ -44,8 +46,8 @@ frmLineTest::frmLineTest(Station& station)
     m_ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     m_ui->spnRounds->setMaximum(LineTest::MostRounds);
-    SetUpTable(*m_ui->tblDevices, m_devices, m_devices->columnCount() - 1);
-    SetUpTable(*m_ui->tblAddresses, m_addresses, m_addresses->columnCount() - 1);
+    SetUpTable(*m_ui->tblDevices, m_devices, {0, 2});
+    SetUpTable(*m_ui->tblAddresses, m_addresses, {1, 2});
     JoinParts();
     ShowFindings();
     ShowBusy();
@@ -53,13 +55,23 @@ frmLineTest::frmLineTest(Station& station)
 
 frmLineTest::~frmLineTest() = default;
 
-void frmLineTest::SetUpTable(QTableView& table, FindingTable* model, int wideColumn) {
+void frmLineTest::SetUpTable(QTableView& table, FindingTable* model, std::pair<int, int> names) {
     table.setModel(model);
     table.setItemDelegate(new MarkingDelegate(&table));
     table.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table.verticalHeader()->setDefaultSectionSize(table.fontMetrics().height() + RowPadding);
-    table.horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    table.horizontalHeader()->setSectionResizeMode(wideColumn, QHeaderView::Stretch);
+    QHeaderView& header = *table.horizontalHeader();
+    header.setSectionResizeMode(QHeaderView::ResizeToContents);
+    header.setSectionResizeMode(model->columnCount() - 1, QHeaderView::Stretch);
+    // Long names leave room for what is said about the device.
+    const auto fit = [&table, names] {
+        for (const int column : {names.first, names.second})
+            table.setColumnWidth(column, std::clamp(static_cast<QAbstractItemView&>(table).sizeHintForColumn(column),
+                                                    LeastOfName, MostOfName));
+    };
+    for (const int column : {names.first, names.second})
+        header.setSectionResizeMode(column, QHeaderView::Interactive);
+    connect(model, &QAbstractItemModel::modelReset, &table, fit);
 }
 
 void frmLineTest::JoinParts() {

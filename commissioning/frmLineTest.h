@@ -29,7 +29,7 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    void SetUpTable(QTableView& table, FindingTable* model, int wideColumn);
+    void SetUpTable(QTableView& table, FindingTable* model, std::pair<int, int> names);
     void JoinParts();
     void Test();
     void OnTested(const Outcome& outcome);

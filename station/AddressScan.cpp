@@ -248,8 +248,8 @@ QString AddressScan::SummaryOf(const Result& result) {
         unknown += row.kind == Kind::Unknown || row.kind == Kind::Elsewhere ? 1 : 0;
         missing += row.kind == Kind::Silent || row.kind == Kind::BehindSilentHub ? 1 : 0;
     }
-    return Said(QT_TRANSLATE_NOOP("AddressScan", "%1 addresses asked: %2 devices of the database answer, %3 are "
-                                                 "silent, %4 answer that are not in the database."))
+    return Said(QT_TRANSLATE_NOOP("AddressScan", "Addresses asked: %1. In the database and answering: %2, silent: %3. "
+                                                 "Answering and not in the database: %4."))
         .arg(result.asked)
         .arg(known)
         .arg(missing)

@@ -1,5 +1,6 @@
 #include "app/Program.h"
 
+#include "commissioning/frmLineTest.h"
 #include "console/frmBusMonitor.h"
 #include "console/frmTest.h"
 #include "designer/frmDesignTicket.h"
@@ -29,6 +30,7 @@
 #include <QProgressBar>
 #include <QRadioButton>
 #include <QScreen>
+#include <QSpinBox>
 #include <QTableView>
 #include <QTemporaryDir>
 
@@ -257,6 +259,19 @@ protected:
         EXPECT_TRUE(WaitUntil([i = QPointer(import)] { return i.isNull(); }));
     }
 
+    void TestTheLine(frmMain* main) {
+        Item(main, "mnLineTest")->trigger();
+        auto* test = Await<frmLineTest>();
+        const WindowDriver hands(*test);
+        hands.Find<QSpinBox>("spnRounds").setValue(2);
+        hands.ClickButton("cmdTest");
+        Ready();
+        EXPECT_EQ(hands.Find<QLabel>("lblTested").text(),
+                  QStringLiteral("Healthy: 6 of 7 devices. Displays that do not answer, as they may: 1."));
+        Picture("line-test", test);
+        test->close();
+    }
+
     void RunTheInstallation() {
         Item(m_setup, "mnMainWindow")->trigger();
         auto* main = Await<frmMain>();
@@ -280,6 +295,7 @@ protected:
             [&] { return monitor->findChild<QTableView*>(QStringLiteral("tblFrames"))->model()->rowCount() > 0; }));
         Picture("bus-monitor", monitor);
         monitor->close();
+        TestTheLine(main);
         hands.ClickButton("Command1");
         auto* bench = Await<frmTest>();
         const WindowDriver benchHands(*bench);
