@@ -60,7 +60,7 @@ TEST_F(frmLineTestTest, AnEchoIsSetOnDemandAndTheVerdictsCanBeCopiedAndSaved) {
     m_devices->SetFaults(faults);
     m_dialogs.ExpectQuestion(BoxKind::Exclamation,
                              QStringLiteral("The adapter echoes what is sent, so that every device seems to answer. "
-                                            "Set \"The adapter echoes what is sent\" for the port, and test again?"),
+                                            "Set \"The adapter echoes what is sent\" for the port, and try again?"),
                              true);
     Click("cmdTest");
     EXPECT_TRUE(m_station.bus.LocalEcho);
