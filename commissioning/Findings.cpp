@@ -18,17 +18,13 @@ QString Measured(const LineTest::Device& device, RoundTrips::Time time) {
 } // namespace
 
 std::vector<FindingTable::Column> findings::TestColumns() {
-    return {{Said(QT_TRANSLATE_NOOP("Findings", "Device"))},
-            {Said(QT_TRANSLATE_NOOP("Findings", "Address")), true},
-            {Said(QT_TRANSLATE_NOOP("Findings", "Behind hub"))},
-            {Said(QT_TRANSLATE_NOOP("Findings", "Answers")), true},
-            {Said(QT_TRANSLATE_NOOP("Findings", "Foreign")), true},
-            {Said(QT_TRANSLATE_NOOP("Findings", "Bad sums")), true},
-            {Said(QT_TRANSLATE_NOOP("Findings", "Noise")), true},
-            {Said(QT_TRANSLATE_NOOP("Findings", "Median ms")), true},
-            {Said(QT_TRANSLATE_NOOP("Findings", "95 % ms")), true},
-            {Said(QT_TRANSLATE_NOOP("Findings", "Largest ms")), true},
-            {Said(QT_TRANSLATE_NOOP("Findings", "Verdict"))}};
+    return {
+        {Said(QT_TRANSLATE_NOOP("Findings", "Device"))},        {Said(QT_TRANSLATE_NOOP("Findings", "Address")), true},
+        {Said(QT_TRANSLATE_NOOP("Findings", "Behind hub"))},    {Said(QT_TRANSLATE_NOOP("Findings", "Answers")), true},
+        {Said(QT_TRANSLATE_NOOP("Findings", "Foreign")), true}, {Said(QT_TRANSLATE_NOOP("Findings", "Bad sums")), true},
+        {Said(QT_TRANSLATE_NOOP("Findings", "Noise")), true},   {Said(QT_TRANSLATE_NOOP("Findings", "Median")), true},
+        {Said(QT_TRANSLATE_NOOP("Findings", "95 %")), true},    {Said(QT_TRANSLATE_NOOP("Findings", "Largest")), true},
+        {Said(QT_TRANSLATE_NOOP("Findings", "Verdict"))}};
 }
 
 std::vector<FindingTable::Row> findings::TestRows(const LineTest::Result& result) {

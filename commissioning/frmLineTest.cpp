@@ -19,6 +19,8 @@ namespace {
 
 constexpr int FollowingTime = 150; ///< milliseconds
 constexpr int RowPadding = 6;      ///< pixels beside the height of a line
+constexpr int LeastOfName = 80;    ///< pixels
+constexpr int MostOfName = 150;
 
 /// Shows in bold what somebody has to look at: that can be read in every palette.
 class MarkingDelegate : public QStyledItemDelegate {
@@ -44,8 +46,8 @@ frmLineTest::frmLineTest(Station& station)
     m_ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     m_ui->spnRounds->setMaximum(LineTest::MostRounds);
-    SetUpTable(*m_ui->tblDevices, m_devices, m_devices->columnCount() - 1);
-    SetUpTable(*m_ui->tblAddresses, m_addresses, m_addresses->columnCount() - 1);
+    SetUpTable(*m_ui->tblDevices, m_devices, {0, 2});
+    SetUpTable(*m_ui->tblAddresses, m_addresses, {1, 2});
     JoinParts();
     ShowFindings();
     ShowBusy();
@@ -53,13 +55,23 @@ frmLineTest::frmLineTest(Station& station)
 
 frmLineTest::~frmLineTest() = default;
 
-void frmLineTest::SetUpTable(QTableView& table, FindingTable* model, int wideColumn) {
+void frmLineTest::SetUpTable(QTableView& table, FindingTable* model, std::pair<int, int> names) {
     table.setModel(model);
     table.setItemDelegate(new MarkingDelegate(&table));
     table.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table.verticalHeader()->setDefaultSectionSize(table.fontMetrics().height() + RowPadding);
-    table.horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    table.horizontalHeader()->setSectionResizeMode(wideColumn, QHeaderView::Stretch);
+    QHeaderView& header = *table.horizontalHeader();
+    header.setSectionResizeMode(QHeaderView::ResizeToContents);
+    header.setSectionResizeMode(model->columnCount() - 1, QHeaderView::Stretch);
+    // Long names leave room for what is said about the device.
+    const auto fit = [&table, names] {
+        for (const int column : {names.first, names.second})
+            table.setColumnWidth(column, std::clamp(static_cast<QAbstractItemView&>(table).sizeHintForColumn(column),
+                                                    LeastOfName, MostOfName));
+    };
+    for (const int column : {names.first, names.second})
+        header.setSectionResizeMode(column, QHeaderView::Interactive);
+    connect(model, &QAbstractItemModel::modelReset, &table, fit);
 }
 
 void frmLineTest::JoinParts() {
@@ -79,13 +91,17 @@ void frmLineTest::JoinParts() {
             &frmLineTest::OfferTypes);
     connect(m_addresses, &QAbstractItemModel::modelReset, this, &frmLineTest::OfferTypes);
     connect(m_ui->tabs, &QTabWidget::currentChanged, this, &frmLineTest::ShowBusy);
-    connect(&m_station, &Station::BusyChanged, this, &frmLineTest::ShowBusy);
+    connect(&m_station, &Station::BusyChanged, this, [this](bool isBusy) {
+        // What begins while a box about ours still stands open is another's.
+        m_isOurs &= isBusy;
+        ShowBusy();
+    });
     connect(&m_station, &Station::ProgressChanged, this, &frmLineTest::ShowProgress);
     connect(m_following, &QTimer::timeout, this, &frmLineTest::ShowFindings);
 }
 
 void frmLineTest::Begin() {
-    m_isOurs = true;
+    m_isOurs = !m_station.IsBusy();
     m_following->start(FollowingTime);
 }
 
@@ -101,41 +117,39 @@ void frmLineTest::Test() {
     ShowOutcome(m_station.dialogs, m_station.TestLine(m_ui->spnRounds->value()))
         .then([window = QPointer(this)](const Outcome& outcome) {
             if (window)
-                window->OnTested(outcome);
+                window->OnEnded(outcome, window->m_station.Tested().echo, &frmLineTest::Test);
         });
 }
 
-void frmLineTest::OnTested(const Outcome& outcome) {
+void frmLineTest::OnEnded(const Outcome& outcome, const EchoFinding& echo, void (frmLineTest::*again)()) {
     End();
-    const EchoFinding& echo = m_station.Tested().echo;
-    if (outcome.IsDone() && (echo.has || echo.lacks))
-        OfferEcho(echo.has);
-}
-
-void frmLineTest::OfferEcho(bool localEcho) {
+    if (!outcome.IsDone() || (!echo.has && !echo.lacks))
+        return;
+    const bool localEcho = echo.has;
     const QString question =
         localEcho
             ? tr("The adapter echoes what is sent, so that every device seems to answer. Set \"The adapter echoes "
-                 "what is sent\" for the port, and test again?")
+                 "what is sent\" for the port, and try again?")
             : tr("The port is set to pass over an echo, and none comes: the answers are passed over instead. Clear "
-                 "\"The adapter echoes what is sent\" for the port, and test again?");
-    m_station.dialogs.AskYesNo(BoxKind::Exclamation, question).then([window = QPointer(this), localEcho](bool yes) {
-        if (!window || !yes)
-            return;
-        Station& station = window->m_station;
-        const Outcome saved = station.SaveReplyRules(station.Line().Settings.StrictReplies, localEcho);
-        station.dialogs.Warn(saved.text);
-        window->Test();
-    });
+                 "\"The adapter echoes what is sent\" for the port, and try again?");
+    m_station.dialogs.AskYesNo(BoxKind::Exclamation, question)
+        .then([window = QPointer(this), localEcho, again](bool yes) {
+            if (!window || !yes)
+                return;
+            Station& station = window->m_station;
+            const Outcome saved = station.SaveReplyRules(station.Line().Settings.StrictReplies, localEcho);
+            station.dialogs.Warn(saved.text);
+            (window->*again)();
+        });
 }
 
 void frmLineTest::Scan() {
     m_isScanned = true;
     Begin();
     ShowOutcome(m_station.dialogs, m_station.ScanAddresses(m_ui->chkBehindHubs->isChecked()))
-        .then([window = QPointer(this)](const Outcome&) {
+        .then([window = QPointer(this)](const Outcome& outcome) {
             if (window)
-                window->End();
+                window->OnEnded(outcome, window->m_station.Scanned().echo, &frmLineTest::Scan);
         });
 }
 

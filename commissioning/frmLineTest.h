@@ -8,6 +8,7 @@ class FindingTable;
 class QTableView;
 class QTimer;
 class Station;
+struct EchoFinding;
 struct Outcome;
 namespace Ui {
 class frmLineTest;
@@ -29,13 +30,12 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    void SetUpTable(QTableView& table, FindingTable* model, int wideColumn);
+    void SetUpTable(QTableView& table, FindingTable* model, std::pair<int, int> names);
     void JoinParts();
     void Test();
-    void OnTested(const Outcome& outcome);
-    /// Offers to set whether the adapter echoes as it was found, and tests again.
-    void OfferEcho(bool localEcho);
     void Scan();
+    /// Where the port's setting does not fit the adapter, offers to change it and to do the same again.
+    void OnEnded(const Outcome& outcome, const EchoFinding& echo, void (frmLineTest::*again)());
     void Begin();
     void End();
     void ShowBusy();

@@ -138,7 +138,10 @@ QCoro::Task<AskingEnd> AddressScan::AskOther(Place place, quint8 address, std::c
     if (!heard.wasAsked)
         co_return AskingEnd::LineClosed;
     ++m_result.asked;
-    if (heard.isAnswered)
+    // What a hub relays does not tell whose it is. After ten quick questions sequence digits come again, and what comes
+    // late may fit; after a wait in full it does not.
+    const bool isSure = place.hubId == 0 || timeout == place.full;
+    if (heard.isAnswered && isSure)
         Add(place, address, Kind::Unknown);
     else if (!heard.IsNothing())
         co_return co_await AskOnceMore(place, address);
@@ -155,7 +158,7 @@ QCoro::Task<AskingEnd> AddressScan::AskOnceMore(Place place, quint8 address) {
         Add(place, address, Kind::Unknown);
     else if (heard.IsDisturbed())
         Add(place, address, Kind::Twins);
-    else if (heard.foreign > 0)
+    else if (heard.foreign > 0 || place.hubId != 0)
         Add(place, address, Kind::Foreign);
     co_return AskingEnd::Done;
 }
@@ -248,8 +251,8 @@ QString AddressScan::SummaryOf(const Result& result) {
         unknown += row.kind == Kind::Unknown || row.kind == Kind::Elsewhere ? 1 : 0;
         missing += row.kind == Kind::Silent || row.kind == Kind::BehindSilentHub ? 1 : 0;
     }
-    return Said(QT_TRANSLATE_NOOP("AddressScan", "%1 addresses asked: %2 devices of the database answer, %3 are "
-                                                 "silent, %4 answer that are not in the database."))
+    return Said(QT_TRANSLATE_NOOP("AddressScan", "Addresses asked: %1. In the database and answering: %2, silent: %3. "
+                                                 "Answering and not in the database: %4."))
         .arg(result.asked)
         .arg(known)
         .arg(missing)

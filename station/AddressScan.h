@@ -6,7 +6,8 @@
 ///
 /// Devices of the model are asked at the full time-out, and once more if they are silent. The largest round trip of
 /// theirs tells how long all other addresses are waited for; whatever comes from one of those that is no clear answer
-/// is settled by asking it once more at the full time-out.
+/// is settled by asking it once more at the full time-out. What came behind a hub and could not be settled is told too,
+/// since nothing in it says whose it was.
 class AddressScan {
 public:
     /// Addresses other than those of the model are waited for this many times the largest round trip, but not less than

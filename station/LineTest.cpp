@@ -158,17 +158,21 @@ QString LineTest::SummaryOf(const Result& result) {
     }
     int asked = 0;
     int healthy = 0;
+    int displays = 0;
     QStringList others;
     for (const Device& device : result.devices) {
         asked += device.verdict == Verdict::NotAsked ? 0 : 1;
         healthy += device.verdict == Verdict::Healthy ? 1 : 0;
+        displays += device.verdict == Verdict::SilentDisplay ? 1 : 0;
         // A display that is silent is no reason to go and look.
         if (device.verdict > Verdict::Healthy && device.verdict != Verdict::SilentDisplay)
             others += vni::ToUnicode(device.name);
     }
     if (const qsizetype more = others.size() - MostNames; more > 0)
         others = others.first(MostNames) + QStringList{Said(QT_TRANSLATE_NOOP("LineTest", "%1 more")).arg(more)};
-    sentences += Said(QT_TRANSLATE_NOOP("LineTest", "%1 of %2 devices are healthy.")).arg(healthy).arg(asked);
+    sentences += Said(QT_TRANSLATE_NOOP("LineTest", "Healthy: %1 of %2 devices.")).arg(healthy).arg(asked);
+    if (displays > 0)
+        sentences += Said(QT_TRANSLATE_NOOP("LineTest", "Displays that do not answer, as they may: %1.")).arg(displays);
     if (!others.isEmpty() && !result.echo.has && !result.echo.lacks) {
         sentences += Said(QT_TRANSLATE_NOOP("LineTest", "To be looked at: %1.")).arg(others.join(QStringLiteral(", ")));
     }

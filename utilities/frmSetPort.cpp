@@ -35,13 +35,18 @@ frmSetPort::frmSetPort(Station& station, const QList<SerialControl::Port>& avail
     m_ui->cboModems->setInsertPolicy(QComboBox::NoInsert);
     ports::FillPorts(*m_ui->cboModems, available, station.Line().Settings.CommName);
     ports::FillSpeeds(*m_ui->cboBaud, station.Line().Settings.CommBaud);
-    m_ui->chkStrictReplies->setChecked(station.Line().Settings.StrictReplies);
-    m_ui->chkLocalEcho->setChecked(station.Line().Settings.LocalEcho);
     connect(m_ui->cmdOK, &QPushButton::clicked, this, [this] { Choose(false); });
     connect(m_ui->cmdLineTest, &QPushButton::clicked, this, [this] { Choose(true); });
 }
 
 frmSetPort::~frmSetPort() = default;
+
+void frmSetPort::showEvent(QShowEvent* event) {
+    // The line test changes them too.
+    m_ui->chkStrictReplies->setChecked(m_station.Line().Settings.StrictReplies);
+    m_ui->chkLocalEcho->setChecked(m_station.Line().Settings.LocalEcho);
+    QDialog::showEvent(event);
+}
 
 void frmSetPort::Choose(bool thenTest) {
     m_station.SetReplyRules(m_ui->chkStrictReplies->isChecked(), m_ui->chkLocalEcho->isChecked());

@@ -31,6 +31,9 @@ Q_SIGNALS:
     /// The chosen line is open and is to be tested.
     void LineTestWanted();
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     void Choose(bool thenTest);
 

@@ -1,6 +1,7 @@
 #include "app/Program.h"
 
 #include "commissioning/frmCommission.h"
+#include "commissioning/frmLineTest.h"
 #include "commissioning/frmRecord.h"
 #include "console/frmBusMonitor.h"
 #include "console/frmTest.h"
@@ -31,6 +32,7 @@
 #include <QProgressBar>
 #include <QRadioButton>
 #include <QScreen>
+#include <QSpinBox>
 #include <QTableView>
 #include <QTemporaryDir>
 
@@ -259,6 +261,19 @@ protected:
         EXPECT_TRUE(WaitUntil([i = QPointer(import)] { return i.isNull(); }));
     }
 
+    void TestTheLine(frmMain* main) {
+        Item(main, "mnLineTest")->trigger();
+        auto* test = Await<frmLineTest>();
+        const WindowDriver hands(*test);
+        hands.Find<QSpinBox>("spnRounds").setValue(2);
+        hands.ClickButton("cmdTest");
+        Ready();
+        EXPECT_EQ(hands.Find<QLabel>("lblTested").text(),
+                  QStringLiteral("Healthy: 6 of 7 devices. Displays that do not answer, as they may: 1."));
+        Picture("line-test", test);
+        test->close();
+    }
+
     void RunTheInstallation() {
         Item(m_setup, "mnMainWindow")->trigger();
         auto* main = Await<frmMain>();
@@ -283,6 +298,7 @@ protected:
         Picture("bus-monitor", monitor);
         monitor->close();
         Commission(main);
+        TestTheLine(main);
         hands.ClickButton("Command1");
         auto* bench = Await<frmTest>();
         const WindowDriver benchHands(*bench);

@@ -60,7 +60,7 @@ TEST_F(frmLineTestTest, AnEchoIsSetOnDemandAndTheVerdictsCanBeCopiedAndSaved) {
     m_devices->SetFaults(faults);
     m_dialogs.ExpectQuestion(BoxKind::Exclamation,
                              QStringLiteral("The adapter echoes what is sent, so that every device seems to answer. "
-                                            "Set \"The adapter echoes what is sent\" for the port, and test again?"),
+                                            "Set \"The adapter echoes what is sent\" for the port, and try again?"),
                              true);
     Click("cmdTest");
     EXPECT_TRUE(m_station.bus.LocalEcho);
@@ -69,7 +69,7 @@ TEST_F(frmLineTestTest, AnEchoIsSetOnDemandAndTheVerdictsCanBeCopiedAndSaved) {
     EXPECT_EQ(saved, QStringLiteral("yes"));
     EXPECT_EQ(Column("tblDevices", 0), "Quầy 1|Main");
     EXPECT_EQ(Column("tblDevices", 10), "healthy|healthy");
-    EXPECT_EQ(m_hands->Find<QLabel>("lblTested").text(), QStringLiteral("2 of 2 devices are healthy."));
+    EXPECT_EQ(m_hands->Find<QLabel>("lblTested").text(), QStringLiteral("Healthy: 2 of 2 devices."));
 
     m_hands->ClickButton("cmdCopy");
     EXPECT_TRUE(QGuiApplication::clipboard()->text().contains(QStringLiteral("\nQuầy 1\t1\t\t5 of 5\t")));

@@ -4,6 +4,8 @@
 #include "tests/support/SimulatedWorld.h"
 #include "tests/support/StationWorld.h"
 
+#include <random>
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -116,6 +118,51 @@ TEST_F(LineTestTest, EveryFaultOfALineHasItsVerdicts) {
             // What is late must not come into the next test.
             PassTime(2s);
         }
+    }
+}
+
+TEST_F(LineTestTest, OnNoLineIsADeviceFoundThatIsNotThereOrCalledHealthyThatIsNot) {
+    std::mt19937 dice(7);
+    const auto roll = [&dice](quint32 sides) { return static_cast<int>(dice() % sides); };
+    const auto chance = [&] { return roll(2) == 0 ? 0.01 * roll(40) : 0.0; };
+    constexpr quint8 addresses[] = {1, 32, 33, 40, 64, 2};
+    for (int world = 0; world < 300; ++world) {
+        SCOPED_TRACE(world);
+        FaultSettings faults;
+        faults.DropReply = chance();
+        faults.Corrupt = chance();
+        faults.Noise = chance();
+        faults.Slice = chance();
+        faults.Delay = chance();
+        faults.DelayMilliseconds = roll(1500);
+        faults.LateMilliseconds = roll(3) == 0 ? roll(1500) : 0;
+        faults.Silent = {addresses[roll(6)], addresses[roll(6)]};
+        if (roll(3) == 0)
+            faults.Twins = {addresses[roll(6)]};
+        faults.Seed = static_cast<quint32>(world);
+        m_line->SetFaults(faults);
+        m_station->SetReplyRules(roll(2) == 0, false);
+        // What the database does not know is there all the same.
+        const int unknown = roll(6);
+        ASSERT_TRUE(m_station->database.Run(
+            {QStringLiteral("UPDATE Display SET d_On = d_Address <> %1 OR d_Type = 3").arg(addresses[unknown])}));
+        (void)m_station->reload.ReloadAll();
+        Test(1 + roll(3));
+        for (const LineTest::Device& device : m_station->Tested().devices) {
+            EXPECT_EQ(device.answers + device.silent, device.asked);
+            const bool isThere = !faults.Silent.contains(device.address) && device.type != model::Display;
+            const bool isHealthy = device.verdict == LineTest::Verdict::Healthy;
+            EXPECT_TRUE(!isHealthy || (isThere && device.silent == 0)) << device.address;
+        }
+        PassTime(2s);
+        Scan(roll(2) == 0);
+        for (const AddressScan::Row& row : m_station->Scanned().rows) {
+            using Kind = AddressScan::Kind;
+            const bool isUnknown = row.kind == Kind::Unknown && row.address == addresses[unknown];
+            EXPECT_TRUE(isUnknown || (row.kind != Kind::Unknown && row.kind != Kind::Elsewhere)) << row.address;
+            EXPECT_TRUE((row.kind != Kind::Known && !isUnknown) || !faults.Silent.contains(row.address)) << row.address;
+        }
+        PassTime(2s);
     }
 }
 

@@ -87,6 +87,17 @@ TEST_F(frmSetPortTest, AGoodChoiceIsSavedOpenedAndRemembered) {
     EXPECT_EQ(Saved(QStringLiteral("Device")), m_terminal.Path());
     EXPECT_EQ(Saved(QStringLiteral("Baud")), QStringLiteral("115200"));
 
+    // The line test follows an open line, and what it has found about the adapter is shown.
+    int tests = 0;
+    ::QObject::connect(m_window.get(), &frmSetPort::LineTestWanted, [&tests] { ++tests; });
+    m_station.SetReplyRules(false, true);
+    m_window->show();
+    EXPECT_TRUE(m_window->findChild<QAbstractButton*>(QStringLiteral("chkLocalEcho"))->isChecked());
+    QTest::mouseClick(m_window->findChild<QPushButton*>(QStringLiteral("cmdLineTest")), Qt::LeftButton);
+    EXPECT_TRUE(WaitUntil([&] { return tests == 1; }));
+    EXPECT_FALSE(m_window->isVisible());
+    EXPECT_EQ(Saved(QStringLiteral("LocalEcho")), QStringLiteral("yes"));
+
     // Set again, the line is closed and opened anew.
     m_window->show();
     EXPECT_EQ(Box("cboBaud").currentText(), QStringLiteral("115200"));
