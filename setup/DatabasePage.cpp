@@ -34,6 +34,8 @@ DatabasePage::DatabasePage(QWidget* parent)
     : SetupPage(parent)
     , m_ui(std::make_unique<Ui::DatabasePage>()) {
     m_ui->setupUi(this);
+    // The objects have more columns than the counters of a service.
+    m_ui->splObjects->setSizes({6000, 4000});
 }
 
 DatabasePage::~DatabasePage() = default;

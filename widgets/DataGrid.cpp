@@ -14,6 +14,7 @@
 namespace {
 
 constexpr int NarrowestColumn = 44; ///< pixels
+constexpr int PictureWidth = 24;    ///< pixels
 constexpr int WidestColumn = 340;   ///< pixels, for what a column shows of its own accord
 
 /// A quarter of one colour in another.
@@ -136,8 +137,11 @@ bool DataGrid::GoTo(const QVariant& key, const QString& field) {
 
 int DataGrid::FittingWidth(int column) const {
     int width = std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column));
-    for (const auto& [value, text] : m_records->Columns()[static_cast<std::size_t>(column)].values)
-        width = std::max(width, fontMetrics().horizontalAdvance(text) + NarrowestColumn);
+    const GridColumn& description = m_records->Columns()[static_cast<std::size_t>(column)];
+    // The arrow of a list, or the picture before a word.
+    const int beside = description.readOnly ? PictureWidth : NarrowestColumn;
+    for (const auto& [value, text] : description.values)
+        width = std::max(width, fontMetrics().horizontalAdvance(text) + beside);
     return std::clamp(width + 8, NarrowestColumn, WidestColumn);
 }
 
