@@ -1,28 +1,5 @@
 #include "commissioning/FindingTable.h"
 
-#include <algorithm>
-
-namespace {
-
-QByteArray CsvField(QString text) {
-    if (!text.isEmpty() && QStringView(u"=+-@\t\r").contains(text[0]))
-        text.prepend(u'\'');
-    const bool isPlain =
-        std::none_of(text.begin(), text.end(), [](QChar letter) { return QStringView(u",\"\r\n").contains(letter); });
-    if (isPlain)
-        return text.toUtf8();
-    return '"' + text.replace(u'"', QStringLiteral("\"\"")).toUtf8() + '"';
-}
-
-QByteArray CsvLine(const QStringList& texts) {
-    QByteArrayList fields;
-    for (const QString& text : texts)
-        fields += CsvField(text);
-    return fields.join(',') + "\r\n";
-}
-
-} // namespace
-
 FindingTable::FindingTable(std::vector<Column> columns, ::QObject* parent)
     : QAbstractTableModel(parent)
     , m_columns(std::move(columns)) {}
@@ -75,31 +52,4 @@ QVariant FindingTable::headerData(int section, Qt::Orientation orientation, int 
     if (role == Qt::TextAlignmentRole)
         return QVariant((column.isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
     return {};
-}
-
-QStringList FindingTable::Titles() const {
-    QStringList titles;
-    for (const Column& column : m_columns)
-        titles += column.title;
-    return titles;
-}
-
-QString FindingTable::AsText(const QModelIndexList& rows) const {
-    std::vector<int> wanted;
-    for (const QModelIndex& row : rows)
-        wanted.push_back(row.row());
-    for (int row = 0; rows.isEmpty() && row < rowCount(); ++row)
-        wanted.push_back(row);
-    std::sort(wanted.begin(), wanted.end());
-    QString text = Titles().join(u'\t') + u'\n';
-    for (const int row : wanted)
-        text += m_rows[static_cast<std::size_t>(row)].texts.join(u'\t') + u'\n';
-    return text;
-}
-
-QByteArray FindingTable::AsCsv() const {
-    QByteArray content = CsvLine(Titles());
-    for (const Row& row : m_rows)
-        content += CsvLine(row.texts);
-    return content;
 }

@@ -32,16 +32,7 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
-    /// The given rows, or all if none is given, with tabs between the columns, a line each, under the titles.
-    QString AsText(const QModelIndexList& rows) const;
-
-    /// All rows under the titles, separated by commas (RFC 4180), UTF-8. A text that a spreadsheet would take for a
-    /// formula, because it begins with = + - or @, gets an apostrophe before it.
-    QByteArray AsCsv() const;
-
 private:
-    QStringList Titles() const;
-
     std::vector<Column> m_columns;
     std::vector<Row> m_rows;
 };

@@ -35,18 +35,24 @@ QString TabbedCell(QString text) {
     return text;
 }
 
-void AddRows(const QAbstractItemModel& model, const QModelIndex& parent, QByteArray& csv) {
+/// Adds all rows below `parent`, those of a tree behind their parents.
+void AddRows(const QAbstractItemModel& model, const QModelIndex& parent, QModelIndexList& rows) {
     for (int row = 0; row < model.rowCount(parent); ++row) {
-        const QModelIndex index = model.index(row, 0, parent);
-        csv += Line(model, index, CsvCell, u',').toUtf8() + "\r\n";
-        AddRows(model, index, csv);
+        rows += model.index(row, 0, parent);
+        AddRows(model, rows.back(), rows);
     }
+}
+
+QModelIndexList AllRows(const QAbstractItemModel& model) {
+    QModelIndexList rows;
+    AddRows(model, {}, rows);
+    return rows;
 }
 
 } // namespace
 
 QString tabletext::Tabbed(const QAbstractItemModel& model, const QModelIndexList& rows) {
-    QModelIndexList ordered = rows;
+    QModelIndexList ordered = rows.isEmpty() ? AllRows(model) : rows;
     std::sort(ordered.begin(), ordered.end(), [](const QModelIndex& a, const QModelIndex& b) {
         // A parent stands before its children.
         const auto place = [](const QModelIndex& index) {
@@ -62,6 +68,7 @@ QString tabletext::Tabbed(const QAbstractItemModel& model, const QModelIndexList
 
 QByteArray tabletext::Csv(const QAbstractItemModel& model) {
     QByteArray csv = Line(model, {}, CsvCell, u',').toUtf8() + "\r\n";
-    AddRows(model, {}, csv);
+    for (const QModelIndex& row : AllRows(model))
+        csv += Line(model, row, CsvCell, u',').toUtf8() + "\r\n";
     return csv;
 }

@@ -152,14 +152,5 @@ void frmCommission::ShowRemaining() {
 }
 
 void frmCommission::Copy() {
-    QModelIndexList rows = m_ui->treHall->selectionModel()->selectedRows();
-    if (rows.isEmpty()) {
-        for (int row = 0; row < m_model->rowCount(); ++row) {
-            const QModelIndex device = m_model->index(row, 0);
-            rows += device;
-            for (int item = 0; item < m_model->rowCount(device); ++item)
-                rows += m_model->index(item, 0, device);
-        }
-    }
-    QApplication::clipboard()->setText(tabletext::Tabbed(*m_model, rows));
+    QApplication::clipboard()->setText(tabletext::Tabbed(*m_model, m_ui->treHall->selectionModel()->selectedRows()));
 }

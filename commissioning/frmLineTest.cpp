@@ -1,6 +1,8 @@
 #include "commissioning/frmLineTest.h"
 
 #include "commissioning/Findings.h"
+#include "commissioning/SaveTable.h"
+#include "commissioning/TableText.h"
 #include "commissioning/ui_frmLineTest.h"
 #include "platform/Dialogs.h"
 #include "platform/WholeFile.h"
@@ -86,7 +88,7 @@ void frmLineTest::JoinParts() {
     connect(m_ui->cmdScan, &QPushButton::clicked, this, &frmLineTest::Scan);
     connect(m_ui->cmdCancel, &QPushButton::clicked, this, [this] { m_station.CancelOperation(); });
     connect(m_ui->cmdCopy, &QPushButton::clicked, this, &frmLineTest::Copy);
-    connect(m_ui->cmdSaveCsv, &QPushButton::clicked, this, &frmLineTest::SaveCsv);
+    connect(m_ui->cmdSaveCsv, &QPushButton::clicked, this, [this] { SaveAsCsv(m_station, ShownModel()); });
     connect(m_ui->tblAddresses->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &frmLineTest::OfferTypes);
     connect(m_addresses, &QAbstractItemModel::modelReset, this, &frmLineTest::OfferTypes);
@@ -215,22 +217,7 @@ FindingTable& frmLineTest::ShownModel() const {
 }
 
 void frmLineTest::Copy() {
-    QApplication::clipboard()->setText(ShownModel().AsText(ShownTable().selectionModel()->selectedRows()));
-}
-
-void frmLineTest::SaveCsv() {
-    const QByteArray content = ShownModel().AsCsv();
-    m_station.dialogs.ChooseSaveFile(QStringLiteral("Comma separated *.csv|*.csv"), m_station.ProgramFolder)
-        .then([window = QPointer(this), content](const QString& path) {
-            if (!window || path.isEmpty())
-                return;
-            const Result<> written = WriteWhole(path, content);
-            Dialogs& dialogs = window->m_station.dialogs;
-            if (written)
-                dialogs.ShowMessage(BoxKind::Information, tr("Saved to %1.").arg(path));
-            else
-                dialogs.Warn(written.Error());
-        });
+    QApplication::clipboard()->setText(tabletext::Tabbed(ShownModel(), ShownTable().selectionModel()->selectedRows()));
 }
 
 void frmLineTest::closeEvent(QCloseEvent* event) {

@@ -46,7 +46,6 @@ private:
     QTableView& ShownTable() const;
     FindingTable& ShownModel() const;
     void Copy();
-    void SaveCsv();
 
     Station& m_station;
     std::unique_ptr<Ui::frmLineTest> m_ui;
