@@ -30,6 +30,7 @@ std::vector<FindingTable::Column> findings::TestColumns() {
 std::vector<FindingTable::Row> findings::TestRows(const LineTest::Result& result) {
     using Verdict = LineTest::Verdict;
     std::vector<FindingTable::Row> rows;
+    rows.reserve(result.devices.size());
     for (const LineTest::Device& device : result.devices) {
         const QString answers =
             device.asked == 0 ? QString()
@@ -54,6 +55,7 @@ std::vector<FindingTable::Column> findings::ScanColumns() {
 std::vector<FindingTable::Row> findings::ScanRows(const AddressScan::Result& result) {
     using Kind = AddressScan::Kind;
     std::vector<FindingTable::Row> rows;
+    rows.reserve(result.rows.size());
     for (const AddressScan::Row& row : result.rows) {
         rows.push_back({{QString::number(row.address), vni::ToUnicode(row.hubName), vni::ToUnicode(row.name),
                          AddressScan::TextOf(row)},

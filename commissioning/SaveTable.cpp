@@ -14,7 +14,9 @@ void SaveAsCsv(Station& station, const QAbstractItemModel& model) {
             if (!table || path.isEmpty())
                 return;
             const Result<> written = WriteWhole(path, tabletext::Csv(*table));
-            if (!written)
+            if (written)
+                station.dialogs.ShowMessage(BoxKind::Information, Station::tr("Saved to %1.").arg(path));
+            else
                 station.dialogs.Warn(written.Error());
         });
 }

@@ -54,7 +54,9 @@ bool LineLaws::IsForeign(const Running& running, const QByteArray& frame) {
     const auto head = [](const QByteArray& of) { return of.mid(1, 2) + of.mid(5, 1); };
     const bool isRelay = running.command.contains(" N ");
     const bool isOther = isRelay && (frame.size() < 10 || frame[6] != running.frame[7]);
-    return frame != running.frame && (head(frame) != head(running.frame) || isOther);
+    // A damaged one may have a good sum and be too short for a head.
+    const bool isWhole = frames::Split(frame).has_value();
+    return frame != running.frame && (!isWhole || head(frame) != head(running.frame) || isOther);
 }
 
 void LineLaws::Missed(bool isLineOpen) {
