@@ -59,6 +59,7 @@ std::vector<std::pair<DeviceIdentity, QString>> RecordModel::Devices() const {
     for (const LoadEntry& entry : m_entries)
         devices.emplace(std::pair(entry.device.address, entry.device), vni::ToUnicode(entry.name));
     std::vector<std::pair<DeviceIdentity, QString>> all;
+    all.reserve(devices.size());
     for (const auto& [place, name] : devices)
         all.emplace_back(place.second, name);
     return all;
