@@ -175,6 +175,7 @@ QCoro::Task<Outcome> Station::PrepareStore(QString path) {
 }
 
 Outcome Station::OpenStore(const QString& store) {
+    record.Flush();
     database.OpenDatabase(store);
     record.Open();
     const Result<> loaded = reload.ReloadAll();
