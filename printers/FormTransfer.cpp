@@ -101,18 +101,14 @@ QCoro::Task<bool> FormTransfer::SendFormAndLogo(qint16 object, CompiledForm form
     co_return co_await SendLogos(object, form.LogoData, occasion);
 }
 
-QCoro::Task<bool> FormTransfer::LoadForm(qint16 object, CompiledForm form) {
+QCoro::Task<bool> FormTransfer::LoadPart(qint16 object, CompiledForm form, Part part) {
     Begin();
     co_await m_router.HubTransferBegin(object);
-    const bool sent = co_await SendForm(object, form.PrnForm, Occasion::Commissioning);
-    co_await m_router.HubTransferEnd(object);
-    co_return sent;
-}
-
-QCoro::Task<bool> FormTransfer::LoadLogos(qint16 object, CompiledForm form) {
-    Begin();
-    co_await m_router.HubTransferBegin(object);
-    const bool sent = co_await SendLogos(object, form.LogoData, Occasion::Commissioning);
+    bool sent = false;
+    if (part == Part::Form)
+        sent = co_await SendForm(object, form.PrnForm, Occasion::Commissioning);
+    else
+        sent = co_await SendLogos(object, form.LogoData, Occasion::Commissioning);
     co_await m_router.HubTransferEnd(object);
     co_return sent;
 }

@@ -27,8 +27,8 @@ public:
     QCoro::Task<bool> SendFormAndLogo(qint16 object, CompiledForm form, Logos logos, Occasion occasion);
 
     /// Sends one part of a form to one printer, with its hub told, as the commissioning does.
-    QCoro::Task<bool> LoadForm(qint16 object, CompiledForm form);
-    QCoro::Task<bool> LoadLogos(qint16 object, CompiledForm form);
+    enum class Part { Form, Logos };
+    QCoro::Task<bool> LoadPart(qint16 object, CompiledForm form, Part part);
 
     /// Sends to one printer for the designer, with its hub told. The box about the outcome comes before the hub is told
     /// the end, so the outcome has no text.

@@ -162,9 +162,8 @@ QCoro::Task<bool> Commissioning::Send(Job job) {
         if (!form)
             co_return false;
         m_parts.forms.SetSending(*job.payload.form);
-        if (job.payload.kind == LoadKind::Form)
-            co_return co_await m_parts.forms.transfer.LoadForm(object, *form);
-        co_return co_await m_parts.forms.transfer.LoadLogos(object, *form);
+        const auto part = job.payload.kind == LoadKind::Form ? FormTransfer::Part::Form : FormTransfer::Part::Logos;
+        co_return co_await m_parts.forms.transfer.LoadPart(object, *form, part);
     }
     case LoadKind::Letters:
         m_parts.forms.fonts.Begin();
