@@ -131,9 +131,8 @@ protected:
             m_hands->Assign(service, {service, (service + 1) % 3});
         m_hands->ClickButton("cmdCheck");
         const auto& objects = m_hands->Find<DataGrid>("TDBGridDisplay");
-        EXPECT_TRUE(WaitUntil([&] {
-            return objects.model()->index(3, 7).data().toString() == QStringLiteral("never loaded");
-        }));
+        EXPECT_TRUE(WaitUntil(
+            [&] { return objects.model()->index(3, 7).data().toString() == QStringLiteral("never loaded"); }));
         Picture("check-list", m_setup);
         m_hands->ClickButton("cmdCheck");
         Picture("setup-database", m_setup);
