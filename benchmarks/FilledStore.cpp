@@ -35,8 +35,8 @@ void FillStore(const QString& path) {
             QStringLiteral(
                 "INSERT INTO [Queue-Display] (q_Id, d_Id) SELECT q_Id, d_Id FROM Queue, Display WHERE (q_Id + d_Id) "
                 "% 8 = 0"),
-            QStringLiteral("INSERT INTO [Info-Direction] SELECT d.d_Id, c.d_Id, c.d_Id % 5 FROM Display d, Display c "
-                           "WHERE d.d_Type = 2 AND c.d_Type = 0"),
+            QStringLiteral("INSERT INTO [Info-Direction] (inf_Id,d_Id,Dir_Id) SELECT d.d_Id, c.d_Id, c.d_Id % 5 FROM "
+                           "Display d, Display c WHERE d.d_Type = 2 AND c.d_Type = 0"),
             QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) SELECT d_Id, d_Id FROM Display"),
             QStringLiteral(
                 "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) INSERT INTO rData "

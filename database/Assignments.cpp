@@ -19,11 +19,7 @@ Failure Closed() {
 } // namespace
 
 Result<> Assignments::Run(const std::vector<Statement>& statements) {
-    if (Result<> there = m_database.CheckPlace(); !there)
-        return there;
-    if (!m_database.IsOpen())
-        return Closed();
-    const Result<> done = m_database.RunTogether(statements);
+    const Result<> done = m_database.Edit({}, statements);
     return done ? done : Failure{schema::ReadableError(done.Error())};
 }
 

@@ -2,6 +2,7 @@
 
 #include "core/EventLog.h"
 #include "core/IniUtility.h"
+#include "database/RowKeys.h"
 #include "database/Schema.h"
 #include "database/StoreCheck.h"
 #include "database/StoreKind.h"
@@ -46,7 +47,8 @@ Database::Database(QString programFolder, IniUtility& ini, EventLog& log, const 
     : m_programFolder(std::move(programFolder))
     , m_ini(ini)
     , m_log(log)
-    , m_clock(clock) {}
+    , m_clock(clock)
+    , m_history(m_file, clock, log) {}
 
 void Database::OpenDatabase(const QString& path) {
     CloseDatabase();
@@ -78,6 +80,9 @@ Result<> Database::Connect(const QString& path) {
             return done;
     }
     UpgradeDatabase();
+    if (const Result<> given = GiveRowKeys(m_file); !given)
+        m_log.WriteLog(QStringLiteral("The directions cannot be told apart yet: %1").arg(given.Error()),
+                       EventLog::Warning);
     // A store that others made may lack indexes and the record of loads; without them it is slower, but whole.
     for (const QString& statement : schema::IndexStatements() + schema::RecordStatements())
         (void)m_file.Run({statement});
@@ -90,6 +95,7 @@ Result<> Database::Connect(const QString& path) {
     m_device = info.st_dev;
     m_inode = info.st_ino;
     m_path = path;
+    m_history.Open();
     return {};
 }
 
@@ -153,6 +159,7 @@ void Database::UpgradeDatabase() {
 void Database::CloseDatabase() {
     m_lastInfos.clear();
     m_path.clear();
+    m_history.Close();
     m_file.Close();
 }
 
@@ -197,8 +204,24 @@ void Database::BackupDatabase() {
         failed(written.Error());
 }
 
+Result<> Database::Edit(const QString& act, const EditHistory::Change& change) {
+    if (Result<> there = CheckPlace(); !there)
+        return there;
+    return m_history.Do(act, change);
+}
+
+Result<> Database::Edit(const QString& act, const std::vector<Statement>& statements) {
+    return Edit(act, [&]() -> Result<> {
+        for (const Statement& statement : statements) {
+            if (Result<> done = m_file.Run(statement); !done)
+                return done;
+        }
+        return {};
+    });
+}
+
 Result<> Database::EmptyDatabase() {
-    return m_file.RunTogether({
+    const std::vector<Statement> statements = {
         {QStringLiteral("DELETE FROM [Queue-Display]")},
         {QStringLiteral("DELETE FROM Display")},
         {QStringLiteral("DELETE FROM Queue")},
@@ -207,7 +230,8 @@ Result<> Database::EmptyDatabase() {
         {QStringLiteral("DELETE FROM ScanPlan")},
         {QStringLiteral("DELETE FROM rData")},
         {QStringLiteral("DELETE FROM qData")},
-    });
+    };
+    return Edit(QStringLiteral("Empty Database"), statements);
 }
 
 Result<> Database::CreateEmpty(const QString& path) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "database/EditHistory.h"
 #include "database/Sqlite.h"
 
 #include <QHash>
@@ -57,6 +58,14 @@ public:
     Result<> RunTogether(const std::vector<Statement>& statements) const { return m_file.RunTogether(statements); }
     Result<QSqlQuery> Select(const Statement& statement) const { return m_file.Select(statement); }
 
+    /// Changes the description of the installation as one act that can be undone, see `EditHistory::Do`. Whatever a
+    /// user changes goes this way. Fails if the file is closed or not where it was opened (`CheckPlace`).
+    Result<> Edit(const QString& act, const EditHistory::Change& change);
+    /// The same for statements, of which all are run or none.
+    Result<> Edit(const QString& act, const std::vector<Statement>& statements);
+    EditHistory& History() { return m_history; }
+    const EditHistory& History() const { return m_history; }
+
     /// Deletes all rows of all tables but `Message`, or none if one cannot be emptied. The model is not touched.
     Result<> EmptyDatabase();
 
@@ -74,6 +83,7 @@ private:
     const Clock& m_clock;
 
     Sqlite m_file;
+    EditHistory m_history;
     QString m_path;
     quint64 m_device = 0;
     quint64 m_inode = 0;

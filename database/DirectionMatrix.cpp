@@ -81,7 +81,7 @@ Result<> DirectionMatrix::UpdateDataDir(Database& database) {
                  {row.displayId, m_counterIds[i], row.directions[i]}});
         }
     }
-    const Result<> done = database.RunTogether(statements);
+    const Result<> done = database.Edit(QStringLiteral("directions"), statements);
     if (!done)
         return Failure{schema::ReadableError(done.Error())};
     m_isChanged = false;

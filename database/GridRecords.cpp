@@ -20,8 +20,8 @@ QString FieldName(const GridColumn& column) {
 }
 
 /// What the store said, with the column's caption in place of its name.
-Failure Readable(const QSqlQuery& query, const GridColumn* column = nullptr) {
-    QString text = schema::ReadableError(Sqlite::TextOf(query.lastError()));
+Failure Readable(const QString& error, const GridColumn* column = nullptr) {
+    QString text = schema::ReadableError(error);
     if (!column)
         return {text};
     const QString name = FieldName(*column);
@@ -144,8 +144,6 @@ Result<> GridRecords::Write(int row, int column, const QString& text) {
         return Closed();
     if (row < 0 || row >= rowCount() || text == CellText(row, column))
         return {};
-    if (Result<> there = m_database.CheckPlace(); !there)
-        return there;
     const QVariant value = text.isEmpty() ? QVariant() : QVariant(text);
     if (Result<> known = CheckReference(m_columns[static_cast<std::size_t>(column)], value); !known)
         return known;
@@ -174,15 +172,19 @@ Result<> GridRecords::CheckReference(const GridColumn& column, const QVariant& v
 
 Result<> GridRecords::Insert(int column, const QVariant& value) {
     const GridColumn& written = m_columns[static_cast<std::size_t>(column)];
-    QSqlQuery query(m_database.File().Connection());
-    query.prepare(
-        QStringLiteral("INSERT INTO %1 (%2) VALUES (?)").arg(Quoted(m_source.table), Quoted(FieldName(written))));
-    query.addBindValue(value);
-    if (!query.exec())
-        return Readable(query, &written);
+    QVariant key;
+    Result<> done = m_database.Edit({}, [&]() -> Result<> {
+        auto query = m_database.Select(
+            {QStringLiteral("INSERT INTO %1 (%2) VALUES (?)").arg(Quoted(m_source.table), Quoted(FieldName(written))),
+             {value}});
+        if (!query)
+            return Readable(query.Error(), &written);
+        key = query->lastInsertId();
+        return {};
+    });
+    if (!done)
+        return done;
     const int row = RecordCount();
-    const QVariant key = query.lastInsertId();
-    query.finish();
     // The blank row becomes the record, and a new blank one comes behind it.
     beginInsertRows({}, row + 1, row + 1);
     Row& added = m_rows.emplace_back();
@@ -199,17 +201,15 @@ Result<> GridRecords::Update(int row, int column, const QVariant& value) {
     const GridColumn& written = m_columns[static_cast<std::size_t>(column)];
     const std::size_t tableIndex = m_columnTables[static_cast<std::size_t>(column)];
     const Table& table = m_tables[tableIndex];
-    QSqlQuery query(m_database.File().Connection());
-    query.prepare(QStringLiteral("UPDATE %1 SET %2 = ? WHERE %3 = ?")
-                      .arg(Quoted(table.name), Quoted(FieldName(written)), Quoted(table.key)));
-    query.addBindValue(value);
-    query.addBindValue(m_rows[static_cast<std::size_t>(row)].keys[tableIndex]);
-    Result<> done;
-    if (!query.exec())
-        done = Readable(query, &written);
-    else if (query.numRowsAffected() != 1)
-        done = Gone();
-    query.finish();
+    const QVariant key = m_rows[static_cast<std::size_t>(row)].keys[tableIndex];
+    const Result<> done = m_database.Edit({}, [&]() -> Result<> {
+        auto query = m_database.Select({QStringLiteral("UPDATE %1 SET %2 = ? WHERE %3 = ?")
+                                            .arg(Quoted(table.name), Quoted(FieldName(written)), Quoted(table.key)),
+                                        {value, key}});
+        if (!query)
+            return Readable(query.Error(), &written);
+        return query->numRowsAffected() == 1 ? Result<>() : Gone();
+    });
     if (tableIndex == 0) {
         ReadAgain(row);
         return done;
@@ -241,14 +241,11 @@ Result<> GridRecords::Remove(int row) {
         return Closed();
     if (!m_source.canRemove || row < 0 || row >= RecordCount())
         return {};
-    if (Result<> there = m_database.CheckPlace(); !there)
-        return there;
-    QSqlQuery query(m_database.File().Connection());
-    query.prepare(QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(Quoted(m_source.table), Quoted(m_tables[0].key)));
-    query.addBindValue(m_rows[static_cast<std::size_t>(row)].keys[0]);
-    if (!query.exec())
-        return Readable(query);
-    query.finish();
+    const std::vector<Statement> deleting = {
+        {QStringLiteral("DELETE FROM %1 WHERE %2 = ?").arg(Quoted(m_source.table), Quoted(m_tables[0].key)),
+         {Key(row)}}};
+    if (const Result<> done = m_database.Edit({}, deleting); !done)
+        return Readable(done.Error());
     beginRemoveRows({}, row, row);
     m_rows.erase(m_rows.begin() + row);
     endRemoveRows();

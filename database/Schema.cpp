@@ -23,7 +23,8 @@ constexpr Column QueueDisplayColumns[] = {{"ID", Kind::Key}, {"q_Id", Kind::Long
 constexpr Column ScanPlanColumns[] = {
     {"ID", Kind::Key}, {"d_Id", Kind::Long}, {"Order", Kind::Small}, {"Notes", Kind::Text}};
 
-constexpr Column InfoDirectionColumns[] = {{"inf_Id", Kind::Small}, {"d_Id", Kind::Small}, {"Dir_Id", Kind::Small}};
+constexpr Column InfoDirectionColumns[] = {
+    {"inf_Id", Kind::Small}, {"d_Id", Kind::Small}, {"Dir_Id", Kind::Small}, {"RowKey", Kind::OwnKey}};
 
 constexpr Column HubColumns[] = {{"h_Id", Kind::Key}, {"h_Name", Kind::Text}};
 
@@ -74,6 +75,7 @@ QString Definition(const Column& column) {
     QString check;
     switch (column.kind) {
     case Kind::Key:
+    case Kind::OwnKey:
         return text + QStringLiteral("INTEGER PRIMARY KEY AUTOINCREMENT");
     case Kind::Byte:
         text += QStringLiteral("TINYINT");
@@ -125,20 +127,27 @@ const Table* FindTable(QStringView name) {
 
 QString KeyOf(QStringView table) {
     const Table* found = FindTable(table);
-    if (!found || found->columns.empty() || found->columns[0].kind != Kind::Key)
+    if (!found)
         return {};
-    return QString::fromLatin1(found->columns[0].name);
+    for (const Column& column : found->columns) {
+        if (column.kind == Kind::Key || column.kind == Kind::OwnKey)
+            return QString::fromLatin1(column.name);
+    }
+    return {};
+}
+
+QString CreateStatement(const Table& table) {
+    QStringList columns;
+    for (const Column& column : table.columns)
+        columns += Definition(column);
+    return QStringLiteral("CREATE TABLE [%1] (%2)")
+        .arg(QString::fromLatin1(table.name), columns.join(QStringLiteral(", ")));
 }
 
 QStringList CreateStatements() {
     QStringList statements;
-    for (const Table& table : AllTables) {
-        QStringList columns;
-        for (const Column& column : table.columns)
-            columns += Definition(column);
-        statements += QStringLiteral("CREATE TABLE [%1] (%2)")
-                          .arg(QString::fromLatin1(table.name), columns.join(QStringLiteral(", ")));
-    }
+    for (const Table& table : AllTables)
+        statements += CreateStatement(table);
     return statements + IndexStatements();
 }
 
@@ -165,6 +174,9 @@ QStringList RecordStatements() {
                        "[Frames] INTEGER, [Tries] INTEGER, [Own] INTEGER, [Foreign] INTEGER, [Flags] TEXT, "
                        "[Begun] DATETIME, [Ended] DATETIME, [User] TEXT, [Port] TEXT, [Version] TEXT, [Outcome] TEXT, "
                        "[Reason] TEXT)"),
+        QStringLiteral(
+            "CREATE TABLE IF NOT EXISTS [EditAct] ([ID] INTEGER PRIMARY KEY AUTOINCREMENT, "
+            "[Moment] DATETIME, [User] TEXT, [Name] TEXT, [Kind] INTEGER, [Target] INTEGER, [Changes] BLOB)"),
         // The last event of each kind at each device, in all and of each outcome.
         QStringLiteral("CREATE INDEX IF NOT EXISTS [LoadRecord_Place] ON [LoadRecord] ([Installation], [Type], "
                        "[Address], [HubAddress], [Kind], [Event], [Outcome])"),

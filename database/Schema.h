@@ -12,6 +12,7 @@ namespace schema {
 /// What a column holds. Every column but a key takes null: what a null means is settled where the column is read.
 enum class Kind {
     Key,    ///< 32 bits signed, given by the database, never reused
+    OwnKey, ///< the same, for a table that has no key elsewhere: only the store needs it, to tell rows apart
     Byte,   ///< 0 to 255
     Small,  ///< 16 bits signed
     Long,   ///< 32 bits signed
@@ -47,8 +48,11 @@ std::span<const Table> Tables();
 /// Every column of `table`, which `name` names without regard to case; nullptr for an unknown one.
 const Table* FindTable(QStringView name);
 
-/// The key column of one of the tables; empty for a table without one.
+/// The key column of one of the tables, `OwnKey` included; empty for a table without one.
 QString KeyOf(QStringView table);
+
+/// The statement that makes a table, without its indexes.
+QString CreateStatement(const Table& table);
 
 /// The statements that make all tables and indexes in an empty file, in order.
 /// A value outside its kind is refused with a constraint whose name says what the column takes.
@@ -59,7 +63,7 @@ QStringList CreateStatements();
 QStringList IndexStatements();
 
 /// The statements that make the tables of the program's own, each of which does nothing if its table is there: see
-/// `LoadRecord`. No other table refers to them.
+/// `LoadRecord` and `EditHistory`. No other table refers to them.
 QStringList RecordStatements();
 
 /// The words for a user in an error text of the store: "CHECK constraint failed: " and the like are taken off.

@@ -11,12 +11,8 @@
 namespace {
 
 /// Nothing of the file's own runs. Triggers of the connection (TEMP) do.
-bool DisarmSchema(const QSqlDatabase& connection) {
-    const QVariant handle = connection.driver()->handle();
-    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
-        return false;
-    sqlite3* const file = *static_cast<sqlite3* const*>(handle.constData());
-    return sqlite3_db_config(file, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr) == SQLITE_OK &&
+bool DisarmSchema(sqlite3* file) {
+    return file && sqlite3_db_config(file, SQLITE_DBCONFIG_ENABLE_TRIGGER, 0, nullptr) == SQLITE_OK &&
            sqlite3_db_config(file, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr) == SQLITE_OK &&
            sqlite3_db_config(file, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr) == SQLITE_OK &&
            sqlite3_db_config(file, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr) == SQLITE_OK;
@@ -38,11 +34,20 @@ Result<> Sqlite::Open(const QString& path, Mode mode) {
         Close();
         return failure;
     }
-    if (!DisarmSchema(m_connection)) {
+    if (!DisarmSchema(Handle())) {
         Close();
         return Failure{QStringLiteral("The library of the database cannot be set up.")};
     }
     return {};
+}
+
+sqlite3* Sqlite::Handle() const {
+    if (!IsOpen())
+        return nullptr;
+    const QVariant handle = m_connection.driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
+        return nullptr;
+    return *static_cast<sqlite3* const*>(handle.constData());
 }
 
 void Sqlite::Close() {

@@ -10,6 +10,8 @@
 
 #include <vector>
 
+struct sqlite3;
+
 /// A statement with the values for its question marks.
 struct Statement {
     QString text;
@@ -43,6 +45,9 @@ public:
     bool IsOpen() const { return m_connection.isOpen(); }
     /// Invalid while closed.
     const QSqlDatabase& Connection() const { return m_connection; }
+
+    /// The library's own handle of the connection; nullptr while closed.
+    sqlite3* Handle() const;
 
     /// Runs one statement without result.
     Result<> Run(const Statement& statement) const;

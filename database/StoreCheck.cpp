@@ -37,6 +37,7 @@ bool CanHold(const FoundColumn& found, schema::Kind kind) {
     const Affinity affinity = AffinityOf(found.type);
     switch (kind) {
     case schema::Kind::Key:
+    case schema::Kind::OwnKey:
         // Only this makes it the number of the row, which the file itself gives.
         return found.isKey && found.type.compare(QLatin1String("INTEGER"), Qt::CaseInsensitive) == 0;
     case schema::Kind::Text:
@@ -54,12 +55,14 @@ bool IsAddedLater(const char* column) {
                        [column](const schema::AddedColumn& one) { return qstrcmp(column, one.name) == 0; });
 }
 
-bool IsNeeded(const QString& table, const char* column) {
+bool IsNeeded(const QString& table, const schema::Column& column) {
+    if (column.kind == schema::Kind::OwnKey)
+        return false;
     if (table == QStringLiteral("Hub") || table == QStringLiteral("Message"))
         return false;
     if (table == QStringLiteral("qData"))
-        return qstrcmp(column, "DateTime") == 0;
-    return table != QStringLiteral("rData") || !IsAddedLater(column);
+        return qstrcmp(column.name, "DateTime") == 0;
+    return table != QStringLiteral("rData") || !IsAddedLater(column.name);
 }
 
 Result<FoundColumns> ColumnsOf(const Sqlite& file, const QString& table) {
@@ -88,7 +91,7 @@ Result<> CheckTables(const Sqlite& file) {
         if (!columns)
             return Failure{columns.Error()};
         for (const schema::Column& column : table.columns) {
-            if (!IsNeeded(name, column.name))
+            if (!IsNeeded(name, column))
                 continue;
             const auto found = columns->find(QString::fromLatin1(column.name).toLower());
             if (found == columns->end())

@@ -181,17 +181,12 @@ private:
 
     void MakeTable(const schema::Table& table, Table* source, const std::vector<Column>& ticketColumns) {
         const QString name = Latin(table.name);
-        QString statement;
-        for (const QString& candidate : schema::CreateStatements()) {
-            if (candidate.startsWith(QStringLiteral("CREATE TABLE [%1] ").arg(name)))
-                statement = candidate;
-        }
-        m_store.Run(statement);
+        m_store.Run(schema::CreateStatement(table));
         if (!source)
             return;
         for (const schema::Column& column : table.columns) {
             const QString columnName = Latin(column.name);
-            if (IndexOf(source->Columns(), columnName) >= 0)
+            if (IndexOf(source->Columns(), columnName) >= 0 || column.kind == schema::Kind::OwnKey)
                 continue;
             if (column.kind == schema::Kind::Key && !MayBeMissing(table))
                 throw Abandoned(QStringLiteral("It is no database of this program: table %1 has no column %2.")

@@ -58,29 +58,21 @@ Result<QString> AddFoundDevice(Database& database, const FoundDevice& device) {
         return Failure{Said(QT_TRANSLATE_NOOP("FoundDevice", "No device can have address %1.")).arg(device.address)};
     if (device.type == model::Hub && device.hubId != 0)
         return Failure{Said(QT_TRANSLATE_NOOP("FoundDevice", "A hub cannot stand behind a hub."))};
-    if (const Result<> there = database.CheckPlace(); !there)
-        return Failure{there.Error()};
-    if (!database.IsOpen())
-        return Failure{QStringLiteral("Can't open Queue database!")};
-    Transaction change(database.File(), Transaction::Kind::Write);
-    if (!change.Begun())
-        return Failure{change.Begun().Error()};
-    std::set<int> numbers;
-    if (const Result<> looked = Look(database, device, numbers); !looked)
-        return Failure{looked.Error()};
-    int number = 1;
-    while (numbers.contains(number))
-        ++number;
-    if (number > LargestNumber)
-        return Failure{Said(QT_TRANSLATE_NOOP("FoundDevice", "All numbers from 1 to 255 are taken."))};
     const QString name = TypeName(device.type) + u' ' + QString::number(device.address);
-    const Result<> added =
-        database.Run({QStringLiteral("INSERT INTO Display (d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) VALUES "
-                                     "(?, ?, ?, 1, ?, ?)"),
-                      {number, device.address, name, static_cast<int>(device.type), device.hubId}});
+    const Result<> added = database.Edit({}, [&]() -> Result<> {
+        std::set<int> numbers;
+        if (Result<> looked = Look(database, device, numbers); !looked)
+            return looked;
+        int number = 1;
+        while (numbers.contains(number))
+            ++number;
+        if (number > LargestNumber)
+            return Failure{Said(QT_TRANSLATE_NOOP("FoundDevice", "All numbers from 1 to 255 are taken."))};
+        return database.Run({QStringLiteral("INSERT INTO Display (d_Number, d_Address, d_Name, d_On, d_Type, d_HubId) "
+                                            "VALUES (?, ?, ?, 1, ?, ?)"),
+                             {number, device.address, name, static_cast<int>(device.type), device.hubId}});
+    });
     if (!added)
         return Failure{schema::ReadableError(added.Error())};
-    if (const Result<> stored = change.Commit(); !stored)
-        return Failure{stored.Error()};
     return name;
 }

@@ -162,7 +162,7 @@ TEST_F(ProgramTest, OpensTheLineOfTheSettingsAndRecoversTickets) {
     MakeStore(store, {QStringLiteral("INSERT INTO Queue (q_Number, q_On, q_Name) VALUES (1, 1, 'A')"),
                       QStringLiteral("INSERT INTO Display (d_Number, d_Address, d_On, d_Type) VALUES (1, 32, 1, 1)"),
                       QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) VALUES (1, 1)"),
-                      QStringLiteral("INSERT INTO [Info-Direction] VALUES (1, 1, 1)"),
+                      QStringLiteral("INSERT INTO [Info-Direction] (inf_Id,d_Id,Dir_Id) VALUES (1, 1, 1)"),
                       QStringLiteral("INSERT INTO rData (TicketNo, ServiceId, DateTime, Flags, Announced) VALUES (41, "
                                      "1, '2026-11-18 08:00:00', 0, 0)")});
     QString problem;

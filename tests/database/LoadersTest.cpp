@@ -216,7 +216,8 @@ TEST_F(LoadersTest, LoadsPlanAndDirectionsInTheirOrder) {
     world.Sql(QStringLiteral("INSERT INTO Display (d_Id, d_Number, d_Address, d_On) VALUES (1, 1, 1, 1), (2, 2, 2, 1),"
                              " (3, 3, 3, 0)"));
     world.Sql(QStringLiteral("INSERT INTO ScanPlan (d_Id, [Order]) VALUES (1, 9), (3, 1), (2, 2), (2, NULL), (77, 3)"));
-    world.Sql(QStringLiteral("INSERT INTO [Info-Direction] VALUES (9, 1, 4), (2, 5, 1), (9, 1, 3)"));
+    world.Sql(
+        QStringLiteral("INSERT INTO [Info-Direction] (inf_Id,d_Id,Dir_Id) VALUES (9, 1, 4), (2, 5, 1), (9, 1, 3)"));
     EXPECT_TRUE(world.reload.ReloadAll());
     EXPECT_EQ(model.ScanOrder, std::vector<qint16>({1, 1, 0}));
     EXPECT_EQ(world.TakeLines(), QStringList(2, QStringLiteral("Error in Scan Plan Table")));

@@ -77,7 +77,7 @@ TEST_F(Import, TakesEveryValueOver) {
     EXPECT_EQ(All("Queue-Display").join(u' '),
               u"1|1|1 2|1|2 3|2|1 4|2|3 5|3|3 6|3|4 7|4|4 8|5|2 9|6|1 10|6|2 11|6|3"_qs);
     EXPECT_EQ(All("ScanPlan").join(u' '), u"1|1|1|- 2|2|2|- 3|3|3|- 4|4|4|- 5|10|5|-"_qs);
-    EXPECT_EQ(All("Info-Direction").join(u' '), u"8|1|1 8|2|1 8|3|2 8|4|3 8|5|0"_qs);
+    EXPECT_EQ(All("Info-Direction").join(u' '), u"8|1|1|1 8|2|1|2 8|3|2|3 8|4|3|4 8|5|0|5"_qs);
     EXPECT_EQ(All("Hub") + All("Message"), QStringList());
     // Seven columns: the four of later days are the upgrade's to add.
     EXPECT_EQ(Lines(All("rData")),
@@ -98,8 +98,8 @@ TEST_F(Import, CountersGoOnBehindTheHighestKeyEverGiven) {
     ASSERT_EQ(Run(WithoutTickets()).code, 0);
     EXPECT_EQ(All("rData"), QStringList());
     EXPECT_EQ(Rows(m_target, QStringLiteral("SELECT name, seq FROM sqlite_sequence ORDER BY name")),
-              (QStringList{u"'Display'|10"_qs, u"'Queue'|6"_qs, u"'Queue-Display'|11"_qs, u"'ScanPlan'|5"_qs,
-                           u"'qData'|70"_qs, u"'rData'|7"_qs}));
+              (QStringList{u"'Display'|10"_qs, u"'Info-Direction'|5"_qs, u"'Queue'|6"_qs, u"'Queue-Display'|11"_qs,
+                           u"'ScanPlan'|5"_qs, u"'qData'|70"_qs, u"'rData'|7"_qs}));
 }
 
 TEST_F(Import, FollowsAMovedRowAndReadsItOnce) {

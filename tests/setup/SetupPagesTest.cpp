@@ -22,7 +22,7 @@ protected:
                QStringLiteral("INSERT INTO [Queue-Display] (ID, q_Id, d_Id) VALUES (1, 1, 1), (2, 1, 2), (3, 2, "
                               "1), (4, 99, 1)"),
                QStringLiteral("INSERT INTO ScanPlan (ID, d_Id, [Order]) VALUES (1, 1, 2), (2, 2, 1), (3, 77, 3)"),
-               QStringLiteral("INSERT INTO [Info-Direction] VALUES (4, 1, 2)")}) {
+               QStringLiteral("INSERT INTO [Info-Direction] (inf_Id,d_Id,Dir_Id) VALUES (4, 1, 2)")}) {
         (void)m_station.reload.ReloadAll();
     }
 
@@ -258,7 +258,7 @@ TEST_F(SetupPagesTest, DirectionsAreStoredTogetherAndNotForgottenInSilence) {
                        "RAISE(FAIL, 'disk full'); END"));
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
     m_hands->ClickButton("cmdUpdate");
-    EXPECT_EQ(StoredText(QStringLiteral("SELECT * FROM [Info-Direction]")), "4,1,2");
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT inf_Id,d_Id,Dir_Id FROM [Info-Direction]")), "4,1,2");
     m_dialogs.ExpectThreeWay(BoxKind::Exclamation, question, Answer::Yes);
     m_dialogs.ExpectMessage(BoxKind::Exclamation, QStringLiteral("disk full"));
     EXPECT_FALSE(m_window->close());
@@ -270,7 +270,8 @@ TEST_F(SetupPagesTest, DirectionsAreStoredTogetherAndNotForgottenInSilence) {
     m_dialogs.ExpectThreeWay(BoxKind::Exclamation, question, Answer::Yes);
     m_window->close();
     EXPECT_TRUE(WaitUntil([this] { return !m_window->isVisible(); }));
-    EXPECT_EQ(StoredText(QStringLiteral("SELECT * FROM [Info-Direction] ORDER BY d_Id")), "4,1,2|4,2,4");
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT inf_Id,d_Id,Dir_Id FROM [Info-Direction] ORDER BY d_Id")),
+              "4,1,2|4,2,4");
     EXPECT_EQ(m_station.installation->DirectionOf(4, 2), 4);
 }
 
@@ -289,7 +290,7 @@ TEST_F(SetupPagesTest, TheMatrixTakesDevicesFromTheStoreAndDirectionsFromTheMode
     EXPECT_EQ(Column("TDBGrid1", 0), "--------");
     m_dialogs.ExpectMessage(BoxKind::Plain, QStringLiteral("Update Done."));
     m_hands->ClickButton("cmdUpdate");
-    EXPECT_EQ(StoredText(QStringLiteral("SELECT * FROM [Info-Direction]")), "");
+    EXPECT_EQ(StoredText(QStringLiteral("SELECT inf_Id,d_Id,Dir_Id FROM [Info-Direction]")), "");
 }
 
 TEST_F(SetupPagesTest, DevicesGoBehindTheHubAndBack) {

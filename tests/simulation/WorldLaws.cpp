@@ -184,8 +184,9 @@ void World::CheckStatistics() {
 
 QByteArray World::Digest(sqlite3* store) const {
     QCryptographicHash hash(QCryptographicHash::Md5);
-    for (const char* table : {"Queue", "[Queue-Display]", "ScanPlan", "[Info-Direction]", "Hub",
-                              "(SELECT d_Id,d_Number,d_Address,d_Name,d_On,d_Type,d_HubId FROM Display)"}) {
+    for (const char* table :
+         {"Queue", "[Queue-Display]", "ScanPlan", "(SELECT inf_Id,d_Id,Dir_Id FROM [Info-Direction])", "Hub",
+          "(SELECT d_Id,d_Number,d_Address,d_Name,d_On,d_Type,d_HubId FROM Display)"}) {
         sqlite3_stmt* query = nullptr;
         const QByteArray statement = QByteArray("SELECT * FROM ") + table + " ORDER BY 1,2";
         if (sqlite3_prepare_v2(store, statement.constData(), -1, &query, nullptr) != SQLITE_OK)

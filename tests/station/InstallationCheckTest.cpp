@@ -84,7 +84,7 @@ TEST_F(InstallationCheckTest, NamesTheRowAndTheColumnAtFault) {
          "Display 5 d_Address: Object 'H': nothing can be sent to address 208, only to 0 to 207."},
         {"UPDATE Queue SET q_series = 65536 WHERE q_Id = 1",
          "Queue 1 q_series: Service 'A': series 65536 does not fit the hub's block, which takes 0 to 65535."},
-        {"INSERT INTO [Info-Direction] VALUES (4, 2, 208)",
+        {"INSERT INTO [Info-Direction] (inf_Id,d_Id,Dir_Id) VALUES (4, 2, 208)",
          "Info-Direction 4 Dir_Id: Display 'D', counter 'C2': direction 208 does not fit the hub's block, which takes "
          "0 to 207."},
         {"UPDATE Display SET d_HubId = 3 WHERE d_Id = 2",

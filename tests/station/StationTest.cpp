@@ -104,7 +104,8 @@ TEST_F(StationTest, ReloadingDirectionsLeavesFirstServicesAndFollowsTheObjects) 
     (void)m_station.reload.ReloadAll();
     model::Installation& installation = *m_station.installation;
     installation.QObjects[0].FirstServiceIndex = 1;
-    ASSERT_TRUE(m_station.database.Run({QStringLiteral("INSERT INTO [Info-Direction] VALUES (9, 1, 4)")}));
+    ASSERT_TRUE(
+        m_station.database.Run({QStringLiteral("INSERT INTO [Info-Direction] (inf_Id,d_Id,Dir_Id) VALUES (9, 1, 4)")}));
     ASSERT_TRUE(m_station.database.Run({QStringLiteral("UPDATE Display SET d_Name = 'new' WHERE d_Id = 1")}));
     EXPECT_EQ(Told(m_station.ReloadDirections()), "done Plain: ");
     EXPECT_EQ(installation.DirectionOf(9, 1), 4);

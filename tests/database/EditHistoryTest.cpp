@@ -1,0 +1,245 @@
+#include "database/Assignments.h"
+#include "database/GridRecords.h"
+#include "database/Schema.h"
+#include "tests/database/World.h"
+
+#include <QRandomGenerator>
+#include <QSqlRecord>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// All rows of the description; with their keys.
+QString DumpOf(const World& world) {
+    QString dump;
+    for (const char* const table : changeset::Tables()) {
+        auto rows =
+            world.database.Select({QStringLiteral("SELECT * FROM [%1] ORDER BY 1,2").arg(QLatin1String(table))});
+        EXPECT_TRUE(rows) << qPrintable(rows.Error());
+        while (rows && rows->next()) {
+            dump += QLatin1String(table);
+            for (int i = 0; i < rows->record().count(); ++i)
+                dump += u'|' + rows->value(i).toString();
+            dump += u'\n';
+        }
+    }
+    return dump;
+}
+
+/// Somebody who edits at random, through what the windows edit with.
+class Editor {
+public:
+    explicit Editor(World& world, quint32 seed)
+        : m_world(world)
+        , m_random(seed)
+        , m_services(world.database, {.table = QStringLiteral("Queue"), .order = QStringLiteral("q_Number")},
+                     {{.caption = QStringLiteral("Name"), .field = QStringLiteral("q_Name")},
+                      {.caption = QStringLiteral("Button"), .field = QStringLiteral("q_Button")}})
+        , m_objects(world.database, {.table = QStringLiteral("Display")},
+                    {{.caption = QStringLiteral("Name"), .field = QStringLiteral("d_Name")},
+                     {.caption = QStringLiteral("Address"), .field = QStringLiteral("d_Address")},
+                     {.caption = QStringLiteral("Type"), .field = QStringLiteral("d_Type")}}) {}
+
+    int Roll(int sides) { return static_cast<int>(m_random.bounded(sides)); }
+
+    /// Does something; it may be refused.
+    void Act() {
+        switch (Roll(10)) {
+        case 0:
+        case 1:
+            return Write(m_services);
+        case 2:
+        case 3:
+            return Write(m_objects);
+        case 4:
+            (void)m_links.AddServiceCounter(Roll(8), Roll(20));
+            return;
+        case 5:
+            (void)m_links.RemoveServiceCounters(Roll(8));
+            return;
+        case 6:
+            (void)m_links.SetHub(Roll(20), Roll(3));
+            return;
+        case 7: {
+            std::vector<qint32> plan;
+            for (int i = Roll(12); i > 0; --i)
+                plan.push_back(Roll(20));
+            (void)m_links.BuildPlan(plan);
+            return;
+        }
+        case 8: {
+            std::vector<Statement> directions{{QStringLiteral("DELETE FROM [Info-Direction]")}};
+            for (int i = Roll(12); i > 0; --i)
+                directions.push_back(
+                    {QStringLiteral("INSERT INTO [Info-Direction] (inf_Id,d_Id,Dir_Id) VALUES (?,?,?)"),
+                     {Roll(3), Roll(5), Roll(5)}});
+            (void)m_world.database.Edit(QStringLiteral("directions"), directions);
+            return;
+        }
+        default:
+            if (Roll(20) == 0) {
+                (void)m_world.database.EmptyDatabase();
+                return;
+            }
+            // An act of several parts, the last of which may be refused.
+            (void)m_world.database.Edit(QStringLiteral("several"), [this]() -> Result<> {
+                Act();
+                Act();
+                return Roll(3) == 0 ? Failure{QStringLiteral("No.")} : Result<>();
+            });
+        }
+    }
+
+private:
+    void Write(GridRecords& records) {
+        (void)records.Requery();
+        const int row = Roll(records.rowCount());
+        if (Roll(5) == 0) {
+            (void)records.Remove(row);
+            return;
+        }
+        const int column = Roll(records.columnCount());
+        (void)records.Write(row, column, column == 0 ? u'N' + QString::number(Roll(5)) : QString::number(Roll(300)));
+    }
+
+    World& m_world;
+    QRandomGenerator m_random;
+    GridRecords m_services;
+    GridRecords m_objects;
+    Assignments m_links{m_world.database};
+};
+
+} // namespace
+
+TEST(EditHistory, UndoAndRedoLeaveWhatCopiesWouldLeave) {
+    for (quint32 seed = 1; seed <= 12; ++seed) {
+        World world;
+        world.Sql(QStringLiteral("PRAGMA synchronous = OFF"));
+        Editor editor(world, seed);
+        EditHistory& history = world.database.History();
+        std::vector<QString> before; // of each act that can be undone
+        std::vector<QString> after;  // of each act that can be redone
+        for (int step = 0; step < 200; ++step) {
+            const QString now = DumpOf(world);
+            const int what = editor.Roll(10);
+            if (what < 5) {
+                editor.Act();
+                if (const QString then = DumpOf(world); then != now) {
+                    before.push_back(now);
+                    after.clear();
+                }
+            } else if (what < 8) {
+                const auto undone = history.Undo();
+                ASSERT_EQ(static_cast<bool>(undone), !before.empty()) << seed << ' ' << step;
+                if (undone) {
+                    after.push_back(now);
+                    ASSERT_EQ(DumpOf(world), before.back()) << seed << ' ' << step;
+                    before.pop_back();
+                }
+            } else if (what < 9) {
+                const auto redone = history.Redo();
+                ASSERT_EQ(static_cast<bool>(redone), !after.empty()) << seed << ' ' << step;
+                if (redone) {
+                    before.push_back(now);
+                    ASSERT_EQ(DumpOf(world), after.back()) << seed << ' ' << step;
+                    after.pop_back();
+                }
+            } else if (editor.Roll(2) == 0) {
+                // What can be undone is still there after an end of the program.
+                world.database.OpenDatabase(world.store);
+            } else if (!before.empty()) {
+                const std::vector<EditAct> acts = history.Read(1000).ValueOr({});
+                const EditAct& act = acts[static_cast<std::size_t>(editor.Roll(static_cast<int>(acts.size())))];
+                if (history.GoBack(act.id, QStringLiteral("back"))) {
+                    before.push_back(now);
+                    after.clear();
+                }
+            }
+            ASSERT_EQ(history.NextUndo().has_value(), !before.empty());
+            ASSERT_EQ(history.NextRedo().has_value(), !after.empty());
+        }
+        // The whole way back, in one act.
+        const std::vector<EditAct> acts = history.Read(1000).ValueOr({});
+        ASSERT_FALSE(acts.empty());
+        if (!DumpOf(world).isEmpty()) {
+            ASSERT_TRUE(history.GoBack(acts.back().id, {}));
+        }
+        EXPECT_EQ(DumpOf(world), QString());
+    }
+}
+
+TEST(EditHistory, RefusesAStepOverWhatAnotherProgramHasChanged) {
+    World world;
+    world.Sql(QStringLiteral("INSERT INTO Display (d_Name, d_Address) VALUES ('A', 1), ('B', 2)"));
+    const auto set = [&](const char* statement) {
+        ASSERT_TRUE(world.database.Edit({}, {Statement{QString::fromLatin1(statement)}}));
+    };
+    set("UPDATE Display SET d_Name = 'A1' WHERE d_Id = 1");
+    set("UPDATE Display SET d_Address = d_Address + 10");
+    Sqlite other;
+    ASSERT_TRUE(other.Open(world.store));
+    ASSERT_TRUE(other.Run({QStringLiteral("UPDATE Display SET d_Address = 50 WHERE d_Id = 2")}));
+
+    const auto undone = world.database.History().Undo();
+    ASSERT_FALSE(undone);
+    EXPECT_TRUE(undone.Error().contains(QStringLiteral("table Display (B)"))) << qPrintable(undone.Error());
+    EXPECT_EQ(world.Values(QStringLiteral("SELECT d_Address FROM Display")), u"11,50"_s);
+    // What lies before it is not lost.
+    ASSERT_TRUE(world.database.History().Undo());
+    EXPECT_EQ(world.Values(QStringLiteral("SELECT d_Name FROM Display")), u"A,B"_s);
+}
+
+TEST(EditHistory, TellsWhatAnActHasChangedAndWhatLiesInAnotherStore) {
+    World world;
+    const auto edit = [&](const char* statement) {
+        ASSERT_TRUE(world.database.Edit({}, {Statement{QString::fromLatin1(statement)}})) << statement;
+    };
+    edit("INSERT INTO Display (d_Name, d_Address) VALUES ('A', 1)");
+    const QString copy = world.folder.filePath(QStringLiteral("copy.mdb"));
+    world.Sql(QStringLiteral("VACUUM INTO '%1'").arg(copy));
+    edit("UPDATE Display SET d_Address = 7");
+    edit("DELETE FROM Display");
+
+    EditHistory& history = world.database.History();
+    const std::vector<EditAct> acts = history.Read(10).ValueOr({});
+    ASSERT_EQ(acts.size(), 3U);
+    const std::vector<RowChange> changed = history.Rows(acts[1].id).ValueOr({});
+    ASSERT_EQ(changed.size(), 1U);
+    ASSERT_EQ(changed[0].fields.size(), 1U);
+    EXPECT_EQ(changed[0].fields[0].column, u"d_Address"_s);
+    EXPECT_EQ(changed[0].fields[0].before, 1);
+    EXPECT_EQ(changed[0].fields[0].after, 7);
+    EXPECT_EQ(history.NameOfRow(u"Display", changed[0].key), u"A"_s); // from when it was removed
+
+    const std::vector<RowChange> back = history.CompareWith(copy).ValueOr({});
+    ASSERT_EQ(back.size(), 1U);
+    EXPECT_EQ(back[0].kind, RowChange::Kind::Added);
+    ASSERT_TRUE(history.TakeFrom(copy, QStringLiteral("copy")));
+    EXPECT_EQ(world.Values(QStringLiteral("SELECT d_Address FROM Display")), u"1"_s);
+    ASSERT_TRUE(history.Undo());
+    EXPECT_EQ(world.Values(QStringLiteral("SELECT d_Address FROM Display")), u""_s);
+}
+
+TEST(EditHistory, AStoreOfEarlierDaysGetsKeysForItsDirections) {
+    World world(false);
+    {
+        Sqlite file;
+        ASSERT_TRUE(file.Open(world.store));
+        for (const char* statement :
+             {"DROP TABLE [Info-Direction]", "DROP TABLE IF EXISTS EditAct",
+              "CREATE TABLE [Info-Direction] (inf_Id SMALLINT, Note TEXT, d_Id SMALLINT, dir_id SMALLINT)",
+              "INSERT INTO [Info-Direction] VALUES (9, 'x', 1, 4), (70000, NULL, 2, 5), (9, 'y', 1, 3)"})
+            ASSERT_TRUE(file.Run({QString::fromLatin1(statement)})) << statement;
+    }
+    for (int opened = 0; opened < 2; ++opened) {
+        world.database.OpenDatabase(world.store);
+        EXPECT_EQ(world.Values(QStringLiteral(
+                      "SELECT RowKey||' '||inf_Id||' '||IFNULL(Note,'')||' '||dir_id FROM [Info-Direction]")),
+                  u"1 9 x 4,2 70000  5,3 9 y 3"_s);
+    }
+    ASSERT_TRUE(world.database.Edit({}, {Statement{QStringLiteral("DELETE FROM [Info-Direction]")}}));
+    ASSERT_TRUE(world.database.History().Undo());
+    EXPECT_EQ(world.Values(QStringLiteral("SELECT Note FROM [Info-Direction]")), u"x,null,y"_s);
+    EXPECT_EQ(world.TakeLines(), QStringList());
+}
