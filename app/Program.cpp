@@ -1,6 +1,7 @@
 #include "app/Program.h"
 
 #include "commissioning/frmCommission.h"
+#include "commissioning/frmHistory.h"
 #include "commissioning/frmLineTest.h"
 #include "commissioning/frmRecord.h"
 #include "console/frmBusMonitor.h"
@@ -109,6 +110,7 @@ void Program::MakeMainWindow() {
     connect(window, &frmMain::BusMonitorWanted, this, &Program::ShowBusMonitor);
     connect(window, &frmMain::CommissioningWanted, this, &Program::ShowCommissioning);
     connect(window, &frmMain::RecordWanted, this, &Program::ShowRecord);
+    connect(window, &frmMain::HistoryWanted, this, &Program::ShowHistory);
     connect(window, &frmMain::LineTestWanted, this, &Program::ShowLineTest);
     connect(window, &frmMain::MaintenanceWanted, this,
             [this] { (new frmUtils(*m_station, m_mainWindow.get()))->show(); });
@@ -132,6 +134,7 @@ void Program::MakeSetupWindow() {
             [this] { (new frmHUBCfg(*m_station, m_setupWindow.get()))->show(); });
     connect(m_setupWindow.get(), &frmQueue::TicketDesignWanted, this, [this] { ShowTicketDesigner(*m_setupWindow); });
     connect(m_setupWindow.get(), &frmQueue::CommissioningWanted, this, &Program::ShowCommissioning);
+    connect(m_setupWindow.get(), &frmQueue::HistoryWanted, this, &Program::ShowHistory);
     connect(m_setupWindow.get(), &frmQueue::MainWindowWanted, m_mainWindow.get(), &frmMain::Open);
     connect(m_setupWindow.get(), &frmQueue::Closed, this, [this] { ExitSystem(); });
 }
@@ -185,6 +188,14 @@ void Program::ShowRecord() {
     ToFront(*m_record);
 }
 
+void Program::ShowHistory() {
+    if (!m_history) {
+        m_history = new frmHistory(*m_station);
+        connect(m_history, &frmHistory::RecordWanted, this, &Program::ShowRecord);
+    }
+    ToFront(*m_history);
+}
+
 void Program::ShowLineTest() {
     if (!m_lineTest)
         m_lineTest = new frmLineTest(*m_station);
@@ -198,6 +209,7 @@ QString Program::HelpPage() {
         {QStringLiteral("frmTest"), QStringLiteral("test-console")},
         {QStringLiteral("frmBusMonitor"), QStringLiteral("bus-monitor")},
         {QStringLiteral("frmCommission"), QStringLiteral("commissioning")},
+        {QStringLiteral("frmHistory"), QStringLiteral("history")},
         {QStringLiteral("frmRecord"), QStringLiteral("record")},
         {QStringLiteral("frmLineTest"), QStringLiteral("line-test")},
         {QStringLiteral("frmDesignTicket"), QStringLiteral("printers")},

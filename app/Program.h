@@ -18,6 +18,7 @@ class QWidget;
 class Station;
 class frmBusMonitor;
 class frmCommission;
+class frmHistory;
 class frmLineTest;
 class frmMain;
 class frmQueue;
@@ -64,6 +65,7 @@ private:
     void ShowBusMonitor();
     void ShowCommissioning();
     void ShowRecord();
+    void ShowHistory();
     void ShowLineTest();
     /// @param page of the manual, without its ending.
     void ShowHelp(const QString& page);
@@ -82,6 +84,7 @@ private:
     QPointer<frmTest> m_testWindow;
     QPointer<frmBusMonitor> m_busMonitor;
     QPointer<frmCommission> m_commissioning;
+    QPointer<frmHistory> m_history;
     QPointer<frmRecord> m_record;
     QPointer<frmLineTest> m_lineTest;
     bool m_isExiting = false;

@@ -73,6 +73,11 @@ QVariant ValueOf(sqlite3_value* value) {
     }
 }
 
+/// What the station itself writes while it runs: it is nobody's edit.
+bool IsOwn(const QString& column) {
+    return column.compare(QLatin1String("LastInfo"), Qt::CaseInsensitive) == 0;
+}
+
 /// The row that an iterator stands at. @param columns their names, in the order of the table.
 RowChange RowAt(sqlite3_changeset_iter* rows, const QStringList& columns) {
     const char* table = nullptr;
@@ -98,7 +103,8 @@ RowChange RowAt(sqlite3_changeset_iter* rows, const QStringList& columns) {
         else if (before || after)
             change.fields.push_back({columns.value(i), ValueOf(before), ValueOf(after)});
     }
-    std::erase_if(change.fields, [](const RowChange::Field& field) { return field.before == field.after; });
+    std::erase_if(change.fields,
+                  [](const RowChange::Field& field) { return field.before == field.after || IsOwn(field.column); });
     return change;
 }
 
@@ -119,11 +125,30 @@ int CountOf(const QByteArray& changes) {
 }
 
 struct Applying {
-    std::optional<RowChange> obstacle;
+    const Sqlite& file;
+    std::optional<RowChange> obstacle = {};
 };
 
-int OnConflict(void* context, int, sqlite3_changeset_iter* rows) {
-    static_cast<Applying*>(context)->obstacle = RowAt(rows, {});
+/// A row that is to go is what it was then but for what the station itself has written.
+bool IsSameButOwn(sqlite3_changeset_iter* rows, const QStringList& columns) {
+    for (int i = 0; i < columns.size(); ++i) {
+        sqlite3_value* then = nullptr;
+        sqlite3_value* now = nullptr;
+        if (sqlite3changeset_old(rows, i, &then) != SQLITE_OK || sqlite3changeset_conflict(rows, i, &now) != SQLITE_OK)
+            return false;
+        if (ValueOf(then) != ValueOf(now) && !IsOwn(columns[i]))
+            return false;
+    }
+    return true;
+}
+
+int OnConflict(void* context, int kind, sqlite3_changeset_iter* rows) {
+    auto& applying = *static_cast<Applying*>(context);
+    RowChange row = RowAt(rows, {});
+    if (kind == SQLITE_CHANGESET_DATA && row.kind == RowChange::Kind::Removed &&
+        IsSameButOwn(rows, ColumnsOf(applying.file, row.table)))
+        return SQLITE_CHANGESET_REPLACE;
+    applying.obstacle = std::move(row);
     return SQLITE_CHANGESET_ABORT;
 }
 
@@ -249,7 +274,7 @@ Result<QByteArray> Joined(const std::vector<QByteArray>& all) {
 Result<std::optional<RowChange>> Apply(const Sqlite& file, const QByteArray& changes) {
     const Recorder recorder(file);
     const Unchecked unchecked(file);
-    Applying applying;
+    Applying applying{file};
     const int code = sqlite3changeset_apply(file.Handle(), static_cast<int>(changes.size()),
                                             const_cast<char*>(changes.data()), IsRecorded, OnConflict, &applying);
     if (code == SQLITE_ABORT && applying.obstacle)
@@ -281,7 +306,9 @@ Result<std::vector<RowChange>> Rows(const Sqlite& file, const QByteArray& change
         const auto [known, isNew] = columns.try_emplace(table);
         if (isNew)
             known->second = ColumnsOf(file, table);
-        all.push_back(RowAt(rows->get(), known->second));
+        RowChange change = RowAt(rows->get(), known->second);
+        if (change.kind != RowChange::Kind::Changed || !change.fields.empty())
+            all.push_back(std::move(change));
     }
     if (code != SQLITE_DONE)
         return FaultOf(code);

@@ -35,7 +35,8 @@ struct RowChange {
 /// values before and after, so that it can be taken back.
 ///
 /// Only tables with a primary key are written down, and only those of the description: services, objects, assignments,
-/// scan plan, directions, hubs. Tickets are not.
+/// scan plan, directions, hubs. Tickets are not, and `LastInfo`, which the station itself writes, stands in the way of
+/// nothing and is told to nobody.
 namespace changeset {
 
 /// The tables that are written down.

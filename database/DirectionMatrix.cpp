@@ -55,8 +55,14 @@ void DirectionMatrix::LoadDirectionGrid(const GridRecords& rsDisplay, const mode
         for (const qint16 counterId : m_counterIds)
             row.directions.push_back(installation.DirectionOf(display.id, counterId));
     }
-    m_isChanged = false;
+    ForgetChoices();
     endResetModel();
+}
+
+void DirectionMatrix::ForgetChoices() {
+    m_choices.clear();
+    m_undone = 0;
+    m_isChanged = false;
 }
 
 void DirectionMatrix::Clear() {
@@ -64,7 +70,7 @@ void DirectionMatrix::Clear() {
     m_columns.clear();
     m_counterIds.clear();
     m_rows.clear();
-    m_isChanged = false;
+    ForgetChoices();
     endResetModel();
 }
 
@@ -81,10 +87,10 @@ Result<> DirectionMatrix::UpdateDataDir(Database& database) {
                  {row.displayId, m_counterIds[i], row.directions[i]}});
         }
     }
-    const Result<> done = database.Edit(QStringLiteral("directions"), statements);
+    const Result<> done = database.Edit({}, statements);
     if (!done)
         return Failure{schema::ReadableError(done.Error())};
-    m_isChanged = false;
+    ForgetChoices();
     return {};
 }
 
@@ -106,11 +112,32 @@ QString DirectionMatrix::CellText(int row, int column) const {
 Result<> DirectionMatrix::Write(int row, int column, const QString& text) {
     if (!flags(index(row, column)).testFlag(Qt::ItemIsEditable) || text == CellText(row, column))
         return Result<>();
-    m_rows[static_cast<std::size_t>(row)].directions[static_cast<std::size_t>(column - 1)] = text.toShort();
-    m_isChanged = true;
+    m_choices.resize(m_choices.size() - m_undone);
+    m_undone = 0;
+    m_choices.push_back({row, column, CellText(row, column).toShort(), text.toShort()});
+    Set(row, column, text.toShort());
+    return Result<>();
+}
+
+void DirectionMatrix::Set(int row, int column, qint16 direction) {
+    m_rows[static_cast<std::size_t>(row)].directions[static_cast<std::size_t>(column - 1)] = direction;
+    m_isChanged = CanUndo();
     Q_EMIT dataChanged(index(row, column), index(row, column));
     Q_EMIT RecordsChanged();
-    return Result<>();
+}
+
+void DirectionMatrix::Undo() {
+    if (!CanUndo())
+        return;
+    const Choice& choice = m_choices[m_choices.size() - ++m_undone];
+    Set(choice.row, choice.column, choice.before);
+}
+
+void DirectionMatrix::Redo() {
+    if (!CanRedo())
+        return;
+    const Choice& choice = m_choices[m_choices.size() - m_undone--];
+    Set(choice.row, choice.column, choice.after);
 }
 
 Qt::ItemFlags DirectionMatrix::flags(const QModelIndex& index) const {

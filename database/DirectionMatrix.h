@@ -33,6 +33,12 @@ public:
     /// A choice is not stored yet.
     bool IsChanged() const { return m_isChanged; }
 
+    /// Takes the last choice back that is not stored yet, makes the last one again that was taken back.
+    bool CanUndo() const { return m_undone < m_choices.size(); }
+    bool CanRedo() const { return m_undone > 0; }
+    void Undo();
+    void Redo();
+
     const std::vector<GridColumn>& Columns() const override { return m_columns; }
     bool IsNewRow(int) const override { return false; }
     QVariant Key(int row) const override;
@@ -50,8 +56,20 @@ private:
         std::vector<qint16> directions; ///< by counter
     };
 
+    struct Choice {
+        int row;
+        int column;
+        qint16 before;
+        qint16 after;
+    };
+
+    void Set(int row, int column, qint16 direction);
+    void ForgetChoices();
+
     std::vector<GridColumn> m_columns;
     std::vector<qint16> m_counterIds; ///< of the columns behind the first one
     std::vector<Row> m_rows;
+    std::vector<Choice> m_choices; ///< since the directions were read or stored
+    std::size_t m_undone = 0;      ///< of the last ones
     bool m_isChanged = false;
 };

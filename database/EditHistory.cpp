@@ -213,19 +213,27 @@ Result<EditHistory::Step> EditHistory::Redo() {
     return Back(m_redo, EditAct::Kind::Redo);
 }
 
-Result<EditHistory::Step> EditHistory::GoBack(qint64 id, const QString& name) {
-    auto rows = m_file.Select({QStringLiteral("SELECT Changes FROM EditAct WHERE ID>=? ORDER BY ID DESC"), {id}});
+Result<QByteArray> EditHistory::ChangesSince(qint64 id) const {
+    auto rows = m_file.Select({QStringLiteral("SELECT Changes FROM EditAct WHERE ID>=? ORDER BY ID"), {id}});
     if (!rows)
         return Failure{rows.Error()};
     std::vector<QByteArray> all;
-    while (rows->next()) {
-        Result<QByteArray> inverted = changeset::Inverted(Unpacked(rows->value(0).toByteArray()));
-        if (!inverted)
-            return Failure{inverted.Error()};
-        all.push_back(std::move(*inverted));
-    }
-    rows->finish();
-    const Result<QByteArray> joined = changeset::Joined(all);
+    while (rows->next())
+        all.push_back(Unpacked(rows->value(0).toByteArray()));
+    return changeset::Joined(all);
+}
+
+Result<std::vector<RowChange>> EditHistory::RowsSince(qint64 id) const {
+    const Result<QByteArray> changes = ChangesSince(id);
+    if (!changes)
+        return Failure{changes.Error()};
+    return changeset::Rows(m_file, *changes);
+}
+
+Result<EditHistory::Step> EditHistory::GoBack(qint64 id, const QString& name) {
+    Result<QByteArray> joined = ChangesSince(id);
+    if (joined)
+        joined = changeset::Inverted(*joined);
     if (!joined)
         return Failure{joined.Error()};
     if (joined->isEmpty())

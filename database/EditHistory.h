@@ -85,6 +85,9 @@ public:
     /// What an act has changed.
     Result<std::vector<RowChange>> Rows(qint64 id) const;
 
+    /// What that act and all later ones have changed together.
+    Result<std::vector<RowChange>> RowsSince(qint64 id) const;
+
     /// The name of a service or an object, VNI: the one it has now or, if it is gone, the one it had last; empty if
     /// nobody knows. @param table "Queue" or "Display".
     QString NameOfRow(QStringView table, qint64 key) const;
@@ -98,6 +101,7 @@ public:
 private:
     Result<> Write(EditAct act, const QByteArray& changes);
     Result<QByteArray> ChangesOf(qint64 id) const;
+    Result<QByteArray> ChangesSince(qint64 id) const;
     Result<Step> Take(EditAct act, const QByteArray& changes);
     Result<Step> Back(std::vector<EditAct>& from, EditAct::Kind kind);
     void Note(const EditAct& act);

@@ -182,6 +182,7 @@ void frmMain::InitMenus() {
     connect(m_ui->mnTicketForm, &QAction::triggered, this, &frmMain::TicketDesignWanted);
     connect(m_ui->mnBusMonitor, &QAction::triggered, this, &frmMain::BusMonitorWanted);
     connect(m_ui->mnCommission, &QAction::triggered, this, &frmMain::CommissioningWanted);
+    connect(m_ui->mnHistory, &QAction::triggered, this, &frmMain::HistoryWanted);
     connect(m_ui->mnRecord, &QAction::triggered, this, &frmMain::RecordWanted);
     connect(m_ui->mnLineTest, &QAction::triggered, this, &frmMain::LineTestWanted);
     connect(m_ui->mnDBmaintenance, &QAction::triggered, this, &frmMain::MaintenanceWanted);

@@ -56,6 +56,8 @@ Q_SIGNALS:
     void BusMonitorWanted();
     void CommissioningWanted();
     void RecordWanted();
+    /// The user wants to see what happened to the installation.
+    void HistoryWanted();
     void LineTestWanted();
     void MaintenanceWanted();
     void OptionsWanted();

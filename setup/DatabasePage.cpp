@@ -18,6 +18,7 @@ constexpr int ObjectAddress = 2; ///< in TDBGridDisplay
 constexpr int ObjectType = 3;    ///< in TDBGridDisplay
 constexpr int ObjectId = 6;      ///< in TDBGridDisplay
 constexpr int PairId = 0;        ///< in TDBGridQD
+constexpr int PairService = 1;   ///< in TDBGridQD
 constexpr int PairCounter = 2;   ///< in TDBGridQD
 constexpr int PairServiceId = 4; ///< in TDBGridQD
 
@@ -26,6 +27,14 @@ std::optional<qint32> NumberIn(const DataGrid& grid, int column) {
     bool isNumber = false;
     const qint32 number = grid.CurrentText(column).toInt(&isNumber);
     return isNumber ? std::optional(number) : std::nullopt;
+}
+
+QCoro::Task<Outcome> AskAndEmpty(Station& station) {
+    const QString question = QStringLiteral("Are you sure You want to delete all database?");
+    const bool yes = co_await station.dialogs.AskYesNo(BoxKind::Critical, question);
+    if (!yes)
+        co_return Outcome::Cancelled();
+    co_return co_await station.EmptyStore();
 }
 
 } // namespace
@@ -80,17 +89,13 @@ void DatabasePage::Refresh() {
 }
 
 void DatabasePage::Empty() {
-    const auto empty = [this]() -> Result<> {
-        if (!TheStation().Store().IsOpen())
-            return Failure{QStringLiteral("Can't open Queue database!")};
-        Result<> emptied = TheStation().Store().EmptyDatabase();
-        if (emptied)
-            Records().directions.Clear();
-        return emptied;
-    };
-    AskAndDo(BoxKind::Critical, QStringLiteral("Are you sure You want to delete all database?"), empty, [this] {
-        Records().UpdateAll();
-        Records().Requery(Records().rsQueue);
+    ShowOutcome(TheStation().dialogs, AskAndEmpty(TheStation())).then([page = QPointer(this)](const Outcome& outcome) {
+        if (!page)
+            return;
+        if (outcome.IsDone())
+            page->Records().directions.Clear();
+        page->Records().UpdateAll();
+        page->Records().Requery(page->Records().rsQueue);
     });
 }
 
@@ -146,7 +151,7 @@ void DatabasePage::AddServiceCounter() {
             TheStation().NoteStoreChanged();
         return added;
     };
-    Do(add, [this] { LoadQueueDisplay(); });
+    Do({}, add, [this] { LoadQueueDisplay(); });
 }
 
 void DatabasePage::RemoveServiceCounter() {
@@ -157,7 +162,7 @@ void DatabasePage::RemoveServiceCounter() {
         BoxKind::Plain,
         QStringLiteral("Are you sure to remove counter '%1' from List ?")
             .arg(m_ui->TDBGridQD->CurrentReadable(PairCounter)),
-        [this, id] { return Records().assignments.RemoveServiceCounter(id.toInt()); },
+        {}, [this, id] { return Records().assignments.RemoveServiceCounter(id.toInt()); },
         [this] { Records().Requery(Records().rsQueueDisplay); });
 }
 
@@ -167,6 +172,7 @@ void DatabasePage::RemoveServiceCounters() {
         return;
     AskAndDo(
         BoxKind::Plain, QStringLiteral("Are you sure to remove all counter from List ?"),
+        tr("remove all counters of %1").arg(m_ui->TDBGridQD->CurrentReadable(PairService)),
         [this, serviceId] { return Records().assignments.RemoveServiceCounters(serviceId); },
         [this] { Records().Requery(Records().rsQueueDisplay); });
 }

@@ -62,11 +62,12 @@ void HubPage::AddHubCounter() {
     const qint32 hubId = m_ui->TDBGridHUB->CurrentNumber(HubId);
     if (id < 1 || hubId < 1)
         return;
-    Do([=, this] { return Records().assignments.SetHub(id, hubId); },
-       [this] {
-           Records().Requery(Records().rsFreeCounters);
-           LoadHubCounters();
-       });
+    Do(
+        {}, [=, this] { return Records().assignments.SetHub(id, hubId); },
+        [this] {
+            Records().Requery(Records().rsFreeCounters);
+            LoadHubCounters();
+        });
 }
 
 void HubPage::RemoveCounter() {
@@ -75,7 +76,7 @@ void HubPage::RemoveCounter() {
         return;
     const QString name = m_ui->TDBGridHubCounters->CurrentReadable(MemberName);
     AskAndDo(
-        BoxKind::Plain, QStringLiteral("Are you sure to remove counter '%1' from List ?").arg(name),
+        BoxKind::Plain, QStringLiteral("Are you sure to remove counter '%1' from List ?").arg(name), {},
         [=, this] { return Records().assignments.SetHub(id, 0); },
         [this] {
             Records().Requery(Records().rsHubCounters);
@@ -89,6 +90,7 @@ void HubPage::RemoveAll() {
         return;
     AskAndDo(
         BoxKind::Plain, QStringLiteral("Are you sure to remove all counter from List ?"),
+        tr("remove all counters of %1").arg(m_ui->lblHub->text()),
         [=, this] { return Records().assignments.ClearHub(hubId); },
         [this] {
             Records().Requery(Records().rsHubCounters);

@@ -39,22 +39,24 @@ void ScanPlanPage::Add() {
         return;
     const QString number = m_ui->TDBGridDisplayList->CurrentText(ListNumber);
     const QVariant order = number.isEmpty() ? QVariant() : QVariant(number);
-    Do([=, this] { return Records().assignments.AddToPlan(id, order); }, [this] { Records().RequeryPlan(); });
+    Do(
+        {}, [=, this] { return Records().assignments.AddToPlan(id, order); }, [this] { Records().RequeryPlan(); });
 }
 
 void ScanPlanPage::Remove() {
     const qint32 id = m_ui->TDBGridPlan->CurrentNumber(EntryId);
     if (id == 0)
         return;
-    Do([=, this] { return Records().assignments.RemoveFromPlan(id); }, [this] { Records().RequeryPlan(); });
+    Do(
+        {}, [=, this] { return Records().assignments.RemoveFromPlan(id); }, [this] { Records().RequeryPlan(); });
 }
 
 void ScanPlanPage::Clear() {
     const auto clear = [this] {
         return TheStation().Store().IsOpen() ? Records().assignments.ClearPlan() : Result<>();
     };
-    AskAndDo(BoxKind::Exclamation, QStringLiteral("Are you sure you want to delete all scan list?"), clear,
-             [this] { Records().RequeryPlan(); });
+    AskAndDo(BoxKind::Exclamation, QStringLiteral("Are you sure you want to delete all scan list?"),
+             tr("clear the scan plan"), clear, [this] { Records().RequeryPlan(); });
 }
 
 void ScanPlanPage::BuildAuto() {
@@ -66,6 +68,6 @@ void ScanPlanPage::BuildAuto() {
             ids.push_back(Records().rsDisplayList.Key(row).toInt());
         return Records().assignments.BuildPlan(ids);
     };
-    AskAndDo(BoxKind::Exclamation, QStringLiteral("This will delete all scan list. Do you want to continue?"), build,
-             [this] { Records().RequeryPlan(); });
+    AskAndDo(BoxKind::Exclamation, QStringLiteral("This will delete all scan list. Do you want to continue?"),
+             tr("build the scan plan"), build, [this] { Records().RequeryPlan(); });
 }

@@ -30,8 +30,9 @@ void SetupPage::OnClick(QPushButton* button, const std::function<void()>& action
     });
 }
 
-void SetupPage::Do(const Change& change, const Show& show) {
-    const Result<> done = change();
+void SetupPage::Do(const QString& act, const Change& change, const Show& show) {
+    Database& store = m_station->Store();
+    const Result<> done = store.IsOpen() ? store.Edit(act, change) : change();
     show();
     m_records->NoteChange();
     if (!done)
@@ -48,9 +49,10 @@ void SetupPage::RefreshModel(const Show& show) {
         });
 }
 
-void SetupPage::AskAndDo(BoxKind kind, const QString& question, const Change& change, const Show& show) {
-    AskWith(m_station->dialogs, kind, question).then([page = QPointer(this), change, show](bool yes) {
+void SetupPage::AskAndDo(BoxKind kind, const QString& question, const QString& act, const Change& change,
+                         const Show& show) {
+    AskWith(m_station->dialogs, kind, question).then([page = QPointer(this), act, change, show](bool yes) {
         if (yes && page)
-            page->Do(change, show);
+            page->Do(act, change, show);
     });
 }

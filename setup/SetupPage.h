@@ -38,9 +38,10 @@ protected:
     void OnClick(QPushButton* button, const std::function<void()>& action);
 
     /// Changes the store, shows what came of it, and tells in a box what the store refused.
-    void Do(const Change& change, const Show& show);
+    /// @param act what it is called where it can be undone; empty where the changed row says it.
+    void Do(const QString& act, const Change& change, const Show& show);
     /// The same once the user has answered a question with Yes.
-    void AskAndDo(BoxKind kind, const QString& question, const Change& change, const Show& show);
+    void AskAndDo(BoxKind kind, const QString& question, const QString& act, const Change& change, const Show& show);
     /// Refreshes the model, tells in a box what stood in the way, and shows what the store holds now.
     void RefreshModel(const Show& show);
 

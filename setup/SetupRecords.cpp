@@ -166,6 +166,14 @@ SetupRecords::SetupRecords(Station& station)
         RequeryHubs();
     });
     connect(&rsQueueDisplay, &GridModel::RecordsChanged, this, &SetupRecords::NoteChange);
+    connect(&m_station, &Station::RowsChanged, this, [this] {
+        Requery(rsQueue);
+        UpdateAll();
+        if (rsDisplay.RecordCount() == 0)
+            directions.Clear();
+        else if (!directions.IsChanged())
+            LoadDirectionGrid();
+    });
 }
 
 void SetupRecords::Load() {

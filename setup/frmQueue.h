@@ -49,6 +49,8 @@ Q_SIGNALS:
     void HubOptionWanted();
     /// The user wants to bring the hall into step.
     void CommissioningWanted();
+    /// The user wants to see what happened to the installation.
+    void HistoryWanted();
     /// The user wants to see the main window.
     void MainWindowWanted();
     /// The user wants to design a ticket form for the family of printers that is chosen now.
@@ -66,6 +68,13 @@ private:
     void Run(Operation operation);
     std::vector<SetupPage*> Pages() const;
     void SetUpTicketMenus();
+    void SetUpEditMenu();
+    /// Names what would be undone and redone.
+    void ShowSteps();
+    void Undo();
+    void Redo();
+    /// Goes to what a step back or forth has changed.
+    void GoToRow(const QString& table, qint64 key, const QString& field);
     void SetUpGrids();
     void SetUpTabKeys();
     void SetUpStatusBar();

@@ -5,11 +5,12 @@
 #include <QRegularExpression>
 #include <QScopeGuard>
 
-DataMaintenance::DataMaintenance(Database& database, Clock& clock, Dialogs& dialogs, Runner alone)
+DataMaintenance::DataMaintenance(Database& database, Clock& clock, Dialogs& dialogs, Runner alone, Copier copy)
     : m_clock(clock)
     , m_dialogs(dialogs)
     , m_archive(database, clock)
-    , m_alone(std::move(alone)) {}
+    , m_alone(std::move(alone))
+    , m_copy(std::move(copy)) {}
 
 QDate DataMaintenance::ReadDay(const QString& text) {
     static const QRegularExpression form(
@@ -40,6 +41,9 @@ QCoro::Task<Outcome> DataMaintenance::Run(Deleting deleting) {
         m_isRunning = false;
         Q_EMIT Progress(0, 0);
     });
+    const bool goesOn = co_await m_copy();
+    if (!goesOn)
+        co_return Outcome::Cancelled();
     const Result<> deleted = co_await deleting();
     if (!deleted)
         co_return Outcome::Failed(QStringLiteral("Nothing was deleted: %1").arg(deleted.Error()));

@@ -14,8 +14,11 @@ public:
     /// Does work that must not run beside another of its kind, or refuses it.
     using Runner = std::function<QCoro::Task<Outcome>(const Work&)>;
 
+    /// Copies the store before a delete. @return false if the user wants no delete without it.
+    using Copier = std::function<QCoro::Task<bool>()>;
+
     /// The references must outlive this. @param alone runs each delete.
-    DataMaintenance(Database& database, Clock& clock, Dialogs& dialogs, Runner alone);
+    DataMaintenance(Database& database, Clock& clock, Dialogs& dialogs, Runner alone, Copier copy);
 
     /// Deletes up to and including a year, after asking. @param year four digits; anything else is refused.
     QCoro::Task<Outcome> DeleteFromYear(QString year);
@@ -47,5 +50,6 @@ private:
     Dialogs& m_dialogs;
     TicketArchive m_archive;
     Runner m_alone;
+    Copier m_copy;
     bool m_isRunning = false;
 };

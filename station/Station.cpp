@@ -41,7 +41,9 @@ Station::Station(const ProgramFolders& folders, const Machine& machine)
     , line(control, ini, dialogs, clock)
     , bus(control, clock, log)
     , database(ProgramFolder, ini, log, clock)
+    , copies(database, clock)
     , record(database, log)
+    , history(database.History(), record, copies)
     , watch(bus, *installation, record, clock)
     , trace(bus, clock)
     , statistics(bus, clock)
@@ -65,11 +67,14 @@ Station::Station(const ProgramFolders& folders, const Machine& machine)
     , inquiry(bus, router, *installation, clock)
     , lineTest(inquiry, *installation)
     , scan(inquiry, *installation)
-    , maintenance(database, clock, dialogs, [this](const Work& work) { return Alone(work, Stop::Never); })
+    , maintenance(
+          database, clock, dialogs, [this](const Work& work) { return Alone(work, Stop::Never); },
+          [this] { return CopyStore(QStringLiteral("deleting tickets")); })
     , console(bus, *installation, options, clock, dialogs)
     , m_user(machine.user) {
     hubs.OnDevice = clocks.OnDevice = [this](const QString& name) { return BeginDevice(name); };
     JoinRecord();
+    JoinHistory();
     const PrinterTransfer* const transfers[] = {&printers, &forms.transfer, &forms.fonts};
     for (const PrinterTransfer* transfer : transfers)
         connect(transfer, &PrinterTransfer::Progress, this, &Station::ShowTransfer);

@@ -8,6 +8,7 @@
 #include "database/JetTakeover.h"
 #include "database/Loaders.h"
 #include "database/Reload.h"
+#include "database/StoreCopies.h"
 #include "database/TicketRecords.h"
 #include "hubs/DeviceClocks.h"
 #include "hubs/DeviceStart.h"
@@ -35,6 +36,7 @@
 #include "station/LoadWatch.h"
 #include "station/ProgramFolders.h"
 #include "station/RunControl.h"
+#include "station/SiteHistory.h"
 #include "station/TestConsole.h"
 
 #include <QObject>
@@ -99,6 +101,12 @@ public:
     /// What the last commissioning has made of each device.
     const Commissioning& LastCommissioning() const { return commissioning; }
 
+    /// What happened to the installation: edits, loads, copies of the store.
+    const SiteHistory& History() const { return history; }
+    /// The act that `UndoEdit`, `RedoEdit` take next, in words; empty if there is none.
+    QString NextUndo() const;
+    QString NextRedo() const;
+
     EventLog& Log() { return log; }
     /// The frames of the line; its reader may empty it.
     BusTrace& Trace() { return trace; }
@@ -150,6 +158,22 @@ public:
 
     /// Stores a matrix of directions and loads it into the model.
     Outcome StoreDirections(DirectionMatrix& directions);
+
+    /// Takes the last edit of the store back, does the last one again that was taken back; see `EditHistory`. The model
+    /// follows like after an edit, directions at once. Emits `RowsChanged`.
+    Outcome UndoEdit();
+    Outcome RedoEdit();
+
+    /// Makes the description what it was before an edit, or what a copy of the store holds, as one act that can be
+    /// undone. The store is copied first; where it cannot be, the user is asked.
+    QCoro::Task<Outcome> GoBackTo(SiteEvent event);
+
+    /// Deletes all rows, see `Database::EmptyDatabase`; the store is copied first like there. The model is not touched.
+    QCoro::Task<Outcome> EmptyStore();
+
+    /// Copies the store before something that cannot be undone. @param before what is about to be done, see
+    /// `StoreCopies`. @return false if it cannot be copied and the user does not want to go on without.
+    QCoro::Task<bool> CopyStore(QString before);
 
     /// The store is ahead of the model: `RefreshIfChanged` will read it.
     void NoteStoreChanged();
@@ -269,6 +293,11 @@ Q_SIGNALS:
     void ModelChanged();
     /// What `Hall` tells may have changed.
     void HallChanged();
+    /// There is something else to undo or to redo, or in the history.
+    void EditsChanged();
+    /// Rows of the store were changed by other means than the grids. The arguments name one of them: its table, key and
+    /// a column; the table is empty if none is there any more.
+    void RowsChanged(const QString& table, qint64 key, const QString& field);
     /// Comes exactly when `IsBusy` changes.
     void BusyChanged(bool busy);
     /// What the running operation is at, for the status bar; an empty text when it has ended.
@@ -286,7 +315,9 @@ protected:
     CommLine line;
     Bus bus;
     Database database;
+    StoreCopies copies;
     LoadRecord record;
+    SiteHistory history;
     LoadWatch watch; ///< before those that measure: it writes to the store before a frame goes out
     BusTrace trace;
     LineStatistics statistics;
@@ -342,6 +373,9 @@ private:
     QCoro::Task<Outcome> LoadPrinters();
     PrinterTables::CounterList CounterList();
     void JoinRecord();
+    void JoinHistory();
+    Result<> UsableStore() const;
+    Outcome Stepped(const Result<EditHistory::Step>& step);
     QString SourceOf(const LoadEntry& entry) const;
     void ShowTransfer(const QString& printer, const QString& phase, int done, int total);
 

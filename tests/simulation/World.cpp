@@ -169,6 +169,7 @@ void World::MakeStore() {
             Break(QStringLiteral("the hall cannot be made: %1: %2").arg(statement, QString::fromUtf8(error)));
     }
     sqlite3_exec(store, "COMMIT", nullptr, nullptr, nullptr);
+    QFile::copy(m_store, m_first.filePath(QStringLiteral("first.mdb")));
     sqlite3_backup* const copy = sqlite3_backup_init(m_shadow, "main", store, "main");
     sqlite3_backup_step(copy, -1);
     sqlite3_backup_finish(copy);

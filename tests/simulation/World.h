@@ -77,6 +77,9 @@ private:
     struct Edited;
     Edited ThrowEdit(Dice& dice) const;
     void Edit(Dice& dice);
+    void StepBack(Dice& dice);
+    void FollowStore();
+    void CheckHistory();
     void ChangeOptions(Dice& dice);
     TicketDocument Form(Dice& dice) const;
     void WriteForm(Dice& dice);
@@ -105,6 +108,7 @@ private:
     Report m_report;
     Dice m_dice;
     QTemporaryDir m_folder;
+    QTemporaryDir m_first; ///< holds first.mdb, the store as it was made
     QString m_store;
     Timeline m_timeline;
     Hall m_hall;
@@ -114,9 +118,12 @@ private:
     std::unique_ptr<SimulatedUser> m_user;
     std::unique_ptr<OpenStation> m_station;
     std::list<Running> m_running;
-    sqlite3* m_other = nullptr;      ///< another program that holds the store
-    sqlite3* m_shadow = nullptr;     ///< what the store has to hold
-    std::set<QByteArray> m_possible; ///< digests that the store may have
+    sqlite3* m_other = nullptr;       ///< another program that holds the store
+    sqlite3* m_shadow = nullptr;      ///< what the store has to hold
+    std::set<QByteArray> m_possible;  ///< digests that the store may have
+    std::vector<QByteArray> m_done;   ///< digests from before the acts that can be undone
+    std::vector<QByteArray> m_undone; ///< digests from before the steps back that can be redone
+    bool m_isAnyPossible = false;     ///< nobody can say what the store holds after the crash
     int m_ticketsBefore = 0;
     std::set<int> m_possibleTickets;
     std::map<QString, std::set<QString>> m_possibleSettings; ///< by "section/key"

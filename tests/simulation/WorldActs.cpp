@@ -1,7 +1,5 @@
 // What the user and fate do to a world.
 
-#include "database/Assignments.h"
-#include "database/GridRecords.h"
 #include "simulator/FaultyDisk.h"
 #include "tests/simulation/World.h"
 
@@ -37,7 +35,7 @@ void World::Do(int act) {
     FaultyDisk& disk = FaultyDisk::Instance();
     const auto alone = [this](const char* name, const Work& work) { Begin(QString::fromLatin1(name), true, work); };
     const auto beside = [this](const char* name, const Work& work) { Begin(QString::fromLatin1(name), false, work); };
-    switch (dice.Roll(52)) {
+    switch (dice.Roll(55)) {
     case 0:
     case 1:
     case 2:
@@ -210,6 +208,10 @@ void World::Do(int act) {
         return alone(behindHubs ? "ScanBehindHubs" : "ScanAddresses",
                      [behindHubs](Station& station) { return station.ScanAddresses(behindHubs); });
     }
+    case 51:
+    case 52:
+    case 53:
+        return StepBack(dice);
     default:
         if (Happens(QStringLiteral("end"))) {
             EndStation();
@@ -234,87 +236,6 @@ void World::Commission(Dice& dice) {
     }
     Begin(QStringLiteral("CommissionSelected"), true,
           [chosen](Station& station) { return station.CommissionHall(Commissioning::What::Selected, chosen); });
-}
-
-/// What a user edits: what the store holds afterwards, and the operation that the windows use for it.
-struct World::Edited {
-    QStringList statements;
-    std::function<Result<>(Database&)> operation;
-};
-
-World::Edited World::ThrowEdit(Dice& dice) const {
-    const int service = 1 + dice.Roll(m_hall.services);
-    const int object = 1 + dice.Roll(m_hall.objects);
-    const auto cell = [service](const char* field, const QString& text) {
-        return [service, text, column = QString::fromLatin1(field)](Database& database) -> Result<> {
-            GridRecords records(database, {.table = QStringLiteral("Queue")}, {{.caption = {}, .field = column}});
-            if (const Result<> read = records.Requery(); !read)
-                return read;
-            return records.Write(service - 1, 0, text);
-        };
-    };
-    switch (dice.Roll(6)) {
-    case 0: {
-        const QString name = QStringLiteral("Dòch vuï %1").arg(dice.Roll(1000));
-        return {{QStringLiteral("UPDATE Queue SET q_Name='%1' WHERE q_Id=%2").arg(name).arg(service)},
-                cell("q_Name", name)};
-    }
-    case 1: {
-        const int button = dice.Roll(256);
-        return {{QStringLiteral("UPDATE Queue SET q_Button=%1 WHERE q_Id=%2").arg(button).arg(service)},
-                cell("q_Button", QString::number(button))};
-    }
-    case 2:
-        return {{QStringLiteral("DELETE FROM [Queue-Display] WHERE q_Id=%1").arg(service)},
-                [service](Database& database) { return Assignments(database).RemoveServiceCounters(service); }};
-    case 3:
-        return {{QStringLiteral("INSERT INTO [Queue-Display] (q_Id,d_Id) VALUES (%1,%2)").arg(service).arg(object)},
-                [=](Database& database) { return Assignments(database).AddServiceCounter(service, object); }};
-    case 4: {
-        std::vector<qint32> order;
-        QStringList statements{QStringLiteral("DELETE FROM ScanPlan")};
-        for (int i = 1; i <= m_hall.objects; ++i) {
-            order.push_back(1 + (i + object) % m_hall.objects);
-            statements += QStringLiteral("INSERT INTO ScanPlan (d_Id,[Order]) VALUES (%1,%2)").arg(order.back()).arg(i);
-        }
-        return {statements, [order](Database& database) { return Assignments(database).BuildPlan(order); }};
-    }
-    default: {
-        const QString statement = QStringLiteral("UPDATE Queue SET q_On=1-q_On WHERE q_Id=%1").arg(service);
-        return {{statement}, [statement](Database& database) { return database.Run({statement}); }};
-    }
-    }
-}
-
-void World::Edit(Dice& dice) {
-    const FaultyDisk& disk = FaultyDisk::Instance();
-    const auto [statements, operation] = ThrowEdit(dice);
-    Trace(QStringLiteral("edit ") + statements.join(u';'));
-    ++m_edits;
-    const bool isHindered =
-        disk.IsFaulty() || m_other || !m_station->database.IsOpen() || m_station->Maintenance().IsRunning();
-    const Result<> done = operation(m_station->database);
-    if (!done && !isHindered)
-        Break(QStringLiteral("nothing stands in the way of an edit, and yet: ") + done.Error());
-    Trace(done ? QStringLiteral("edited") : QStringLiteral("not edited: ") + done.Error());
-    const bool wasAlive = !disk.IsDead();
-    sqlite3_exec(m_shadow, "SAVEPOINT edit", nullptr, nullptr, nullptr);
-    for (const QString& statement : statements)
-        sqlite3_exec(m_shadow, statement.toUtf8().constData(), nullptr, nullptr, nullptr);
-    const QByteArray after = Digest(m_shadow);
-    m_states.insert(after);
-    if (done && wasAlive) {
-        m_possible = {after};
-        sqlite3_exec(m_shadow, "RELEASE edit", nullptr, nullptr, nullptr);
-        m_station->NoteStoreChanged();
-        return;
-    }
-    m_possible.insert(after);
-    // Which of both it is is seen in the store itself, unless the machine is dead.
-    const bool isDone = wasAlive && StoredDigest() == after;
-    sqlite3_exec(m_shadow, isDone ? "RELEASE edit" : "ROLLBACK TO edit; RELEASE edit", nullptr, nullptr, nullptr);
-    if (wasAlive)
-        m_possible = {Digest(m_shadow)};
 }
 
 void World::ChangeOptions(Dice& dice) {

@@ -238,12 +238,14 @@ void World::CheckDisk(bool wasCrash) {
         const QString name = path.section(u'/', -1);
         if (whole != "ok")
             Break(QStringLiteral("%1 is damaged: %2").arg(name, QString::fromUtf8(whole)));
-        else if (!possible.contains(digest))
+        else if (!possible.contains(digest) && !m_isAnyPossible)
             Break(QStringLiteral("%1 is neither the old nor the new one").arg(name));
     };
     // The other program that held the store is gone too.
     if (wasCrash || m_possible.size() == 1)
         check(m_store, m_possible);
+    if (!m_other)
+        CheckHistory();
     const QDir folder(m_folder.path());
     const bool isWell = !m_hasCrashed && !Happens(QStringLiteral("full")) && !Happens(QStringLiteral("flush")) &&
                         !Happens(QStringLiteral("busy"));
@@ -281,13 +283,9 @@ void World::CheckDisk(bool wasCrash) {
         Break(QStringLiteral("the program left an unfinished file behind"));
     if (wasCrash) {
         // What the store holds now is what it has to hold from now on.
-        const QByteArray found = StoredDigest();
-        m_possible = {found};
-        sqlite3* store = nullptr;
-        sqlite3_open(m_store.toUtf8().constData(), &store);
-        sqlite3_backup* const copy = sqlite3_backup_init(m_shadow, "main", store, "main");
-        sqlite3_backup_step(copy, -1);
-        sqlite3_backup_finish(copy);
-        sqlite3_close(store);
+        FollowStore();
+        m_isAnyPossible = false;
+        m_done.clear();
+        m_undone.clear();
     }
 }

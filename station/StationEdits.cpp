@@ -1,0 +1,93 @@
+// Edits of the description: undone, redone, taken back as a whole.
+
+#include "station/EditWords.h"
+#include "station/Station.h"
+
+void Station::JoinHistory() {
+    database.History().SetUser(m_user);
+    database.History().OnChanged = [this] { Q_EMIT EditsChanged(); };
+}
+
+QString Station::NextUndo() const {
+    const std::optional<EditAct> act = database.History().NextUndo();
+    return act ? editwords::Title(database.History(), *act) : QString();
+}
+
+QString Station::NextRedo() const {
+    const std::optional<EditAct> act = database.History().NextRedo();
+    return act ? editwords::Title(database.History(), *act) : QString();
+}
+
+Outcome Station::Stepped(const Result<EditHistory::Step>& step) {
+    if (!step)
+        return Outcome::Failed(step.Error());
+    const bool hasDirections = std::any_of(step->rows.begin(), step->rows.end(), [](const RowChange& row) {
+        return row.table.compare(QStringLiteral("Info-Direction"), Qt::CaseInsensitive) == 0;
+    });
+    // As when they are stored: the matrix shows the model.
+    if (hasDirections) {
+        if (const Result<> loaded = reload.ReloadDirections(); !loaded)
+            log.WriteLog(loaded.Error(), EventLog::Error);
+    }
+    NoteStoreChanged();
+    const auto there = std::find_if(step->rows.begin(), step->rows.end(),
+                                    [](const RowChange& row) { return row.kind != RowChange::Kind::Removed; });
+    const RowChange shown = there != step->rows.end() ? *there : step->rows.empty() ? RowChange() : step->rows.front();
+    Q_EMIT RowsChanged(shown.table, shown.key, shown.fields.empty() ? QString() : shown.fields.front().column);
+    return Outcome::Done();
+}
+
+Result<> Station::UsableStore() const {
+    if (!database.IsOpen())
+        return Failure{QStringLiteral("Can't open Queue database!")};
+    return database.CheckPlace();
+}
+
+Outcome Station::UndoEdit() {
+    const Result<> usable = UsableStore();
+    return usable ? Stepped(database.History().Undo()) : Outcome::Failed(usable.Error());
+}
+
+Outcome Station::RedoEdit() {
+    const Result<> usable = UsableStore();
+    return usable ? Stepped(database.History().Redo()) : Outcome::Failed(usable.Error());
+}
+
+QCoro::Task<bool> Station::CopyStore(QString before) {
+    const Result<> copied = copies.Take(before);
+    if (copied) {
+        Q_EMIT EditsChanged();
+        co_return true;
+    }
+    log.WriteLog(QStringLiteral("No copy of the database was made: %1").arg(copied.Error()), EventLog::Warning);
+    const QString question = tr("No copy of the database could be made first: %1\n\nGo on all the same?");
+    const bool goesOn = co_await dialogs.AskYesNo(BoxKind::Exclamation, question.arg(copied.Error()));
+    co_return goesOn;
+}
+
+QCoro::Task<Outcome> Station::EmptyStore() {
+    if (const Result<> usable = UsableStore(); !usable)
+        co_return Outcome::Failed(usable.Error());
+    const bool goesOn = co_await CopyStore(QStringLiteral("empty"));
+    if (!goesOn)
+        co_return Outcome::Cancelled();
+    const Result<> emptied = database.EmptyDatabase();
+    if (!emptied)
+        co_return Outcome::Failed(emptied.Error());
+    Q_EMIT RowsChanged({}, 0, {});
+    co_return Outcome::Done();
+}
+
+QCoro::Task<Outcome> Station::GoBackTo(SiteEvent event) {
+    if (const Result<> usable = UsableStore(); !usable)
+        co_return Outcome::Failed(usable.Error());
+    if (event.kind == SiteEvent::Kind::Load)
+        co_return Outcome::Refused(tr("A load cannot be taken back: the devices hold what they were sent."));
+    const bool goesOn = co_await CopyStore(QStringLiteral("going back"));
+    if (!goesOn)
+        co_return Outcome::Cancelled();
+    if (event.kind == SiteEvent::Kind::Copy)
+        co_return Stepped(database.History().TakeFrom(event.path, tr("go back to the copy of %1").arg(event.moment)));
+    co_return Stepped(
+        database.History().GoBack(event.act, tr("go back to before \"%1\" of %2").arg(event.what, event.moment)));
+}
