@@ -148,7 +148,7 @@ void frmHistory::ShowEvents() {
         tree.setFirstColumnSpanned(i, {}, true);
     tree.expandAll();
     const int letter = fontMetrics().averageCharWidth();
-    const int widths[Columns] = {16, 76, 30, 14};
+    const int widths[Columns] = {20, 80, 28, 14};
     for (int column = 0; column < Columns; ++column)
         tree.setColumnWidth(column, widths[column] * letter);
     if (current.isValid())

@@ -91,6 +91,7 @@ Result<> DirectionMatrix::UpdateDataDir(Database& database) {
     if (!done)
         return Failure{schema::ReadableError(done.Error())};
     ForgetChoices();
+    Q_EMIT RecordsChanged();
     return {};
 }
 

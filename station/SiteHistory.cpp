@@ -31,9 +31,9 @@ SiteEvent EventOf(const LoadEntry& entry) {
     event.moment = entry.begun;
     event.user = entry.user;
     QString device = tr("%1 (address %2)").arg(vni::ToUnicode(entry.name)).arg(entry.device.address);
+    event.where = {device};
     if (entry.device.hub != DeviceIdentity::Direct)
         device = tr("%1, behind hub %2").arg(device).arg(entry.device.hub);
-    event.where = {device};
     if (entry.event == LoadEntry::Event::Asked) {
         event.isBad = !entry.flags.startsWith(QStringLiteral("1111"));
         event.what = tr("%1: asked, flags %2").arg(device, entry.flags);

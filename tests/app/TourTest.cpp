@@ -1,6 +1,7 @@
 #include "app/Program.h"
 
 #include "commissioning/frmCommission.h"
+#include "commissioning/frmHistory.h"
 #include "commissioning/frmLineTest.h"
 #include "commissioning/frmRecord.h"
 #include "console/frmBusMonitor.h"
@@ -349,6 +350,16 @@ protected:
         auto* record = Await<frmRecord>();
         Picture("record", record);
         record->close();
+        Item(main, "mnHistory")->trigger();
+        auto* history = Await<frmHistory>();
+        auto& events = WindowDriver(*history).Find<QTreeView>("treEvents");
+        const QModelIndex day = events.model()->index(0, 0);
+        for (int row = 0; row < events.model()->rowCount(day); ++row) {
+            if (events.model()->index(row, 2, day).data().toString() == QStringLiteral("Directions"))
+                events.setCurrentIndex(events.model()->index(row, 0, day));
+        }
+        Picture("history", history);
+        history->close();
         window->close();
     }
 
