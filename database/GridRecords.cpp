@@ -148,8 +148,24 @@ Result<> GridRecords::Write(int row, int column, const QString& text) {
     if (Result<> known = CheckReference(m_columns[static_cast<std::size_t>(column)], value); !known)
         return known;
     Result<> done = IsNewRow(row) ? Insert(column, value) : Update(row, column, value);
-    if (done)
+    if (done && !m_isTogether)
         Q_EMIT RecordsChanged();
+    return done;
+}
+
+Result<> GridRecords::Together(const QString& act, const std::function<Result<>()>& change) {
+    if (!m_database.IsOpen())
+        return Closed();
+    m_isTogether = true;
+    m_hasRemoved = false;
+    const Result<> done = m_database.Edit(act, change);
+    m_isTogether = false;
+    (void)Requery();
+    if (!done)
+        return Readable(done.Error());
+    Q_EMIT RecordsChanged();
+    if (m_hasRemoved)
+        Q_EMIT RecordRemoved();
     return done;
 }
 
@@ -249,6 +265,10 @@ Result<> GridRecords::Remove(int row) {
     beginRemoveRows({}, row, row);
     m_rows.erase(m_rows.begin() + row);
     endRemoveRows();
+    if (m_isTogether) {
+        m_hasRemoved = true;
+        return {};
+    }
     Q_EMIT RecordsChanged();
     Q_EMIT RecordRemoved();
     return {};

@@ -47,6 +47,7 @@ public:
     QString CellText(int row, int column) const override;
     Result<> Write(int row, int column, const QString& text) override;
     Result<> Remove(int row) override;
+    Result<> Together(const QString& act, const std::function<Result<>()>& change) override;
     int rowCount(const QModelIndex& parent = {}) const override;
 
 private:
@@ -78,4 +79,6 @@ private:
     QVariantList m_values;
     std::vector<Row> m_rows;
     bool m_isOpen = false;
+    bool m_isTogether = false;
+    bool m_hasRemoved = false; ///< since `Together` began
 };

@@ -18,6 +18,10 @@ QString GridColumn::Shown(const QString& stored) const {
     return isYesNo ? values[0].second : stored;
 }
 
+Result<> GridModel::Together(const QString&, const std::function<Result<>()>& change) {
+    return change();
+}
+
 int GridModel::columnCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(Columns().size());
 }

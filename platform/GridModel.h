@@ -14,8 +14,9 @@ struct GridColumn {
     QString caption;
     QString field; ///< column of the table, or "Table.column" in a join; empty for a column that stays empty
     bool readOnly = false;
-    int maxLength = 0;   ///< characters that the editor takes, 0 for no limit
-    bool isWide = false; ///< takes a share of the room that the other columns leave
+    int maxLength = 0;     ///< characters that the editor takes, 0 for no limit
+    bool countsUp = false; ///< a copy of a row gets the next free number here
+    bool isWide = false;   ///< takes a share of the room that the other columns leave
     /// What a cell may hold and how each value shows, for a combo box; empty for a text cell.
     std::vector<std::pair<int, QString>> values = {};
 
@@ -74,6 +75,10 @@ public:
 
     /// Deletes the record of a row.
     virtual Result<> Remove(int row) = 0;
+
+    /// Does several of these as one act, whole or not at all; after a failure the rows show what the store holds.
+    /// Rows keep their places meanwhile, and the signals come once, at its end. @param act its name, for a user.
+    virtual Result<> Together(const QString& act, const std::function<Result<>()>& change);
 
     /// How a cell's text reads where it is not drawn in the grid's font, as for a screen reader.
     void SetReadable(std::function<QString(QStringView stored)> readable) { m_readable = std::move(readable); }

@@ -24,9 +24,7 @@
 
 namespace {
 
-constexpr int ScanPlanTab = 1;
 constexpr int DirectionTab = 2;
-constexpr int HubTab = 3;
 constexpr int HallTime = 200;       ///< milliseconds from a change to the state that it makes
 constexpr int FindingsHeight = 110; ///< pixels of the list when it opens
 
@@ -72,6 +70,7 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     connect(m_ui->mnHubTime, &QAction::triggered, this, [this] { Run(&Station::SetHubClocks); });
     SetUpTicketMenus();
     SetUpEditMenu();
+    SetUpGridCommands();
     connect(&m_station, &Station::BusyChanged, this, &frmQueue::ShowBusy);
     connect(&m_station, &Station::ProgressChanged, m_status, &OperationStatus::ShowProgress);
     connect(&m_station.Line(), &CommLine::StatusChanged, this, &frmQueue::SetCommStatus);
@@ -129,69 +128,6 @@ void frmQueue::SetUpTicketMenus() {
             [this] { ShowOutcome(m_station.dialogs, m_station.LoadVniFont(LetterSet::FontFile)); });
     connect(m_ui->mnVNIFont, &QAction::triggered, this,
             [this] { ShowOutcome(m_station.dialogs, m_station.LoadVniFont(LetterSet::Table)); });
-}
-
-void frmQueue::SetUpEditMenu() {
-    connect(m_ui->mnUndo, &QAction::triggered, this, &frmQueue::Undo);
-    connect(m_ui->mnRedo, &QAction::triggered, this, &frmQueue::Redo);
-    connect(m_ui->mnHistory, &QAction::triggered, this, [this] {
-        if (DataGrid::CommitAll(*this))
-            Q_EMIT HistoryWanted();
-    });
-    connect(&m_station, &Station::EditsChanged, this, &frmQueue::ShowSteps);
-    connect(&m_records->directions, &GridModel::RecordsChanged, this, &frmQueue::ShowSteps);
-    connect(&m_records->directions, &GridModel::modelReset, this, &frmQueue::ShowSteps);
-    connect(m_ui->TabStrip1, &QTabWidget::currentChanged, this, &frmQueue::ShowSteps);
-    connect(&m_station, &Station::RowsChanged, this, &frmQueue::GoToRow);
-    ShowSteps();
-}
-
-void frmQueue::ShowSteps() {
-    const auto show = [](QAction& action, const QString& verb, QString what) {
-        constexpr int Longest = 60;
-        if (what.size() > Longest)
-            what = what.left(Longest - 1) + QChar(0x2026);
-        what.replace(u'&', QStringLiteral("&&"));
-        action.setEnabled(!what.isEmpty());
-        action.setText(what.isEmpty() ? verb : tr("%1: %2").arg(verb, what));
-    };
-    const bool isAtDirections = m_ui->TabStrip1->currentIndex() == DirectionTab;
-    const DirectionMatrix& directions = m_records->directions;
-    show(*m_ui->mnUndo, tr("&Undo"),
-         isAtDirections && directions.CanUndo() ? tr("choice of a direction") : m_station.NextUndo());
-    show(*m_ui->mnRedo, tr("&Redo"),
-         isAtDirections && directions.CanRedo() ? tr("choice of a direction") : m_station.NextRedo());
-}
-
-void frmQueue::Undo() {
-    if (!DataGrid::CommitAll(*this))
-        return;
-    // Directions are choices until they are stored.
-    if (m_ui->TabStrip1->currentIndex() == DirectionTab && m_records->directions.CanUndo())
-        m_records->directions.Undo();
-    else
-        m_station.dialogs.Warn(m_station.UndoEdit().text);
-}
-
-void frmQueue::Redo() {
-    if (!DataGrid::CommitAll(*this))
-        return;
-    if (m_ui->TabStrip1->currentIndex() == DirectionTab && m_records->directions.CanRedo())
-        m_records->directions.Redo();
-    else
-        m_station.dialogs.Warn(m_station.RedoEdit().text);
-}
-
-void frmQueue::GoToRow(const QString& table, qint64 key, const QString& field) {
-    const auto is = [&table](const char* name) { return table.compare(QLatin1String(name), Qt::CaseInsensitive) == 0; };
-    const bool isHub = field.compare(QStringLiteral("d_HubId"), Qt::CaseInsensitive) == 0;
-    m_ui->TabStrip1->setCurrentIndex(is("ScanPlan")         ? ScanPlanTab
-                                     : is("Info-Direction") ? DirectionTab
-                                     : isHub                ? HubTab
-                                                            : 0);
-    if (is("Queue") || (is("Display") && !isHub))
-        findChild<DataGrid*>(is("Queue") ? QStringLiteral("TDBGridQueue") : QStringLiteral("TDBGridDisplay"))
-            ->GoTo(key, field);
 }
 
 void frmQueue::SetUpGrids() {

@@ -69,6 +69,11 @@ private:
     std::vector<SetupPage*> Pages() const;
     void SetUpTicketMenus();
     void SetUpEditMenu();
+    void SetUpGridCommands();
+    /// The list that has the keyboard, an open cell of it included; nullptr if none has.
+    DataGrid* CurrentGrid() const;
+    /// Does something with the selected cells once what stands in open editors is written.
+    void InGrid(void (DataGrid::*command)());
     /// Names what would be undone and redone.
     void ShowSteps();
     void Undo();

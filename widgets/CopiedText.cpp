@@ -1,12 +1,8 @@
 #include "widgets/CopiedText.h"
 
-namespace {
-
-QString StoredType() {
+QString copied::StoredType() {
     return QStringLiteral("application/x-orvex-stored-text");
 }
-
-} // namespace
 
 std::unique_ptr<QMimeData> copied::MimeOf(const QString& stored, const QString& readable) {
     auto data = std::make_unique<QMimeData>();

@@ -10,6 +10,9 @@
 /// the stored letters themselves, which do not survive a way there and back.
 namespace copied {
 
+/// The type under which the stored letters travel.
+QString StoredType();
+
 /// @param stored the letters as a field holds them. @param readable the same in Unicode.
 std::unique_ptr<QMimeData> MimeOf(const QString& stored, const QString& readable);
 

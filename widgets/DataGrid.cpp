@@ -276,11 +276,20 @@ void DataGrid::NarrowSelection() {
     const QModelIndexList selected = selectionModel()->selectedIndexes();
     if (!current.isValid() || selected == QModelIndexList{current})
         return;
-    const bool isOneRow = std::all_of(selected.begin(), selected.end(),
-                                      [&](const QModelIndex& cell) { return cell.row() == current.row(); });
-    const bool isWhole = selectionModel()->isRowSelected(current.row());
-    if (isOneRow && isWhole && !selected.isEmpty())
+    // A block stays as it is: as many cells as its corners say, the current one among them.
+    int top = current.row();
+    int bottom = top;
+    int left = current.column();
+    int right = left;
+    for (const QModelIndex& cell : selected) {
+        top = std::min(top, cell.row());
+        bottom = std::max(bottom, cell.row());
+        left = std::min(left, cell.column());
+        right = std::max(right, cell.column());
+    }
+    if (selected.size() == qsizetype(bottom - top + 1) * (right - left + 1) && selected.contains(current))
         return;
+    const bool isWhole = selectionModel()->isRowSelected(current.row());
     const auto rows = isWhole ? QItemSelectionModel::Rows : QItemSelectionModel::NoUpdate;
     selectionModel()->select(current, QItemSelectionModel::ClearAndSelect | rows);
 }
@@ -330,9 +339,11 @@ void DataGrid::keyPressEvent(QKeyEvent* event) {
         if (event->key() == Qt::Key_Escape)
             m_drag.End();
     } else if (event->matches(QKeySequence::Copy)) {
-        CopyCell();
+        Copy();
     } else if (event->matches(QKeySequence::Paste)) {
-        PasteIntoCell();
+        Paste();
+    } else if (event->matches(QKeySequence::Cut)) {
+        Cut();
     } else if (event->key() == Qt::Key_Delete && isPlain) {
         DeleteSelected();
     } else if (event->key() == Qt::Key_Space && event->modifiers() == Qt::ShiftModifier) {
@@ -344,22 +355,6 @@ void DataGrid::keyPressEvent(QKeyEvent* event) {
     } else {
         QTableView::keyPressEvent(event);
     }
-}
-
-void DataGrid::DeleteSelected() {
-    if (!m_records || !selectionModel())
-        return;
-    const QModelIndexList rows = selectionModel()->selectedRows();
-    if (rows.isEmpty()) {
-        const QModelIndex cell = currentIndex();
-        if (cell.isValid() && cell.flags().testFlag(Qt::ItemIsEditable))
-            WriteCell(cell, QString());
-        return;
-    }
-    if (!m_records->CanRemove())
-        return;
-    if (const Result<> removed = m_records->Remove(rows.constFirst().row()); !removed)
-        Q_EMIT DataError(removed.Error());
 }
 
 GridInsertion DataGrid::InsertionFor(QStringView before, QString typed, qsizetype room) const {
@@ -376,33 +371,4 @@ GridInsertion DataGrid::InsertionFor(QStringView before, QString typed, qsizetyp
             return insertion;
         typed.chop(1);
     }
-}
-
-void DataGrid::CopyCell() {
-    if (!currentIndex().isValid())
-        return;
-    const QString text = currentIndex().data(Qt::DisplayRole).toString();
-    QApplication::clipboard()->setMimeData(copied::MimeOf(text, Readable(text)).release());
-}
-
-void DataGrid::PasteIntoCell() {
-    const QModelIndex cell = currentIndex();
-    if (!cell.isValid() || !cell.flags().testFlag(Qt::ItemIsEditable))
-        return;
-    const GridColumn& column = m_records->Columns()[static_cast<std::size_t>(cell.column())];
-    QString text = QApplication::clipboard()->text().section(u'\n', 0, 0).trimmed();
-    if (!column.values.empty()) {
-        const auto known = std::find_if(column.values.begin(), column.values.end(), [&](const auto& value) {
-            return value.second.compare(text, Qt::CaseInsensitive) == 0;
-        });
-        if (known == column.values.end())
-            return;
-        text = QString::number(known->first);
-    } else {
-        const qsizetype room = column.maxLength > 0 ? column.maxLength : text.size() * 2;
-        // A letter has at most three characters before it is composed.
-        text.truncate(room * 3);
-        text = InsertionFor(QStringView(), text, room).text;
-    }
-    WriteCell(cell, text);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/GridModel.h"
+#include "widgets/CellBlock.h"
 #include "widgets/InnerDrag.h"
 
 #include <QPersistentModelIndex>
@@ -20,11 +21,10 @@ struct GridInsertion {
 ///
 /// What is left in a cell (Enter, Tab, a click elsewhere) is written at once. If the store refuses it, `DataError`
 /// tells why and the typed text is kept until `ResumeEdit` opens the cell's editor with it again; Escape gives the edit
-/// up. Delete empties the current cell, or deletes the row if it is selected whole (by a click on the row's head or
-/// Shift+Space). Ctrl+C copies the current cell, in Unicode for other programs; Ctrl+V puts text
-/// into it.
+/// up. Delete empties the selected cells, or deletes the rows if they are selected whole (by a click on the row's head
+/// or Shift+Space). Cells go to other programs and come from them as blocks, see `CellBlock`.
 ///
-/// What is selected is the current cell or the whole current row, never more: commands act on what is highlighted.
+/// What is selected is a block of cells or of whole rows around the current cell, made with Shift.
 ///
 /// As long as there are rows one of them is the current one: after the records were read anew it is the one with the
 /// same key, else the one in the same place. Columns are as wide as what they show, until the user changes a width.
@@ -85,6 +85,23 @@ public:
     /// Writes a cell and tells of a refusal; for the cells' editors.
     void WriteCell(const QModelIndex& index, const QString& text);
 
+    // What an Edit menu does with the selected cells; what stands in the way comes as `DataError`.
+    void Copy();
+    void Cut();
+    void Paste();
+    void FillDown();
+    void FillSeries();
+    void DuplicateRows();
+    /// Deletes the selected rows, the current one if none is selected whole; of several `RemovalWanted` asks first.
+    void DeleteRows();
+    /// Deletes the rows that `RemovalWanted` has told.
+    void RemoveWantedRows();
+    /// The list takes new rows.
+    bool CanAdd() const;
+    bool CanRemove() const { return m_records && m_records->CanRemove(); }
+    /// More than one row is selected.
+    bool HasBlock() const;
+
 public Q_SLOTS:
     /// Selects nothing: no command acts on all rows.
     void selectAll() override {}
@@ -97,6 +114,8 @@ Q_SIGNALS:
     void DataError(const QString& text);
     /// Another row is the current one now, or the current row shows something else.
     void CurrentRowChanged();
+    /// Several rows are to be deleted: `RemoveWantedRows` does it.
+    void RemovalWanted(int rows);
     /// The current row of the source has been dropped here.
     void RowDropped();
 
@@ -123,8 +142,12 @@ private:
     /// Opens the next cell that can be edited, over locked columns and the ends of rows. @param step 1 or -1.
     void EditBeside(int step);
     void DeleteSelected();
-    void CopyCell();
-    void PasteIntoCell();
+    void Tell(const Result<>& done);
+    GridBlocks Blocks();
+    void PasteText(const QModelIndex& cell, const QString& text, bool isStored);
+    Result<QString> Fitting(const GridColumn& column, const QString& text, bool isStored) const;
+    QModelIndexList SelectedCells() const;
+    std::vector<int> SelectedRows() const;
 
     QPointer<GridModel> m_records;
     const DataGrid* m_dragSource = nullptr;
@@ -136,6 +159,7 @@ private:
     bool m_isFitting = false;
     bool m_hasUserWidths = false;
     Letters m_letters;
+    std::vector<QVariant> m_wantedRows; ///< keys of rows that are to be deleted
     QPersistentModelIndex m_refusedCell;
     std::optional<QString> m_refusedText;
 };

@@ -1,0 +1,140 @@
+// The Edit menu of the setup window.
+
+#include "platform/Dialogs.h"
+#include "setup/SetupRecords.h"
+#include "setup/frmQueue.h"
+#include "setup/ui_frmQueue.h"
+#include "station/Station.h"
+#include "widgets/DataGrid.h"
+
+#include <QPointer>
+#include <QShortcut>
+
+namespace {
+
+constexpr int ScanPlanTab = 1;
+constexpr int DirectionTab = 2;
+constexpr int HubTab = 3;
+
+} // namespace
+
+void frmQueue::SetUpEditMenu() {
+    connect(m_ui->mnUndo, &QAction::triggered, this, &frmQueue::Undo);
+    connect(m_ui->mnRedo, &QAction::triggered, this, &frmQueue::Redo);
+    connect(m_ui->mnHistory, &QAction::triggered, this, [this] {
+        if (DataGrid::CommitAll(*this))
+            Q_EMIT HistoryWanted();
+    });
+    connect(&m_station, &Station::EditsChanged, this, &frmQueue::ShowSteps);
+    connect(&m_records->directions, &GridModel::RecordsChanged, this, &frmQueue::ShowSteps);
+    connect(&m_records->directions, &GridModel::modelReset, this, &frmQueue::ShowSteps);
+    connect(m_ui->TabStrip1, &QTabWidget::currentChanged, this, &frmQueue::ShowSteps);
+    connect(&m_station, &Station::RowsChanged, this, &frmQueue::GoToRow);
+    ShowSteps();
+}
+
+void frmQueue::SetUpGridCommands() {
+    const std::pair<QAction*, void (DataGrid::*)()> commands[] = {
+        {m_ui->mnCut, &DataGrid::Cut},
+        {m_ui->mnCopy, &DataGrid::Copy},
+        {m_ui->mnPaste, &DataGrid::Paste},
+        {m_ui->mnDuplicate, &DataGrid::DuplicateRows},
+        {m_ui->mnFillDown, &DataGrid::FillDown},
+        {m_ui->mnFillSeries, &DataGrid::FillSeries},
+        {m_ui->mnDeleteRows, &DataGrid::DeleteRows},
+    };
+    for (const auto& [action, command] : commands)
+        connect(action, &QAction::triggered, this, [this, command = command] { InGrid(command); });
+    // A block is filled, rows are duplicated.
+    connect(new QShortcut(QKeySequence(QStringLiteral("Ctrl+D")), this), &QShortcut::activated, this, [this] {
+        const DataGrid* const grid = CurrentGrid();
+        const bool fills = grid && grid->HasBlock() && grid->selectionModel()->selectedRows().isEmpty();
+        InGrid(fills ? &DataGrid::FillDown : &DataGrid::DuplicateRows);
+    });
+    // What the menu greys out must not keep its keys from working elsewhere.
+    connect(m_ui->mnEdit, &QMenu::aboutToShow, this, [this] {
+        const DataGrid* const grid = CurrentGrid();
+        for (QAction* action : {m_ui->mnCut, m_ui->mnCopy, m_ui->mnPaste})
+            action->setEnabled(grid);
+        m_ui->mnDuplicate->setEnabled(grid && grid->CanAdd());
+        m_ui->mnDeleteRows->setEnabled(grid && grid->CanRemove());
+        m_ui->mnFillDown->setEnabled(grid && grid->HasBlock());
+        m_ui->mnFillSeries->setEnabled(grid && grid->HasBlock());
+    });
+    connect(m_ui->mnEdit, &QMenu::aboutToHide, this, [this] {
+        for (QAction* action : {m_ui->mnCut, m_ui->mnCopy, m_ui->mnPaste, m_ui->mnDuplicate, m_ui->mnDeleteRows,
+                                m_ui->mnFillDown, m_ui->mnFillSeries})
+            action->setEnabled(true);
+    });
+    for (DataGrid* grid : findChildren<DataGrid*>()) {
+        connect(grid, &DataGrid::RemovalWanted, this, [this, grid](int rows) {
+            m_station.dialogs.AskYesNo(BoxKind::Exclamation, tr("Delete %1 rows?").arg(rows))
+                .then([list = QPointer(grid)](bool yes) {
+                    if (yes && list)
+                        list->RemoveWantedRows();
+                });
+        });
+    }
+}
+
+DataGrid* frmQueue::CurrentGrid() const {
+    for (QWidget* widget = focusWidget(); widget; widget = widget->parentWidget()) {
+        if (auto* grid = qobject_cast<DataGrid*>(widget))
+            return grid;
+    }
+    return nullptr;
+}
+
+void frmQueue::InGrid(void (DataGrid::*command)()) {
+    DataGrid* const grid = CurrentGrid();
+    if (DataGrid::CommitAll(*this) && grid)
+        (grid->*command)();
+}
+
+void frmQueue::ShowSteps() {
+    const auto show = [](QAction& action, const QString& verb, QString what) {
+        constexpr int Longest = 60;
+        if (what.size() > Longest)
+            what = what.left(Longest - 1) + QChar(0x2026);
+        what.replace(u'&', QStringLiteral("&&"));
+        action.setEnabled(!what.isEmpty());
+        action.setText(what.isEmpty() ? verb : tr("%1: %2").arg(verb, what));
+    };
+    const bool isAtDirections = m_ui->TabStrip1->currentIndex() == DirectionTab;
+    const DirectionMatrix& directions = m_records->directions;
+    show(*m_ui->mnUndo, tr("&Undo"),
+         isAtDirections && directions.CanUndo() ? tr("choice of a direction") : m_station.NextUndo());
+    show(*m_ui->mnRedo, tr("&Redo"),
+         isAtDirections && directions.CanRedo() ? tr("choice of a direction") : m_station.NextRedo());
+}
+
+void frmQueue::Undo() {
+    if (!DataGrid::CommitAll(*this))
+        return;
+    // Directions are choices until they are stored.
+    if (m_ui->TabStrip1->currentIndex() == DirectionTab && m_records->directions.CanUndo())
+        m_records->directions.Undo();
+    else
+        m_station.dialogs.Warn(m_station.UndoEdit().text);
+}
+
+void frmQueue::Redo() {
+    if (!DataGrid::CommitAll(*this))
+        return;
+    if (m_ui->TabStrip1->currentIndex() == DirectionTab && m_records->directions.CanRedo())
+        m_records->directions.Redo();
+    else
+        m_station.dialogs.Warn(m_station.RedoEdit().text);
+}
+
+void frmQueue::GoToRow(const QString& table, qint64 key, const QString& field) {
+    const auto is = [&table](const char* name) { return table.compare(QLatin1String(name), Qt::CaseInsensitive) == 0; };
+    const bool isHub = field.compare(QStringLiteral("d_HubId"), Qt::CaseInsensitive) == 0;
+    m_ui->TabStrip1->setCurrentIndex(is("ScanPlan")         ? ScanPlanTab
+                                     : is("Info-Direction") ? DirectionTab
+                                     : isHub                ? HubTab
+                                                            : 0);
+    if (is("Queue") || (is("Display") && !isHub))
+        findChild<DataGrid*>(is("Queue") ? QStringLiteral("TDBGridQueue") : QStringLiteral("TDBGridDisplay"))
+            ->GoTo(key, field);
+}
