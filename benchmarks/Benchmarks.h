@@ -30,6 +30,10 @@ void BenchmarkCleanup();
 /// was edited is told.
 void BenchmarkCommissioning();
 
+/// What ten years of edits take in the store, and random sequences of acts, undo and redo against copies: 1,000, or as
+/// many as ORVEX_SEQUENCES in the environment says.
+void BenchmarkEdits();
+
 /// What redrawing the object map costs.
 void BenchmarkMap();
 

@@ -2,8 +2,8 @@
 
 #include <QApplication>
 
-/// usage: orvex_benchmarks [transactions] [load] [reload] [grids] [forms] [monitor] [map] [commissioning] [cleanup];
-/// without a name all of them.
+/// usage: orvex_benchmarks [transactions] [load] [reload] [grids] [forms] [monitor] [map] [commissioning] [edits]
+/// [cleanup]; without a name all of them.
 int main(int argc, char** argv) {
     // No window is looked at here.
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -26,6 +26,8 @@ int main(int argc, char** argv) {
         BenchmarkMap();
     if (isAsked("commissioning"))
         BenchmarkCommissioning();
+    if (isAsked("edits"))
+        BenchmarkEdits();
     if (isAsked("cleanup"))
         BenchmarkCleanup();
     return 0;

@@ -1,131 +1,22 @@
-#include "database/Assignments.h"
-#include "database/GridRecords.h"
-#include "database/Schema.h"
 #include "tests/database/World.h"
-
-#include <QRandomGenerator>
-#include <QSqlRecord>
+#include "tests/support/RandomEditor.h"
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// All rows of the description; with their keys.
-QString DumpOf(const World& world) {
-    QString dump;
-    for (const char* const table : changeset::Tables()) {
-        auto rows =
-            world.database.Select({QStringLiteral("SELECT * FROM [%1] ORDER BY 1,2").arg(QLatin1String(table))});
-        EXPECT_TRUE(rows) << qPrintable(rows.Error());
-        while (rows && rows->next()) {
-            dump += QLatin1String(table);
-            for (int i = 0; i < rows->record().count(); ++i)
-                dump += u'|' + rows->value(i).toString();
-            dump += u'\n';
-        }
-    }
-    return dump;
-}
-
-/// Somebody who edits at random, through what the windows edit with.
-class Editor {
-public:
-    explicit Editor(World& world, quint32 seed)
-        : m_world(world)
-        , m_random(seed)
-        , m_services(world.database, {.table = QStringLiteral("Queue"), .order = QStringLiteral("q_Number")},
-                     {{.caption = QStringLiteral("Name"), .field = QStringLiteral("q_Name")},
-                      {.caption = QStringLiteral("Button"), .field = QStringLiteral("q_Button")}})
-        , m_objects(world.database, {.table = QStringLiteral("Display")},
-                    {{.caption = QStringLiteral("Name"), .field = QStringLiteral("d_Name")},
-                     {.caption = QStringLiteral("Address"), .field = QStringLiteral("d_Address")},
-                     {.caption = QStringLiteral("Type"), .field = QStringLiteral("d_Type")}}) {}
-
-    int Roll(int sides) { return static_cast<int>(m_random.bounded(sides)); }
-
-    /// Does something; it may be refused.
-    void Act() {
-        switch (Roll(10)) {
-        case 0:
-        case 1:
-            return Write(m_services);
-        case 2:
-        case 3:
-            return Write(m_objects);
-        case 4:
-            (void)m_links.AddServiceCounter(Roll(8), Roll(20));
-            return;
-        case 5:
-            (void)m_links.RemoveServiceCounters(Roll(8));
-            return;
-        case 6:
-            (void)m_links.SetHub(Roll(20), Roll(3));
-            return;
-        case 7: {
-            std::vector<qint32> plan;
-            for (int i = Roll(12); i > 0; --i)
-                plan.push_back(Roll(20));
-            (void)m_links.BuildPlan(plan);
-            return;
-        }
-        case 8: {
-            std::vector<Statement> directions{{QStringLiteral("DELETE FROM [Info-Direction]")}};
-            for (int i = Roll(12); i > 0; --i)
-                directions.push_back(
-                    {QStringLiteral("INSERT INTO [Info-Direction] (inf_Id,d_Id,Dir_Id) VALUES (?,?,?)"),
-                     {Roll(3), Roll(5), Roll(5)}});
-            (void)m_world.database.Edit(QStringLiteral("directions"), directions);
-            return;
-        }
-        default:
-            if (Roll(20) == 0) {
-                (void)m_world.database.EmptyDatabase();
-                return;
-            }
-            // An act of several parts, the last of which may be refused.
-            (void)m_world.database.Edit(QStringLiteral("several"), [this]() -> Result<> {
-                Act();
-                Act();
-                return Roll(3) == 0 ? Failure{QStringLiteral("No.")} : Result<>();
-            });
-        }
-    }
-
-private:
-    void Write(GridRecords& records) {
-        (void)records.Requery();
-        const int row = Roll(records.rowCount());
-        if (Roll(5) == 0) {
-            (void)records.Remove(row);
-            return;
-        }
-        const int column = Roll(records.columnCount());
-        (void)records.Write(row, column, column == 0 ? u'N' + QString::number(Roll(5)) : QString::number(Roll(300)));
-    }
-
-    World& m_world;
-    QRandomGenerator m_random;
-    GridRecords m_services;
-    GridRecords m_objects;
-    Assignments m_links{m_world.database};
-};
-
-} // namespace
 
 TEST(EditHistory, UndoAndRedoLeaveWhatCopiesWouldLeave) {
     for (quint32 seed = 1; seed <= 12; ++seed) {
         World world;
         world.Sql(QStringLiteral("PRAGMA synchronous = OFF"));
-        Editor editor(world, seed);
+        RandomEditor editor(world.database, seed);
         EditHistory& history = world.database.History();
         std::vector<QString> before; // of each act that can be undone
         std::vector<QString> after;  // of each act that can be redone
         for (int step = 0; step < 200; ++step) {
-            const QString now = DumpOf(world);
+            const QString now = DescriptionOf(world.database);
             const int what = editor.Roll(10);
             if (what < 5) {
                 editor.Act();
-                if (const QString then = DumpOf(world); then != now) {
+                if (const QString then = DescriptionOf(world.database); then != now) {
                     before.push_back(now);
                     after.clear();
                 }
@@ -134,7 +25,7 @@ TEST(EditHistory, UndoAndRedoLeaveWhatCopiesWouldLeave) {
                 ASSERT_EQ(static_cast<bool>(undone), !before.empty()) << seed << ' ' << step;
                 if (undone) {
                     after.push_back(now);
-                    ASSERT_EQ(DumpOf(world), before.back()) << seed << ' ' << step;
+                    ASSERT_EQ(DescriptionOf(world.database), before.back()) << seed << ' ' << step;
                     before.pop_back();
                 }
             } else if (what < 9) {
@@ -142,7 +33,7 @@ TEST(EditHistory, UndoAndRedoLeaveWhatCopiesWouldLeave) {
                 ASSERT_EQ(static_cast<bool>(redone), !after.empty()) << seed << ' ' << step;
                 if (redone) {
                     before.push_back(now);
-                    ASSERT_EQ(DumpOf(world), after.back()) << seed << ' ' << step;
+                    ASSERT_EQ(DescriptionOf(world.database), after.back()) << seed << ' ' << step;
                     after.pop_back();
                 }
             } else if (editor.Roll(2) == 0) {
@@ -162,10 +53,10 @@ TEST(EditHistory, UndoAndRedoLeaveWhatCopiesWouldLeave) {
         // The whole way back, in one act.
         const std::vector<EditAct> acts = history.Read(1000).ValueOr({});
         ASSERT_FALSE(acts.empty());
-        if (!DumpOf(world).isEmpty()) {
+        if (!DescriptionOf(world.database).isEmpty()) {
             ASSERT_TRUE(history.GoBack(acts.back().id, {}));
         }
-        EXPECT_EQ(DumpOf(world), QString());
+        EXPECT_EQ(DescriptionOf(world.database), QString());
     }
 }
 
