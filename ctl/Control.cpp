@@ -165,5 +165,11 @@ QCoro::Task<Status> Carry(Station& station, Request request) {
     } catch (const Ended&) {
     }
     co_await station.End();
+    // The next run would load all of it once more.
+    if (const QString& fault = station.Record().Fault(); !fault.isEmpty()) {
+        LineDialogs::Print(QStringLiteral("Loads were not recorded: ") + fault);
+        if (status == Status::Good)
+            status = Status::Failed;
+    }
     co_return status;
 }

@@ -84,8 +84,9 @@ Result<> Database::Connect(const QString& path) {
         m_log.WriteLog(QStringLiteral("The directions cannot be told apart yet: %1").arg(given.Error()),
                        EventLog::Warning);
     // A store that others made may lack indexes and the record of loads; without them it is slower, but whole.
-    for (const QString& statement : schema::IndexStatements() + schema::RecordStatements())
+    for (const QString& statement : schema::IndexStatements())
         (void)m_file.Run({statement});
+    const Result<> made = MakeOwnTables();
 
     if (const Result<> read = ReadLastInfos(); !read)
         return read;
@@ -95,7 +96,7 @@ Result<> Database::Connect(const QString& path) {
     m_device = info.st_dev;
     m_inode = info.st_ino;
     m_path = path;
-    m_history.Open();
+    m_history.Open(made);
     return {};
 }
 
@@ -202,6 +203,14 @@ void Database::BackupDatabase() {
     }
     if (const Result<> written = copy.Finish(); !written)
         failed(written.Error());
+}
+
+Result<> Database::MakeOwnTables() const {
+    for (const QString& statement : schema::RecordStatements()) {
+        if (Result<> made = m_file.Run({statement}); !made)
+            return made;
+    }
+    return {};
 }
 
 Result<> Database::Edit(const QString& act, const EditHistory::Change& change) {

@@ -66,6 +66,10 @@ public:
     EditHistory& History() { return m_history; }
     const EditHistory& History() const { return m_history; }
 
+    /// Makes the tables of the program's own where they are missing, see `schema::RecordStatements`. Opening does so; a
+    /// store that could not be written to then may take them later.
+    Result<> MakeOwnTables() const;
+
     /// Deletes all rows of all tables but `Message`, or none if one cannot be emptied. The model is not touched.
     Result<> EmptyDatabase();
 

@@ -53,12 +53,12 @@ EditHistory::EditHistory(const Sqlite& file, const Clock& clock, EventLog& log)
     , m_clock(clock)
     , m_log(log) {}
 
-void EditHistory::Open() {
+void EditHistory::Open(const Result<>& tables) {
     Close();
     auto rows =
         m_file.Select({QString::fromLatin1(ActColumns) + QStringLiteral(" WHERE Changes IS NOT NULL ORDER BY ID")});
     if (!rows) {
-        m_fault = rows.Error();
+        m_fault = tables ? rows.Error() : tables.Error();
         m_log.WriteLog(QStringLiteral("Edits are not written down and cannot be undone: %1").arg(m_fault),
                        EventLog::Warning);
         return;

@@ -53,8 +53,9 @@ public:
     /// Who works here, for the acts to come.
     void SetUser(const QString& user) { m_user = user; }
 
-    /// Takes over what the store holds. To be called after the store was opened, when its tables are there.
-    void Open();
+    /// Takes over what the store holds. To be called after the store was opened. @param tables whether its tables could
+    /// be made.
+    void Open(const Result<>& tables);
     /// Forgets it.
     void Close();
 

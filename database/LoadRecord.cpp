@@ -93,6 +93,8 @@ QString LoadRecord::HashOf(const QByteArray& content) {
 }
 
 Result<> LoadRecord::ReadIdentity() {
+    if (const Result<> made = m_database.MakeOwnTables(); !made)
+        return made;
     // A column that is missing would be found at the first load only.
     auto columns = m_database.Select({QStringLiteral("SELECT %1 FROM LoadRecord LIMIT 0").arg(Columns())});
     if (!columns)
@@ -174,7 +176,8 @@ void LoadRecord::Append(LoadEntry entry) {
 
 void LoadRecord::Flush() {
     while (!m_unwritten.empty()) {
-        const Result<> written = Write(m_unwritten.front());
+        const Result<> known = m_identity.isEmpty() ? ReadIdentity() : Result<>();
+        const Result<> written = known ? Write(m_unwritten.front()) : known;
         if (written.Error() != m_fault) {
             m_fault = written.Error();
             if (written)

@@ -58,6 +58,14 @@ QCoro::Task<Outcome> Station::CommissionHall(Commissioning::What what, std::set<
             co_return reloaded;
         if (!LineIsOpen())
             co_return Outcome::Failed(tr("The line is closed. Choose a port first."));
-        co_return co_await commissioning.Run(what, chosen);
+        Outcome outcome = co_await commissioning.Run(what, chosen);
+        watch.EndAll();
+        record.Flush();
+        if (outcome.IsDone() && !record.Fault().isEmpty()) {
+            outcome.kind = BoxKind::Exclamation;
+            outcome.text += tr("\n\nNothing of it could be written down, and it is forgotten when the program ends: %1")
+                                .arg(record.Fault());
+        }
+        co_return outcome;
     });
 }

@@ -63,6 +63,16 @@ TEST_F(ControlTest, AHallIsCommissionedAndWhatIsMissingIsNamed) {
     EXPECT_FALSE(m_errors.contains(u"tables"_qs)) << "the record of the first run counts in the second";
 }
 
+TEST_F(ControlTest, ALoadThatNobodyCouldWriteDownIsNoSuccess) {
+    Sqlite store;
+    ASSERT_TRUE(store.Open(m_store));
+    ASSERT_TRUE(store.Run({u"CREATE TABLE LoadRecord (x)"_qs}));
+    store.Close();
+    EXPECT_EQ(RunOnLine("load"), 1);
+    EXPECT_TRUE(m_errors.contains(u"Loads were not recorded: "_qs)) << qPrintable(m_errors);
+    EXPECT_EQ(m_devices->FindAs<TicketPrinter>(32)->Flags().first(2), "11");
+}
+
 TEST_F(ControlTest, ACommandLineThatMakesNoSenseIsRefused) {
     const QStringList lines[] = {{},
                                  {u"load"_qs},
