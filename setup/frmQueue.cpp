@@ -71,6 +71,7 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     SetUpTicketMenus();
     SetUpEditMenu();
     SetUpGridCommands();
+    SetUpListMenus();
     connect(&m_station, &Station::BusyChanged, this, &frmQueue::ShowBusy);
     connect(&m_station, &Station::ProgressChanged, m_status, &OperationStatus::ShowProgress);
     connect(&m_station.Line(), &CommLine::StatusChanged, this, &frmQueue::SetCommStatus);

@@ -2,6 +2,7 @@
 
 #include "platform/Outcome.h"
 #include "station/InstallationCheck.h"
+#include "station/ListTransfer.h"
 #include "widgets/LinePanels.h"
 
 #include <QMainWindow>
@@ -70,6 +71,9 @@ private:
     void SetUpTicketMenus();
     void SetUpEditMenu();
     void SetUpGridCommands();
+    void SetUpListMenus();
+    void ImportList(lists::List list);
+    void ExportList(lists::List list);
     /// The list that has the keyboard, an open cell of it included; nullptr if none has.
     DataGrid* CurrentGrid() const;
     /// Does something with the selected cells once what stands in open editors is written.

@@ -1,7 +1,10 @@
 // The Edit menu of the setup window.
 
+#include "platform/DelimitedText.h"
 #include "platform/Dialogs.h"
+#include "platform/WholeFile.h"
 #include "setup/SetupRecords.h"
+#include "setup/frmImport.h"
 #include "setup/frmQueue.h"
 #include "setup/ui_frmQueue.h"
 #include "station/Station.h"
@@ -75,6 +78,42 @@ void frmQueue::SetUpGridCommands() {
                 });
         });
     }
+}
+
+void frmQueue::SetUpListMenus() {
+    for (const lists::List list : lists::AllLists) {
+        const QString name = lists::NameOf(list) + QStringLiteral("...");
+        connect(m_ui->mnImport->addAction(name), &QAction::triggered, this, [this, list] { ImportList(list); });
+        connect(m_ui->mnExport->addAction(name), &QAction::triggered, this, [this, list] { ExportList(list); });
+    }
+}
+
+void frmQueue::ImportList(lists::List list) {
+    if (!DataGrid::CommitAll(*this))
+        return;
+    m_station.dialogs.ChooseFile(QStringLiteral("Tables as text *.csv *.txt *.tsv|*.csv *.txt *.tsv"), {})
+        .then([window = QPointer(this), list](const QString& path) {
+            if (!window || path.isEmpty())
+                return;
+            const Result<QByteArray> bytes = ReadWhole(path, delimited::LargestText);
+            const Result<delimited::Table> table = bytes ? delimited::Read(*bytes) : Failure{bytes.Error()};
+            if (table)
+                (new frmImport(window->m_station, list, path, *table, window))->show();
+            else
+                window->m_station.dialogs.Warn(bytes ? tr("%1: %2").arg(path, table.Error()) : table.Error());
+        });
+}
+
+void frmQueue::ExportList(lists::List list) {
+    if (!DataGrid::CommitAll(*this))
+        return;
+    m_station.dialogs.ChooseSaveFile(QStringLiteral("Comma separated *.csv|*.csv"), m_station.ProgramFolder)
+        .then([window = QPointer(this), list](const QString& path) {
+            if (!window || path.isEmpty())
+                return;
+            const Outcome outcome = window->m_station.ExportList(list, path);
+            window->m_station.dialogs.ShowMessage(outcome.kind, outcome.text);
+        });
 }
 
 DataGrid* frmQueue::CurrentGrid() const {

@@ -33,6 +33,7 @@
 #include "station/Inquiry.h"
 #include "station/InstallationCheck.h"
 #include "station/LineTest.h"
+#include "station/ListTransfer.h"
 #include "station/LoadWatch.h"
 #include "station/ProgramFolders.h"
 #include "station/RunControl.h"
@@ -170,6 +171,14 @@ public:
 
     /// Deletes all rows, see `Database::EmptyDatabase`; the store is copied first like there. The model is not touched.
     QCoro::Task<Outcome> EmptyStore();
+
+    /// Imports a list, see `lists::Take`; the store is copied first like there. The outcome says what was done or what
+    /// stood in the way.
+    QCoro::Task<Outcome> ImportList(lists::Incoming incoming);
+    /// Looks what that would do.
+    lists::Import PreviewList(const lists::Incoming& incoming) { return lists::Preview(database, incoming); }
+    /// Writes a list into a file, see `lists::Export`. @return the outcome with its box.
+    Outcome ExportList(lists::List list, const QString& path);
 
     /// Copies the store before something that cannot be undone. @param before what is about to be done, see
     /// `StoreCopies`. @return false if it cannot be copied and the user does not want to go on without.
@@ -376,6 +385,8 @@ private:
     void JoinHistory();
     Result<> UsableStore() const;
     Outcome Stepped(const Result<EditHistory::Step>& step);
+    /// Lets everybody follow rows that were changed past the grids.
+    void FollowRows(const std::vector<RowChange>& rows);
     QString SourceOf(const LoadEntry& entry) const;
     void ShowTransfer(const QString& printer, const QString& phase, int done, int total);
 

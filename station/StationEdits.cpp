@@ -1,5 +1,7 @@
 // Edits of the description: undone, redone, taken back as a whole.
 
+#include "platform/DelimitedText.h"
+#include "platform/WholeFile.h"
 #include "station/EditWords.h"
 #include "station/Station.h"
 
@@ -21,7 +23,12 @@ QString Station::NextRedo() const {
 Outcome Station::Stepped(const Result<EditHistory::Step>& step) {
     if (!step)
         return Outcome::Failed(step.Error());
-    const bool hasDirections = std::any_of(step->rows.begin(), step->rows.end(), [](const RowChange& row) {
+    FollowRows(step->rows);
+    return Outcome::Done();
+}
+
+void Station::FollowRows(const std::vector<RowChange>& rows) {
+    const bool hasDirections = std::any_of(rows.begin(), rows.end(), [](const RowChange& row) {
         return row.table.compare(QStringLiteral("Info-Direction"), Qt::CaseInsensitive) == 0;
     });
     // As when they are stored: the matrix shows the model.
@@ -30,11 +37,10 @@ Outcome Station::Stepped(const Result<EditHistory::Step>& step) {
             log.WriteLog(loaded.Error(), EventLog::Error);
     }
     NoteStoreChanged();
-    const auto there = std::find_if(step->rows.begin(), step->rows.end(),
+    const auto there = std::find_if(rows.begin(), rows.end(),
                                     [](const RowChange& row) { return row.kind != RowChange::Kind::Removed; });
-    const RowChange shown = there != step->rows.end() ? *there : step->rows.empty() ? RowChange() : step->rows.front();
+    const RowChange shown = there != rows.end() ? *there : rows.empty() ? RowChange() : rows.front();
     Q_EMIT RowsChanged(shown.table, shown.key, shown.fields.empty() ? QString() : shown.fields.front().column);
-    return Outcome::Done();
 }
 
 Result<> Station::UsableStore() const {
@@ -90,4 +96,35 @@ QCoro::Task<Outcome> Station::GoBackTo(SiteEvent event) {
         co_return Stepped(database.History().TakeFrom(event.path, tr("go back to the copy of %1").arg(event.moment)));
     co_return Stepped(
         database.History().GoBack(event.act, tr("go back to before \"%1\" of %2").arg(event.what, event.moment)));
+}
+
+QCoro::Task<Outcome> Station::ImportList(lists::Incoming incoming) {
+    if (const Result<> usable = UsableStore(); !usable)
+        co_return Outcome::Failed(usable.Error());
+    const bool goesOn = co_await CopyStore(QStringLiteral("import"));
+    if (!goesOn)
+        co_return Outcome::Cancelled();
+    const lists::Import import = lists::Take(database, incoming);
+    if (!import.error.isEmpty())
+        co_return Outcome::Failed(import.error);
+    if (!import.faults.empty())
+        co_return Outcome::Failed(tr("Nothing was imported: %1").arg(import.faults.front().why));
+    const std::optional<EditAct> act = database.History().NextUndo();
+    const Result<std::vector<RowChange>> rows =
+        act ? database.History().Rows(act->id) : Result<std::vector<RowChange>>(std::vector<RowChange>());
+    if (rows)
+        FollowRows(*rows);
+    co_return Outcome::Done(BoxKind::Information, tr("%1: %2 rows added, %3 rows taken over that were there.")
+                                                      .arg(lists::NameOf(incoming.list))
+                                                      .arg(import.added)
+                                                      .arg(import.changed));
+}
+
+Outcome Station::ExportList(lists::List list, const QString& path) {
+    const Result<std::vector<QStringList>> table = lists::Export(database, list);
+    if (!table)
+        return Outcome::Failed(table.Error());
+    const Result<> written = WriteWhole(path, delimited::Write(*table));
+    return written ? Outcome::Done(BoxKind::Information, tr("Saved to %1.").arg(path))
+                   : Outcome::Failed(written.Error());
 }

@@ -1,5 +1,7 @@
 #include "widgets/CellBlock.h"
 
+#include "platform/DelimitedText.h"
+
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -11,8 +13,8 @@
 
 namespace {
 
-constexpr qsizetype MostFaults = 12;     ///< cells that are told of one refused act
-constexpr qsizetype MostCells = 100'000; ///< of a block that comes from elsewhere
+constexpr qsizetype MostFaults = 12;       ///< cells that are told of one refused act
+constexpr qsizetype LongestText = 4 << 20; ///< characters of a block that comes from elsewhere
 
 QString tr(const char* text) {
     return QCoreApplication::translate("GridBlocks", text);
@@ -20,45 +22,6 @@ QString tr(const char* text) {
 
 QString BlockType() {
     return QStringLiteral("application/x-orvex-cells");
-}
-
-/// Lines of cells as spreadsheets copy them.
-std::vector<QStringList> CellsOf(const QString& text) {
-    std::vector<QStringList> rows;
-    QStringList row;
-    QString cell;
-    bool isQuoted = false;
-    qsizetype count = 0;
-    for (qsizetype i = 0; i < text.size() && count < MostCells; ++i) {
-        const QChar sign = text[i];
-        if (isQuoted) {
-            if (sign != u'"')
-                cell += sign;
-            else if (i + 1 < text.size() && text[i + 1] == u'"')
-                cell += text[++i];
-            else
-                isQuoted = false;
-        } else if (sign == u'"' && cell.isEmpty()) {
-            // A quote that nobody closes before the line ends is one of the text.
-            const qsizetype end = text.indexOf(u'"', i + 1);
-            isQuoted = end > 0;
-            if (!isQuoted)
-                cell += sign;
-        } else if (sign == u'\t' || sign == u'\n') {
-            row += cell;
-            cell.clear();
-            ++count;
-            if (sign == u'\n')
-                rows.push_back(std::exchange(row, {}));
-        } else if (sign != u'\r') {
-            cell += sign;
-        }
-    }
-    if (!cell.isEmpty() || !row.isEmpty()) {
-        row += cell;
-        rows.push_back(row);
-    }
-    return rows;
 }
 
 /// A text with the number at its end, or behind the number itself, counted up. Without one it stays as it is.
@@ -114,7 +77,7 @@ std::optional<CellBlock> cellblock::Of(const QMimeData* data) {
         }
         block.isStored = true;
     } else if (data->hasText()) {
-        block.rows = CellsOf(data->text());
+        block.rows = delimited::Cells(data->text().left(LongestText), u'\t');
     }
     return block.rows.empty() ? std::nullopt : std::optional(std::move(block));
 }

@@ -1,0 +1,92 @@
+#include "station/ListColumns.h"
+
+#include "database/Database.h"
+#include "tickets/VniText.h"
+
+#include <QCoreApplication>
+
+#include <algorithm>
+
+namespace lists {
+namespace {
+
+QString tr(const char* text) {
+    return QCoreApplication::translate("ListTransfer", text);
+}
+
+constexpr Column Services[] = {
+    {"ID", "q_Id", Holds::Key},
+    {"Service Name", "q_Name", Holds::Text},
+    {"Number", "q_Number", Holds::Number},
+    {"Description", "q_Description", Holds::Text},
+    {"Series", "q_Series", Holds::Number},
+    {"Button", "q_Button", Holds::Number},
+    {"Active", "q_On", Holds::YesNo},
+    {"Route To", "q_route", Holds::Number},
+    {"Notes", "q_Notes", Holds::Text},
+};
+constexpr Column Objects[] = {
+    {"ID", "d_Id", Holds::Key},
+    {"Counter Name", "d_Name", Holds::Text},
+    {"Number", "d_Number", Holds::Number},
+    {"Address", "d_Address", Holds::Number},
+    {"Type", "d_Type", Holds::Type},
+    {"Active", "d_On", Holds::YesNo},
+    {"HUB", "d_HubId", Holds::Object},
+};
+constexpr Column Assignments[] = {{"Service", "q_Id", Holds::Service}, {"Counter", "d_Id", Holds::Object}};
+constexpr Column ScanPlan[] = {{"Order", "Order", Holds::Number}, {"Object", "d_Id", Holds::Object}};
+constexpr Column Directions[] = {{"Display", "inf_Id", Holds::Object},
+                                 {"Counter", "d_Id", Holds::Object},
+                                 {"Direction", "Dir_Id", Holds::Direction}};
+constexpr Column HubMembers[] = {{"HUB", "d_HubId", Holds::Object}, {"Device", "d_Id", Holds::Object}};
+
+constexpr Description Descriptions[] = {
+    {List::Services, QT_TRANSLATE_NOOP("ListTransfer", "Services"), "Queue", "q_Number,q_Id", Services},
+    {List::Objects, QT_TRANSLATE_NOOP("ListTransfer", "Objects"), "Display", "d_Id", Objects},
+    {List::Assignments, QT_TRANSLATE_NOOP("ListTransfer", "Assignments"), "Queue-Display", "q_Id,ID", Assignments},
+    {List::ScanPlan, QT_TRANSLATE_NOOP("ListTransfer", "Scan plan"), "ScanPlan", "[Order],ID", ScanPlan},
+    {List::Directions, QT_TRANSLATE_NOOP("ListTransfer", "Directions"), "Info-Direction", "inf_Id,d_Id", Directions},
+    {List::HubMembers, QT_TRANSLATE_NOOP("ListTransfer", "HUB members"), "Display", "d_HubId,d_Id", HubMembers},
+};
+
+} // namespace
+
+const Description& Of(List list) {
+    return *std::find_if(std::begin(Descriptions), std::end(Descriptions),
+                         [list](const Description& one) { return one.list == list; });
+}
+
+Names::Names(const Database& database, bool areObjects)
+    : m_areObjects(areObjects) {
+    auto rows = database.Select({areObjects ? QStringLiteral("SELECT d_Id,d_Name,d_Number FROM Display")
+                                            : QStringLiteral("SELECT q_Id,q_Name,q_Number FROM Queue")});
+    while (rows && rows->next())
+        m_rows.push_back(
+            {rows->value(0).toInt(), vni::ToUnicode(rows->value(1).toString()).trimmed(), rows->value(2).toString()});
+}
+
+QString Names::Text(qint32 id) const {
+    const auto row = std::find_if(m_rows.begin(), m_rows.end(), [id](const Row& one) { return one.id == id; });
+    if (row == m_rows.end())
+        return {};
+    return !row->name.isEmpty() && Count(&Row::name, row->name) == 1 ? row->name : row->number;
+}
+
+Result<qint32> Names::Find(const QString& text) const {
+    for (const auto& field : {&Row::name, &Row::number}) {
+        const auto count = Count(field, text);
+        if (count == 1)
+            return std::find_if(m_rows.begin(), m_rows.end(), [&](const Row& one) { return one.*field == text; })->id;
+        if (count > 1)
+            return Failure{tr("There are %1 with \"%2\".").arg(count).arg(text)};
+    }
+    return Failure{m_areObjects ? tr("There is no object \"%1\".").arg(text)
+                                : tr("There is no service \"%1\".").arg(text)};
+}
+
+qsizetype Names::Count(QString Row::*field, const QString& text) const {
+    return std::count_if(m_rows.begin(), m_rows.end(), [&](const Row& one) { return one.*field == text; });
+}
+
+} // namespace lists
