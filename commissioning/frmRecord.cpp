@@ -77,14 +77,15 @@ void frmRecord::Refresh() {
 }
 
 void frmRecord::ListDevices() {
-    const QString chosen = m_ui->cboDevice->currentText();
+    const QVariant chosen = m_ui->cboDevice->currentData();
     const QSignalBlocker quiet(m_ui->cboDevice);
     m_ui->cboDevice->clear();
     m_ui->cboDevice->addItem(tr("All devices"));
     for (const auto& [device, name] : m_model->Devices())
         m_ui->cboDevice->addItem(tr("%1 (address %2)").arg(name).arg(device.address),
                                  QVariantList{device.type, device.address, device.hub});
-    m_ui->cboDevice->setCurrentIndex(std::max(0, m_ui->cboDevice->findText(chosen)));
+    m_ui->cboDevice->setCurrentIndex(chosen.isValid() ? std::max(0, m_ui->cboDevice->findData(chosen)) : 0);
+    Filter();
 }
 
 void frmRecord::Filter() {

@@ -116,36 +116,52 @@ Result<> LoadRecord::ReadIdentity() {
 }
 
 void LoadRecord::Open() {
-    m_standings.clear();
-    m_told.clear();
-    m_lastGood.clear();
     m_unwritten.clear();
-    m_identity.clear();
     m_fault.clear();
+    m_isKnown = false;
     if (!m_database.IsOpen()) {
+        m_standings.clear();
+        m_told.clear();
+        m_lastGood.clear();
         m_fault = QStringLiteral("No database is open.");
         return;
     }
-    if (const Result<> known = ReadIdentity(); !known) {
+    if (const Result<> known = Learn(); !known) {
         m_fault = known.Error();
         m_log.WriteLog(QStringLiteral("Loads are not recorded: ") + m_fault, EventLog::Error);
     }
-    if (m_identity.isEmpty())
-        return;
-    // What counts of each kind at each device: the last event, and the last good load.
+}
+
+Result<> LoadRecord::Learn() {
+    m_standings.clear();
+    m_told.clear();
+    m_lastGood.clear();
+    m_identity.clear();
+    Result<> known = ReadIdentity();
+    if (known)
+        known = ReadStandings();
+    m_isKnown = static_cast<bool>(known);
+    // What is not written yet counts all the same.
+    for (const LoadEntry& entry : m_unwritten)
+        Note(entry);
+    return known;
+}
+
+Result<> LoadRecord::ReadStandings() {
+    // What counts of each kind at each device: the last event, the last good load, the last one from a document.
     const QString select =
         QStringLiteral("SELECT [ID],%1 FROM LoadRecord WHERE [ID] IN ("
                        "SELECT MAX([ID]) FROM LoadRecord WHERE [Installation]=?1 "
-                       "GROUP BY [Type],[Address],[HubAddress],[Kind],[Event],[Outcome]) ORDER BY [ID]");
+                       "GROUP BY [Type],[Address],[HubAddress],[Kind],[Event],[Outcome],IFNULL([Source],'') LIKE "
+                       "'%.bin%') ORDER BY [ID]");
     auto rows = m_database.Select({select.arg(Columns()), {m_identity}});
     while (rows && rows->next()) {
         if (const std::optional<LoadEntry> entry = EntryOf(*rows))
             Note(*entry);
     }
-    if (!rows || rows->lastError().isValid()) {
-        m_fault = rows ? Sqlite::TextOf(rows->lastError()) : rows.Error();
-        m_log.WriteLog(QStringLiteral("The record of loads cannot be read: ") + m_fault, EventLog::Error);
-    }
+    if (!rows || rows->lastError().isValid())
+        return Failure{rows ? Sqlite::TextOf(rows->lastError()) : rows.Error()};
+    return {};
 }
 
 void LoadRecord::Note(const LoadEntry& entry) {
@@ -157,6 +173,8 @@ void LoadRecord::Note(const LoadEntry& entry) {
     standing.order = ++m_order;
     standing.last = entry;
     standing.last.content.clear();
+    if (!entry.source.isEmpty() && !entry.source.contains(QStringLiteral(".bin")))
+        standing.document = entry.source;
     if (entry.event == LoadEntry::Event::Ended && entry.end == LoadEntry::End::Done) {
         standing.good = standing.last;
         m_lastGood[entry.kind] = standing.last;
@@ -168,7 +186,7 @@ void LoadRecord::Append(LoadEntry entry) {
     if (entry.event == LoadEntry::Event::Ended && entry.hash.isEmpty())
         entry.hash = HashOf(entry.content);
     Note(entry);
-    if (m_identity.isEmpty())
+    if (!m_database.IsOpen())
         return;
     if (m_unwritten.size() < MostUnwritten)
         m_unwritten.push_back(std::move(entry));
@@ -176,7 +194,7 @@ void LoadRecord::Append(LoadEntry entry) {
 
 void LoadRecord::Flush() {
     while (!m_unwritten.empty()) {
-        const Result<> known = m_identity.isEmpty() ? ReadIdentity() : Result<>();
+        const Result<> known = m_isKnown ? Result<>() : Learn();
         const Result<> written = known ? Write(m_unwritten.front()) : known;
         if (written.Error() != m_fault) {
             m_fault = written.Error();

@@ -94,6 +94,7 @@ public:
     struct Standing {
         LoadEntry last;                ///< the last load that was begun or ended
         std::optional<LoadEntry> good; ///< the last one that ended well
+        QString document;              ///< source of the last load that was made from one, and not compiled before
         quint64 order = 0;             ///< of `last` among all that is known
     };
 
@@ -140,11 +141,14 @@ private:
 
     void Note(const LoadEntry& entry);
     Result<> Write(const LoadEntry& entry) const;
+    Result<> Learn();
     Result<> ReadIdentity();
+    Result<> ReadStandings();
 
     Database& m_database;
     EventLog& m_log;
     QString m_identity;
+    bool m_isKnown = false; ///< what the store holds has been read
     QString m_fault;
     std::vector<LoadEntry> m_unwritten;
     std::map<Place, Standing> m_standings;

@@ -316,6 +316,7 @@ void frmDesignTicket::SaveForm(const QString& path) {
     m_formPath = path;
     m_ui->lblFile->setText(QFileInfo(path).fileName());
     m_formChanged = false;
+    m_station.NoteFormsChanged();
     ShowPreview();
 }
 

@@ -237,7 +237,7 @@ void Bus::TakeStrictly(QByteArrayView characters) {
         m_reader.Feed(piece);
         if (!m_wait || !m_reader.ReplyComplete())
             continue;
-        if (IsForeign(FitOf(m_command, m_reader.ReceiveBuffer())))
+        if (!IsOwn(FitOf(m_command, m_reader.ReceiveBuffer()), m_command))
             m_reader.ClearReceiveState();
         else
             EndWait(Outcome::Answered);

@@ -77,7 +77,7 @@ public:
     /// Transmissions of a frame within one try.
     qint16 FrameRepeats = 1;
 
-    /// A good frame that answers something else (`IsForeign`) is passed over: the wait goes on.
+    /// A good frame that is no answer of the asked device (`IsOwn`) is passed over: the wait goes on.
     bool StrictReplies = false;
 
     /// As many characters as were sent are swallowed of what comes, by count: an answer may be byte for byte its

@@ -7,6 +7,7 @@
 #include "platform/Clock.h"
 #include "printers/PrinterConfig.h"
 #include "printers/TicketForms.h"
+#include "station/Inquiry.h"
 #include "station/LoadWatch.h"
 #include "tickets/VniText.h"
 
@@ -15,7 +16,8 @@
 namespace {
 
 constexpr int AskTimes = 3;
-constexpr int LoadTimes = 4; ///< once, and anew up to three times
+constexpr int LoadTimes = 4;  ///< once, and anew up to three times
+constexpr int TableTimes = 2; ///< whose rows are sent again one by one
 /// The frames of letters go out once each, so that on a bad line hardly any load of them is whole.
 constexpr int LetterTimes = 10;
 
@@ -86,13 +88,15 @@ QCoro::Task<bool> Commissioning::Ask(qint16 object) {
         }
     }
     visit.isAsked = true;
-    visit.answer = Visit::Answer::Silent;
+    const Visit::Answer before = std::exchange(visit.answer, Visit::Answer::Silent);
     Q_EMIT Advanced();
     bool goesOn = true;
     for (int i = 0; i < AskTimes && visit.answer != Visit::Answer::Answered; ++i) {
         goesOn = OnStep(tr("Asking %1").arg(NameOfDevice(object)));
-        if (!goesOn)
+        if (!goesOn) {
+            visit.answer = i == 0 ? before : visit.answer;
             break;
+        }
         const Reply reply = co_await m_parts.router.SendToObject(object, 'P', {}, Bus::DirectTimeout, 1);
         if (reply.isOwn)
             visit.answer = Visit::Answer::Answered;
@@ -181,8 +185,17 @@ QCoro::Task<bool> Commissioning::Load(Job job) {
     Q_EMIT Advanced();
     bool goesOn = true;
     bool isTaken = false;
-    const int times = job.payload.kind == LoadKind::Letters ? LetterTimes : LoadTimes;
+    const int times = job.payload.kind == LoadKind::Letters  ? LetterTimes
+                      : job.payload.kind == LoadKind::Tables ? TableTimes
+                                                             : LoadTimes;
     for (int i = 0; i < times && !isTaken; ++i) {
+        // One that has gone away meanwhile must not hold up the rest by all that it does not answer.
+        if (i > 0) {
+            goesOn = co_await Ask(job.object);
+            VisitOf(job.object).loading = job.payload.kind;
+            if (!goesOn || !VisitOf(job.object).IsReachable())
+                break;
+        }
         goesOn = OnStep(tr("%1: %2").arg(NameOfDevice(job.object), ::NameOf(job.payload.kind)));
         if (!goesOn)
             break;
@@ -213,6 +226,15 @@ QCoro::Task<Outcome> Commissioning::Run(What what, std::set<Choice> chosen) {
     m_loaded.clear();
     for (const model::QObject& object : m_parts.installation.LoadedObjects())
         m_visits[object.Id] = {};
+    const EchoFinding echo = co_await m_parts.inquiry.LookForEcho();
+    if (echo.has || echo.lacks) {
+        co_return Outcome::Failed(
+            echo.has
+                ? tr("The adapter echoes what is sent, so that nobody can tell whether a device is there. Nothing "
+                     "was loaded. Management > Line Test settles it.")
+                : tr("The station passes over an echo that does not come, and with it answers. Nothing was loaded. "
+                     "Management > Line Test settles it."));
+    }
     Plan(what, chosen);
     // What hangs behind a hub may answer only once the hub knows of it.
     bool goesOn = co_await AskAll(model::Hub);

@@ -13,6 +13,7 @@
 class DeviceClocks;
 class HubConfig;
 class HubRouter;
+class Inquiry;
 class LoadWatch;
 class PrinterConfig;
 
@@ -45,6 +46,7 @@ public:
     struct Parts {
         const model::Installation& installation;
         HubRouter& router;
+        Inquiry& inquiry;
         HubConfig& hubs;
         DeviceClocks& clocks;
         PrinterConfig& printers;
@@ -80,7 +82,8 @@ public:
     /// Asked before each command or load whether to go on. @param text what comes, for a user.
     std::function<bool(const QString& text)> OnStep = [](const QString&) { return true; };
 
-    /// Runs over the model as it stands. @param chosen what `Selected` loads.
+    /// Runs over the model as it stands, after a question to an address that nobody has: on a line that echoes nothing
+    /// would tell that a device is not there. @param chosen what `Selected` loads.
     /// @return done if all that was asked answered, and everything, or with `Selected` what was chosen, is in step.
     /// Else failed; its text counts and names what is not, and it names who was silent.
     QCoro::Task<Outcome> Run(What what, std::set<Choice> chosen);

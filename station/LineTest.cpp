@@ -31,6 +31,8 @@ void LineTest::List() {
         device.hubName = device.hub < 0 ? QString() : m_installation.Object(device.hub).Name;
         if (!place)
             device.verdict = Verdict::NotListed;
+        else if (!Inquiry::IsDeviceAddress(m_installation.Object(place->hub).Address))
+            device.verdict = Verdict::NoAddress;
     }
     for (Device& device : m_result.devices) {
         if (!Inquiry::IsDeviceAddress(device.address))
@@ -94,7 +96,8 @@ LineTest::Verdict LineTest::VerdictOf(const Device& device) const {
         return Verdict::OnlyEcho;
     if (device.isTwice)
         return Verdict::TwoDevices;
-    if (device.foreign > 0)
+    // An answer of another one that only came late stands beside the device's own.
+    if (device.foreign > 0 && device.silent > 0)
         return Verdict::AnotherDevice;
     if (device.answers == 0) {
         if (device.badSums > 0 || device.noise > 0)
@@ -106,7 +109,7 @@ LineTest::Verdict LineTest::VerdictOf(const Device& device) const {
         }
         return device.type == model::Display ? Verdict::SilentDisplay : Verdict::Silent;
     }
-    if (device.silent > 0 || device.badSums > 0)
+    if (device.silent > 0 || device.badSums > 0 || device.noise > 0 || device.foreign > 0)
         return Verdict::Disturbed;
     return 2 * device.slow >= device.answers ? Verdict::Slow : Verdict::Healthy;
 }

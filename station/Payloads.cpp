@@ -14,9 +14,12 @@ struct Words {
     Q_DECLARE_TR_FUNCTIONS(Payloads)
 };
 
-/// The source of the last load of a kind that is known: of the device itself, else of any.
+/// The source of the last load of a kind that is known: of the device itself, else of any. A document comes before a
+/// form that was compiled earlier, as the initialization sends it: that one may be older.
 QString SourceText(const LoadRecord& record, const DeviceIdentity& device, LoadKind kind) {
     if (const LoadRecord::Standing* const standing = record.Of(device, kind)) {
+        if (!standing->document.isEmpty())
+            return standing->document;
         if (!standing->last.source.isEmpty())
             return standing->last.source;
         if (standing->good && !standing->good->source.isEmpty())

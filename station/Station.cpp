@@ -60,11 +60,11 @@ Station::Station(const ProgramFolders& folders, const Machine& machine)
     , forms({*installation, router, clock, operationBoxes, log}, ProgramFolder, ini, CounterList())
     , check(database, options, clock)
     , hall(database, record, forms, options, clock)
-    , commissioning({*installation, router, hubs, clocks, printers, forms, record, watch, clock, log, CounterList(),
-                     [this] { return line.Settings.CommBaud.toInt(); }})
+    , inquiry(bus, router, *installation, clock)
+    , commissioning({*installation, router, inquiry, hubs, clocks, printers, forms, record, watch, clock, log,
+                     CounterList(), [this] { return line.Settings.CommBaud.toInt(); }})
     , run(*installation, options, bus, line, clock)
     , init({*installation, options, tickets, starts, hubs, printers, forms, clock})
-    , inquiry(bus, router, *installation, clock)
     , lineTest(inquiry, *installation)
     , scan(inquiry, *installation)
     , maintenance(
@@ -289,6 +289,7 @@ Outcome Station::StoreDirections(DirectionMatrix& directions) {
         return Outcome::Failed(updated.Error());
     if (const Result<> loaded = reload.ReloadDirections(); !loaded)
         return Outcome::Failed(loaded.Error());
+    Q_EMIT HallChanged();
     return Outcome::Done(BoxKind::Plain, QStringLiteral("Update Done."));
 }
 
@@ -349,6 +350,7 @@ void Station::UsePort(const QString& name, const QString& baud) {
 Outcome Station::SaveOptions(const Options& edited, const QString& resetAt) {
     options = edited;
     options.ResetAt = ResetTime(resetAt);
+    Q_EMIT HallChanged();
     if (WriteOptions(options, resetAt, ini))
         return Outcome::Done();
     return Outcome::Failed(tr("The settings could not be written to %1.").arg(ini.IniPath));

@@ -186,6 +186,8 @@ public:
 
     /// The store is ahead of the model: `RefreshIfChanged` will read it.
     void NoteStoreChanged();
+    /// A form or a logo has been saved.
+    void NoteFormsChanged() { Q_EMIT HallChanged(); }
 
     /// Brings the model up to date if the setup window has changed the store, as far as that is possible while the
     /// system runs. While an operation reads the model nothing happens, and the change is still to be taken.
@@ -345,10 +347,10 @@ protected:
     TicketForms forms;
     InstallationCheck check;
     HallState hall;
+    Inquiry inquiry;
     Commissioning commissioning;
     RunControl run;
     InitRun init;
-    Inquiry inquiry;
     LineTest lineTest;
     AddressScan scan;
     DataMaintenance maintenance;

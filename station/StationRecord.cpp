@@ -20,7 +20,7 @@ void Station::JoinRecord() {
     commissioning.OnStep = [this](const QString& text) {
         if (!m_isCancelled)
             Q_EMIT ProgressChanged(text, 0, 0);
-        return !m_isCancelled;
+        return !m_isCancelled && LineIsOpen();
     };
     connect(&watch, &LoadWatch::Entered, this, &Station::HallChanged);
     connect(this, &Station::ModelChanged, this, &Station::HallChanged);
@@ -61,6 +61,8 @@ QCoro::Task<Outcome> Station::CommissionHall(Commissioning::What what, std::set<
         Outcome outcome = co_await commissioning.Run(what, chosen);
         watch.EndAll();
         record.Flush();
+        if (!LineIsOpen() && !m_isCancelled)
+            co_return Outcome::Failed(tr("The line was closed before everything was done."));
         if (outcome.IsDone() && !record.Fault().isEmpty()) {
             outcome.kind = BoxKind::Exclamation;
             outcome.text += tr("\n\nNothing of it could be written down, and it is forgotten when the program ends: %1")

@@ -79,7 +79,10 @@ void LineLaws::Missed(bool isLineOpen) {
     if (waited > running.timeout + Patience + (m_timeline.Passed() - running.passed))
         OnBroken(
             QStringLiteral("the wait for %1 took %2 ms").arg(QString::fromLatin1(running.command)).arg(waited / 1ms));
-    const bool mayPassOver = IsStrict && IsForeign(running, m_last.bytes);
+    // What comes back as it was sent, data and all, is an echo.
+    const std::optional<frames::Parts> last = frames::Split(m_last.bytes);
+    const bool isEcho = m_last.bytes == running.frame && last && !last->data.isEmpty();
+    const bool mayPassOver = IsStrict && (isEcho || IsForeign(running, m_last.bytes));
     if (!mayPassOver && !m_last.isTaken && m_last.begun > running.written && m_last.ended < m_timeline.Now())
         OnBroken(QStringLiteral("a whole answer to %1 was passed over").arg(QString::fromLatin1(running.command)));
 }

@@ -125,8 +125,8 @@ TEST_F(CommissioningTest, OneRunBringsTheHallIntoStepAndTheNextOneOnlyAsks) {
 
     const Timeline::Moment begun = m_timeline.Now();
     EXPECT_TRUE(Commission().IsDone());
-    EXPECT_EQ(m_sent.size(), 4) << "a P for each device but the display";
-    EXPECT_LT(m_timeline.Now() - begun, 300ms);
+    EXPECT_EQ(m_sent.size(), 5) << "a P for each device but the display, and one that looks for an echo";
+    EXPECT_LT(m_timeline.Now() - begun, 1200ms);
     const QByteArrayList asked = m_sent;
     EXPECT_TRUE(Commission(What::Verify).IsDone());
     EXPECT_EQ(m_sent.size(), asked.size());
@@ -162,20 +162,19 @@ std::vector<Lie> Lies() {
     deaf.Deaf = {{'M', 0}};
     FaultSettings late;
     late.LateMilliseconds = 900;
-    return {
-        {"EchoWithoutDevices",
-         echo,
-         "counter 99 1 Nobody\n",
-         {QStringLiteral("3 of 5 devices are not in step"), QStringLiteral("commands were answered by something else")},
-         0,
-         "Set config to all objects OK."},
-        {"PrinterThatTakesNoRow0",
-         deaf,
-         nullptr,
-         {QStringLiteral("2 of 5 devices are not in step"), QStringLiteral("service row 0 (A) was not taken")},
-         8,
-         "Set config to all objects OK."},
-        {"EveryAnswerLate", late, nullptr, {QStringLiteral("4 of 5 devices are not in step")}, 0, nullptr}};
+    return {{"EchoWithoutDevices",
+             echo,
+             "counter 99 1 Nobody\n",
+             {QStringLiteral("The adapter echoes what is sent")},
+             0,
+             "Set config to all objects OK."},
+            {"PrinterThatTakesNoRow0",
+             deaf,
+             nullptr,
+             {QStringLiteral("2 of 5 devices are not in step"), QStringLiteral("service row 0 (A) was not taken")},
+             8,
+             "Set config to all objects OK."},
+            {"EveryAnswerLate", late, nullptr, {QStringLiteral("4 of 5 devices are not in step")}, 0, nullptr}};
 }
 
 class CommissioningOfLiars : public CommissioningTest, public ::testing::WithParamInterface<Lie> {};
@@ -207,6 +206,44 @@ TEST_P(CommissioningOfLiars, AreToldInTheRightWords) {
 
 INSTANTIATE_TEST_SUITE_P(Lines, CommissioningOfLiars, ::testing::ValuesIn(Lies()),
                          [](const auto& lie) { return std::string(lie.param.name); });
+
+TEST_F(CommissioningTest, AnEchoDoesNotPassForAHallThatWasInStep) {
+    Start();
+    ASSERT_TRUE(Commission().IsDone());
+    FaultSettings faults;
+    faults.Echo = true;
+    for (int address = 0; address <= 207; ++address)
+        faults.Silent.insert(static_cast<quint8>(address));
+    m_line->SetFaults(faults);
+    for (const What what : {What::Verify, What::NotInStep}) {
+        const Outcome outcome = Commission(what);
+        EXPECT_EQ(outcome.end, Outcome::End::Failed);
+        EXPECT_TRUE(outcome.text.contains(QStringLiteral("echoes"))) << qPrintable(outcome.text);
+    }
+}
+
+TEST_F(CommissioningTest, APrinterThatGoesAwayDoesNotHoldTheRunUp) {
+    Start();
+    FaultSettings faults;
+    faults.Deaf = {{'K', std::nullopt}, {'M', std::nullopt}, {'N', std::nullopt}};
+    m_line->SetFaults(faults);
+    bool isGone = false;
+    const QMetaObject::Connection watching = ::QObject::connect(
+        &m_station->LastCommissioning(), &Commissioning::Advanced, &m_station->LastCommissioning(), [&] {
+            for (const auto& [key, visit] : m_station->LastCommissioning().Visits())
+                isGone |= visit.loading == LoadKind::Tables;
+            if (isGone) {
+                faults.Silent = {32, 33};
+                m_line->SetFaults(faults);
+            }
+        });
+    const Timeline::Moment begun = m_timeline.Now();
+    const Outcome outcome = Commission();
+    ::QObject::disconnect(watching);
+    EXPECT_TRUE(isGone);
+    EXPECT_EQ(outcome.end, Outcome::End::Failed);
+    EXPECT_LT(m_timeline.Now() - begun, 120s) << "two tables of three rows, each tried once";
+}
 
 TEST_F(CommissioningTest, ASilentHubAndWhatStandsBehindItDoNotStopTheRest) {
     Start();
