@@ -1,30 +1,23 @@
 #include "commissioning/TableText.h"
 
+#include "platform/DelimitedText.h"
+
 #include <QAbstractItemModel>
 
 #include <algorithm>
-#include <functional>
 
 namespace {
 
-QString Line(const QAbstractItemModel& model, const QModelIndex& row, const std::function<QString(QString)>& cell,
-             QChar separator) {
+/// The cells of a row, of the titles for an invalid one. A row below another one begins with the name of that: by
+/// itself nobody would know what it is about.
+QStringList CellsOf(const QAbstractItemModel& model, const QModelIndex& row) {
     QStringList cells;
     for (int column = 0; column < model.columnCount(); ++column)
-        cells += cell(row.isValid() ? row.siblingAtColumn(column).data().toString()
-                                    : model.headerData(column, Qt::Horizontal).toString());
-    return cells.join(separator);
-}
-
-QString CsvCell(QString text) {
-    if (!text.isEmpty() && QStringLiteral("=+-@\t\r").contains(text[0]))
-        text.prepend(u'\'');
-    const bool isPlain = std::none_of(text.begin(), text.end(),
-                                      [](QChar c) { return c == u',' || c == u'"' || c == u'\n' || c == u'\r'; });
-    if (isPlain)
-        return text;
-    text.replace(QStringLiteral("\""), QStringLiteral("\"\""));
-    return u'"' + text + u'"';
+        cells += row.isValid() ? row.siblingAtColumn(column).data().toString()
+                               : model.headerData(column, Qt::Horizontal).toString();
+    if (row.parent().isValid() && !cells.isEmpty())
+        cells[0] = row.parent().data().toString() + QStringLiteral(" / ") + cells[0];
+    return cells;
 }
 
 QString TabbedCell(QString text) {
@@ -60,15 +53,19 @@ QString tabletext::Tabbed(const QAbstractItemModel& model, const QModelIndexList
         };
         return place(a) < place(b);
     });
-    QString text = Line(model, {}, TabbedCell, u'\t') + u'\n';
-    for (const QModelIndex& row : std::as_const(ordered))
-        text += Line(model, row, TabbedCell, u'\t') + u'\n';
+    ordered.prepend(QModelIndex());
+    QString text;
+    for (const QModelIndex& row : std::as_const(ordered)) {
+        QStringList cells = CellsOf(model, row);
+        std::transform(cells.begin(), cells.end(), cells.begin(), TabbedCell);
+        text += cells.join(u'\t') + u'\n';
+    }
     return text;
 }
 
 QByteArray tabletext::Csv(const QAbstractItemModel& model) {
-    QByteArray csv = Line(model, {}, CsvCell, u',').toUtf8() + "\r\n";
+    std::vector<QStringList> rows{CellsOf(model, {})};
     for (const QModelIndex& row : AllRows(model))
-        csv += Line(model, row, CsvCell, u',').toUtf8() + "\r\n";
-    return csv;
+        rows.push_back(CellsOf(model, row));
+    return delimited::Write(rows);
 }

@@ -13,8 +13,8 @@ namespace tabletext {
 /// @param rows of the first column, in any order; those of a tree too; all rows if there are none.
 QString Tabbed(const QAbstractItemModel& model, const QModelIndexList& rows);
 
-/// All rows, separated by commas (RFC 4180), under the titles, UTF-8. The rows of a tree come behind their parents. A
-/// cell that a spreadsheet would take for a formula gets an apostrophe in front.
+/// All rows under the titles, see `delimited::Write`. The rows of a tree come behind their parents and begin with the
+/// names of those.
 QByteArray Csv(const QAbstractItemModel& model);
 
 } // namespace tabletext

@@ -5,6 +5,7 @@
 #include <QStringDecoder>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <optional>
 
@@ -15,7 +16,7 @@ namespace {
 /// The text of bytes in Windows-1258, whose tone marks stand behind their letters.
 std::optional<QString> FromVietnamese(const QByteArray& bytes) {
     const iconv_t converter = iconv_open("UTF-8", "CP1258");
-    if (converter == reinterpret_cast<iconv_t>(-1))
+    if (reinterpret_cast<std::intptr_t>(converter) == -1)
         return std::nullopt;
     QByteArray text(bytes.size() * 4 + 16, Qt::Uninitialized);
     char* from = const_cast<char*>(bytes.data());

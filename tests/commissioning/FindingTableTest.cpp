@@ -8,8 +8,9 @@ TEST(FindingTable, WhatIsSavedCanBeReadBackAndIsNoFormula) {
     table.SetRows({{{QStringLiteral("=cmd|' /C calc'!A0"), QStringLiteral("1")}, true},
                    {{QStringLiteral("Quầy \"1\", lầu 2"), QStringLiteral("-2")}},
                    {{QStringLiteral("two\nlines"), QString()}}});
-    EXPECT_EQ(tabletext::Csv(table).toStdString(), "Device,Address\r\n'=cmd|' /C calc'!A0,1\r\n"
-                                                   "\"Quầy \"\"1\"\", lầu 2\",'-2\r\n\"two\nlines\",\r\n");
+    EXPECT_EQ(tabletext::Csv(table).toStdString(), "\xEF\xBB\xBF"
+                                                   "Device,Address\r\n'=cmd|' /C calc'!A0,1\r\n"
+                                                   "\"Quầy \"\"1\"\", lầu 2\",-2\r\n\"two\nlines\",\r\n");
     EXPECT_EQ(tabletext::Tabbed(table, {table.index(2, 0), table.index(0, 0)}),
               QStringLiteral("Device\tAddress\n=cmd|' /C calc'!A0\t1\ntwo lines\t\n"));
     EXPECT_EQ(tabletext::Tabbed(table, {}).count(u'\n'), 4);
