@@ -26,12 +26,14 @@ QString DurationText(std::chrono::milliseconds time) {
                         : HallModel::tr("%1 min %2 s").arg(seconds / 60).arg(seconds % 60);
 }
 
-void HallModel::Show(std::vector<DeviceState> hall, std::map<qint32, QString> words) {
+void HallModel::Show(std::vector<DeviceState> hall, std::map<qint32, QString> words,
+                     std::set<Commissioning::Choice> loading) {
     const bool isSame = HaveSameRows(m_hall, hall);
     if (!isSame)
         beginResetModel();
     m_hall = std::move(hall);
     m_words = std::move(words);
+    m_loading = std::move(loading);
     // What is no longer there cannot be chosen.
     std::set<Commissioning::Choice> there;
     for (const DeviceState& device : m_hall) {
@@ -174,6 +176,8 @@ QVariant HallModel::data(const QModelIndex& index, int role) const {
     switch (role) {
     case Qt::DisplayRole:
     case Qt::ToolTipRole:
+        if (item && m_loading.contains({device.key, item->kind}) && (index.column() == State || index.column() == Why))
+            return index.column() == State ? tr("being loaded") : QString();
         return item ? ItemText(*item, index.column()) : DeviceText(device, index.column());
     case Qt::CheckStateRole:
         if (index.column() == What && !device.items.empty())
@@ -183,6 +187,8 @@ QVariant HallModel::data(const QModelIndex& index, int role) const {
         return QVariant::fromValue(Qt::AlignVCenter |
                                    (index.column() == Size || index.column() == Time ? Qt::AlignRight : Qt::AlignLeft));
     case StateRole:
+        if (item && m_loading.contains({device.key, item->kind}))
+            return static_cast<int>(StepState::Nothing);
         return static_cast<int>(item ? item->state : device.state);
     default:
         return {};

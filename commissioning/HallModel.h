@@ -18,7 +18,9 @@ public:
 
     /// Shows the hall as it is now; what is checked stays checked.
     /// @param words about each device, by `d_Id`, that stand in place of its state.
-    void Show(std::vector<DeviceState> hall, std::map<qint32, QString> words);
+    /// @param loading what is being loaded at this moment, and has no state meanwhile.
+    void Show(std::vector<DeviceState> hall, std::map<qint32, QString> words,
+              std::set<Commissioning::Choice> loading = {});
 
     const std::vector<DeviceState>& Hall() const { return m_hall; }
 
@@ -51,6 +53,7 @@ private:
 
     std::vector<DeviceState> m_hall;
     std::map<qint32, QString> m_words;
+    std::set<Commissioning::Choice> m_loading;
     std::set<Commissioning::Choice> m_chosen;
 };
 

@@ -108,6 +108,8 @@ QString RecordModel::Text(const LoadEntry& entry, int column) const {
         const QDateTime begun = QDateTime::fromString(entry.begun, format);
         return isEnd ? tr("%1 s").arg(begun.secsTo(QDateTime::fromString(entry.ended, format))) : QString();
     }
+    case Ended:
+        return entry.ended;
     case User:
         return entry.user;
     case Port:
@@ -142,9 +144,9 @@ QVariant RecordModel::data(const QModelIndex& index, int role) const {
 QVariant RecordModel::headerData(int section, Qt::Orientation orientation, int role) const {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return QAbstractTableModel::headerData(section, orientation, role);
-    const QString titles[Columns] = {tr("Begun"),       tr("Device"),  tr("What"),     tr("Outcome"),
-                                     tr("Why"),         tr("Bytes"),   tr("Commands"), tr("Tries"),
-                                     tr("Own answers"), tr("Foreign"), tr("Flags"),    tr("Took"),
-                                     tr("User"),        tr("Port"),    tr("Version"),  tr("SHA-256")};
+    const QString titles[Columns] = {tr("Begun"),   tr("Device"),   tr("What"),  tr("Outcome"),     tr("Why"),
+                                     tr("Bytes"),   tr("Commands"), tr("Tries"), tr("Own answers"), tr("Foreign"),
+                                     tr("Flags"),   tr("Took"),     tr("Ended"), tr("User"),        tr("Port"),
+                                     tr("Version"), tr("SHA-256")};
     return section < Columns ? titles[section] : QVariant();
 }

@@ -22,6 +22,7 @@ public:
         Foreign,
         Flags,
         Took,
+        Ended,
         User,
         Port,
         Version,

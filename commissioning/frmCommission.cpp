@@ -105,11 +105,15 @@ void frmCommission::Run(Commissioning::What what) {
 void frmCommission::Refresh() {
     const Result<std::vector<DeviceState>> hall = m_station.Hall();
     std::map<qint32, QString> words;
-    for (const auto& [key, visit] : m_station.LastCommissioning().Visits())
+    std::set<Commissioning::Choice> loading;
+    for (const auto& [key, visit] : m_station.LastCommissioning().Visits()) {
         words[key] = m_station.LastCommissioning().WordsOf(key);
+        if (visit.loading)
+            loading.insert({key, *visit.loading});
+    }
     QStringList faults;
     if (hall)
-        m_model->Show(*hall, words);
+        m_model->Show(*hall, words, loading);
     else
         faults += hall.Error();
     if (const QString& fault = m_station.Record().Fault(); !fault.isEmpty())
@@ -148,7 +152,13 @@ void frmCommission::ShowProgress(const QString& text, int done, int total) {
 
 void frmCommission::ShowRemaining() {
     const std::chrono::milliseconds remaining = m_station.LastCommissioning().Remaining();
-    m_ui->lblRemaining->setText(remaining.count() > 0 ? tr("about %1 to go").arg(DurationText(remaining)) : QString());
+    const auto [begun, all] = m_station.LastCommissioning().Loads();
+    QStringList words;
+    if (begun > 0)
+        words += tr("load %1 of %2").arg(begun).arg(all);
+    if (remaining.count() > 0)
+        words += tr("about %1 to go").arg(DurationText(remaining));
+    m_ui->lblRemaining->setText(words.join(QStringLiteral(", ")));
 }
 
 void frmCommission::Copy() {

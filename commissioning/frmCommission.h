@@ -39,5 +39,4 @@ private:
     HallModel* m_model;
     QTimer* m_refresh;   ///< many changes are shown at once
     QTimer* m_remaining; ///< while an operation runs
-    bool m_isCommissioning = false;
 };

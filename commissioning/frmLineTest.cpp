@@ -20,6 +20,7 @@
 namespace {
 
 constexpr int FollowingTime = 150; ///< milliseconds
+constexpr int CountingTime = 1000; ///< milliseconds
 constexpr int RowPadding = 6;      ///< pixels beside the height of a line
 constexpr int LeastOfName = 80;    ///< pixels
 constexpr int MostOfName = 150;
@@ -43,13 +44,16 @@ frmLineTest::frmLineTest(Station& station)
     , m_ui(std::make_unique<Ui::frmLineTest>())
     , m_devices(new FindingTable(findings::TestColumns(), this))
     , m_addresses(new FindingTable(findings::ScanColumns(), this))
+    , m_counts(new FindingTable(findings::CountColumns(), this))
     , m_following(new QTimer(this))
+    , m_counting(new QTimer(this))
     , m_isScanned(!station.Scanned().rows.empty()) {
     m_ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     m_ui->spnRounds->setMaximum(LineTest::MostRounds);
     SetUpTable(*m_ui->tblDevices, m_devices, {0, 2});
     SetUpTable(*m_ui->tblAddresses, m_addresses, {1, 2});
+    SetUpTable(*m_ui->tblCounts, m_counts, {0, 0});
     JoinParts();
     ShowFindings();
     ShowBusy();
@@ -92,7 +96,12 @@ void frmLineTest::JoinParts() {
     connect(m_ui->tblAddresses->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &frmLineTest::OfferTypes);
     connect(m_addresses, &QAbstractItemModel::modelReset, this, &frmLineTest::OfferTypes);
-    connect(m_ui->tabs, &QTabWidget::currentChanged, this, &frmLineTest::ShowBusy);
+    connect(m_ui->tabs, &QTabWidget::currentChanged, this, [this] {
+        ShowCounts();
+        ShowBusy();
+    });
+    connect(m_counting, &QTimer::timeout, this, &frmLineTest::ShowCounts);
+    m_counting->start(CountingTime);
     connect(&m_station, &Station::BusyChanged, this, [this](bool isBusy) {
         // What begins while a box about ours still stands open is another's.
         m_isOurs &= isBusy;
@@ -181,6 +190,11 @@ void frmLineTest::ShowFindings() {
         m_ui->lblScanned->setText(AddressScan::SummaryOf(m_station.Scanned()));
 }
 
+void frmLineTest::ShowCounts() {
+    if (m_ui->tabs->currentWidget() == m_ui->tabCounts)
+        m_counts->SetRows(findings::CountRows(m_station.Statistics(), m_station.Model()));
+}
+
 void frmLineTest::OfferTypes() {
     const auto& rows = m_station.Scanned().rows;
     bool isUnknown = false;
@@ -209,11 +223,13 @@ void frmLineTest::Add(int type) {
 }
 
 QTableView& frmLineTest::ShownTable() const {
-    return m_ui->tabs->currentWidget() == m_ui->tabTest ? *m_ui->tblDevices : *m_ui->tblAddresses;
+    QTableView* const tables[] = {m_ui->tblDevices, m_ui->tblAddresses, m_ui->tblCounts};
+    return *tables[m_ui->tabs->currentIndex()];
 }
 
 FindingTable& frmLineTest::ShownModel() const {
-    return m_ui->tabs->currentWidget() == m_ui->tabTest ? *m_devices : *m_addresses;
+    FindingTable* const models[] = {m_devices, m_addresses, m_counts};
+    return *models[m_ui->tabs->currentIndex()];
 }
 
 void frmLineTest::Copy() {

@@ -41,6 +41,7 @@ private:
     void ShowBusy();
     void ShowProgress(const QString& text, int done, int total);
     void ShowFindings();
+    void ShowCounts();
     void OfferTypes();
     void Add(int type);
     QTableView& ShownTable() const;
@@ -51,7 +52,9 @@ private:
     std::unique_ptr<Ui::frmLineTest> m_ui;
     FindingTable* m_devices;
     FindingTable* m_addresses;
+    FindingTable* m_counts;
     QTimer* m_following;
+    QTimer* m_counting;
     bool m_isOurs = false; ///< the running operation was begun here
     bool m_isScanned = false;
 };

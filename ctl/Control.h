@@ -20,7 +20,7 @@ enum class Status {
 
 /// What the command line asks for.
 struct Request {
-    QString verb;                ///< "check", "load", "hubs" or "init"
+    QString verb;                ///< "check", "load", "hubs", "init", "commission" or "verify"
     QString store;               ///< a database, or an older one to be taken over
     std::optional<QString> port; ///< that of the settings where it is not given
     std::optional<QString> baud; ///< bit/s
@@ -41,4 +41,5 @@ Reading ReadCommandLine(const QStringList& words);
 ///
 /// - `check` looks for what cannot be loaded or sent; it needs no line.
 /// - `load` loads every printer, `hubs` sends the configuration block to every hub, `init` runs the initialization.
+/// - `commission` loads what is not in step, `verify` asks the devices only; see `Commissioning`.
 QCoro::Task<Status> Carry(Station& station, Request request);

@@ -188,21 +188,50 @@ void LoadRecord::Append(LoadEntry entry) {
     Note(entry);
     if (!m_database.IsOpen())
         return;
-    if (m_unwritten.size() < MostUnwritten)
-        m_unwritten.push_back(std::move(entry));
+    if (m_unwritten.size() >= MostUnwritten)
+        ForgetOne();
+    m_unwritten.push_back(std::move(entry));
+}
+
+void LoadRecord::ForgetOne() {
+    // Rather one that says nothing any more because the same was loaded again.
+    auto oldest = m_unwritten.begin();
+    while (oldest != m_unwritten.end() &&
+           std::none_of(std::next(oldest), m_unwritten.end(), [&oldest](const LoadEntry& later) {
+               return later.device == oldest->device && later.kind == oldest->kind &&
+                      later.event == LoadEntry::Event::Begun;
+           }))
+        ++oldest;
+    m_unwritten.erase(oldest == m_unwritten.end() ? m_unwritten.begin() : oldest);
+}
+
+void LoadRecord::Tell(const Result<>& written) {
+    if (written.Error() == m_fault)
+        return;
+    m_fault = written.Error();
+    if (written)
+        m_log.WriteLog(QStringLiteral("Loads are recorded again."));
+    else
+        m_log.WriteLog(QStringLiteral("Loads are not recorded: ") + m_fault, EventLog::Error);
+}
+
+Result<> LoadRecord::Try() {
+    if (m_unwritten.empty()) {
+        Result<> taken = m_isKnown ? Result<>() : Learn();
+        if (taken)
+            taken = m_database.Run({QStringLiteral("UPDATE LoadIdentity SET [Identity]=[Identity]")});
+        Tell(taken);
+    } else {
+        Flush();
+    }
+    return m_fault.isEmpty() ? Result<>() : Failure{m_fault};
 }
 
 void LoadRecord::Flush() {
     while (!m_unwritten.empty()) {
         const Result<> known = m_isKnown ? Result<>() : Learn();
         const Result<> written = known ? Write(m_unwritten.front()) : known;
-        if (written.Error() != m_fault) {
-            m_fault = written.Error();
-            if (written)
-                m_log.WriteLog(QStringLiteral("Loads are recorded again."));
-            else
-                m_log.WriteLog(QStringLiteral("Loads are not recorded: ") + m_fault, EventLog::Error);
-        }
+        Tell(written);
         if (!written)
             return;
         m_unwritten.erase(m_unwritten.begin());

@@ -111,6 +111,10 @@ public:
     /// called before the store is closed. What cannot be written: see `Fault`.
     void Flush();
 
+    /// Writes like `Flush`, and where there is nothing to write tries whether the store takes something.
+    /// @return failed with `Fault` if it does not.
+    Result<> Try();
+
     /// Why the store does not take entries, for a user; empty if it does.
     const QString& Fault() const { return m_fault; }
 
@@ -140,6 +144,10 @@ private:
     };
 
     void Note(const LoadEntry& entry);
+    /// Makes room among what waits.
+    void ForgetOne();
+    /// Follows whether the store takes entries.
+    void Tell(const Result<>& written);
     Result<> Write(const LoadEntry& entry) const;
     Result<> Learn();
     Result<> ReadIdentity();

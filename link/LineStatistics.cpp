@@ -67,6 +67,8 @@ void LineStatistics::OnSent(quint8 address, const QByteArray& frame, int attempt
 void LineStatistics::OnReceived(const QByteArray& frame, bool isGood, bool isAwaited) {
     if (!isAwaited) {
         ++m_all.unasked;
+        if (const std::optional<frames::Parts> parts = isGood ? frames::Split(frame) : std::nullopt)
+            ++m_byAddress[parts->address].unasked;
         return;
     }
     const bool isForeign = isGood && IsForeign(FitOf(m_command, frame));

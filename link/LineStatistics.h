@@ -45,12 +45,14 @@ public:
         quint64 foreign = 0;   ///< frames that came as the answer and answer something else, taken or passed over
         quint64 asSent = 0;    ///< answers that repeat the command
         quint64 badSums = 0;   ///< frames with a bad check sum while this address was awaited
-        quint64 unasked = 0;   ///< frames that nobody awaited; only in all
+        quint64 unasked = 0;   ///< frames that nobody awaited, of the address in their head; damaged ones only in all
         RoundTrips roundTrips; ///< from writing the frame to the end of the answer
     };
 
     /// Counts from now on. The references must outlive the statistics.
     LineStatistics(const Bus& bus, const Clock& clock, QObject* parent = nullptr);
+
+    static constexpr int Addresses = 256;
 
     /// Of the devices that were addressed so; of a device behind a hub the hub's address.
     const Counters& Of(quint8 address) const { return m_byAddress[address]; }
@@ -63,7 +65,7 @@ private:
 
     const Clock& m_clock;
     Counters m_all;
-    std::array<Counters, 256> m_byAddress;
+    std::array<Counters, Addresses> m_byAddress;
     QByteArray m_command;
     quint8 m_address = 0;
     bool m_isFirstTry = false;

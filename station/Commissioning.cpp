@@ -124,18 +124,22 @@ void Commissioning::Plan(What what, const std::set<Choice>& chosen) {
     Payloads payloads = MakePayloads();
     for (qint16 object = 0; object < m_parts.installation.NumObjects; ++object) {
         for (Payload& payload : payloads.Of(object)) {
-            const bool isChosen =
-                what == What::Selected
-                    ? chosen.contains({m_parts.installation.Object(object).Id, payload.kind})
-                    : HallState::StateOf(payload, Identity(object), m_parts.record).state != StepState::InStep;
+            const StepState state = HallState::StateOf(payload, Identity(object), m_parts.record).state;
+            const bool isChosen = what == What::Selected
+                                      ? chosen.contains({m_parts.installation.Object(object).Id, payload.kind})
+                                      : state != StepState::InStep;
             if (isChosen)
-                m_jobs.push_back({object, std::move(payload)});
+                m_jobs.push_back({object, std::move(payload), state});
         }
     }
     std::stable_sort(m_jobs.begin(), m_jobs.end(),
                      [](const Job& one, const Job& other) { return one.payload.kind < other.payload.kind; });
     std::chrono::milliseconds time{0};
     for (const Job& job : m_jobs) {
+        const bool isLoaded = job.payload.fault.isEmpty() && VisitOf(job.object).IsReachable() &&
+                              (what == What::Selected || job.state != StepState::NotAsked);
+        if (!isLoaded)
+            continue;
         const bool isRelayed = m_parts.installation.Object(job.object).HubId != 0;
         time += Payloads::LoadTime(job.payload, m_parts.baud(), isRelayed);
     }
@@ -197,6 +201,8 @@ QCoro::Task<bool> Commissioning::Load(Job job) {
                 break;
         }
         goesOn = OnStep(tr("%1: %2").arg(NameOfDevice(job.object), ::NameOf(job.payload.kind)));
+        if (goesOn)
+            goesOn = co_await OnLoad();
         if (!goesOn)
             break;
         co_await Send(job);
@@ -214,6 +220,7 @@ QCoro::Task<bool> Commissioning::LoadAll(LoadKind from, LoadKind to) {
     while (!m_jobs.empty() && m_jobs.front().payload.kind >= from && m_jobs.front().payload.kind <= to) {
         const Job job = m_jobs.front();
         m_jobs.erase(m_jobs.begin());
+        ++m_begun;
         const bool goesOn = co_await Load(job);
         if (!goesOn)
             co_return false;
@@ -224,6 +231,7 @@ QCoro::Task<bool> Commissioning::LoadAll(LoadKind from, LoadKind to) {
 QCoro::Task<Outcome> Commissioning::Run(What what, std::set<Choice> chosen) {
     m_visits.clear();
     m_loaded.clear();
+    m_begun = 0;
     for (const model::QObject& object : m_parts.installation.LoadedObjects())
         m_visits[object.Id] = {};
     const EchoFinding echo = co_await m_parts.inquiry.LookForEcho();
@@ -266,6 +274,7 @@ Outcome Commissioning::Sum(What what, const std::set<Choice>& chosen) const {
     QStringList silent;
     QStringList lines;
     int devices = 0;
+    int holding = 0;
     for (qint16 object = 0; object < m_parts.installation.NumObjects; ++object) {
         const model::QObject& device = m_parts.installation.Object(object);
         QStringList faults;
@@ -274,7 +283,9 @@ Outcome Commissioning::Sum(What what, const std::set<Choice>& chosen) const {
         if (const auto visit = m_visits.find(device.Id);
             visit != m_visits.end() && visit->second.answer == Visit::Answer::Silent)
             silent += NameOfDevice(object);
-        for (const Payload& payload : payloads.Of(object)) {
+        const std::vector<Payload> things = payloads.Of(object);
+        holding += things.empty() ? 0 : 1;
+        for (const Payload& payload : things) {
             if (what == What::Selected && !chosen.contains({device.Id, payload.kind}))
                 continue;
             const HeldItem item = HallState::StateOf(payload, Identity(object), m_parts.record);
@@ -287,9 +298,9 @@ Outcome Commissioning::Sum(What what, const std::set<Choice>& chosen) const {
             lines += NameOfDevice(object) + QStringLiteral(": ") + faults.join(QStringLiteral("; "));
     }
     if (lines.isEmpty())
-        return Outcome::Done(BoxKind::Information, what == What::Selected
-                                                       ? tr("What was chosen is loaded and in step.")
-                                                       : tr("All %1 devices are in step.").arg(devices));
+        return Outcome::Done(BoxKind::Information,
+                             what == What::Selected ? tr("What was chosen is loaded and in step.")
+                                                    : tr("All %1 devices that are loaded are in step.").arg(holding));
     constexpr qsizetype MostLines = 12;
     QString text = tr("%1 of %2 devices are not in step:").arg(lines.size()).arg(devices) + u'\n' +
                    lines.first(std::min(lines.size(), MostLines)).join(u'\n');

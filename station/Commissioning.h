@@ -82,6 +82,9 @@ public:
     /// Asked before each command or load whether to go on. @param text what comes, for a user.
     std::function<bool(const QString& text)> OnStep = [](const QString&) { return true; };
 
+    /// Asked before each load, behind `OnStep`, whether it can be written down what it makes of the device.
+    std::function<QCoro::Task<bool>()> OnLoad = []() -> QCoro::Task<bool> { co_return true; };
+
     /// Runs over the model as it stands, after a question to an address that nobody has: on a line that echoes nothing
     /// would tell that a device is not there. @param chosen what `Selected` loads.
     /// @return done if all that was asked answered, and everything, or with `Selected` what was chosen, is in step.
@@ -96,6 +99,8 @@ public:
 
     /// How long the run will take yet, as far as it is known: wire time and pauses of what is still to be loaded.
     std::chrono::milliseconds Remaining() const;
+    /// How many loads were begun in this run, and how many there are with those to come, as far as it is known.
+    std::pair<int, int> Loads() const { return {m_begun, m_begun + static_cast<int>(m_jobs.size())}; }
 
 Q_SIGNALS:
     /// Something was asked, begun or ended.
@@ -105,6 +110,7 @@ private:
     struct Job {
         qint16 object = 0;
         Payload payload;
+        StepState state = StepState::NeverLoaded; ///< when it was planned
     };
 
     QCoro::Task<bool> Ask(qint16 object);
@@ -124,5 +130,6 @@ private:
     std::map<qint32, Visit> m_visits;
     std::vector<Job> m_jobs;   ///< still to be done
     std::set<qint16> m_loaded; ///< printers that got something in this run
+    int m_begun = 0;           ///< loads
     Clock::Instant m_due;
 };

@@ -48,15 +48,65 @@ struct Tables {
     }
 };
 
-/// How many of the places that both lists have differ.
-template <typename List>
-qsizetype Different(const List& before, const List& now) {
-    qsizetype count = 0;
-    for (std::size_t i = 0; i < std::min<std::size_t>(before.size(), now.size()); ++i) {
-        using Index = decltype(before.size());
-        count += before[static_cast<Index>(i)] == now[static_cast<Index>(i)] ? 0 : 1;
+/// Which service of now is which one of before: the longest row of services that have kept their names and order, and
+/// between those one after the other.
+struct Matching {
+    std::vector<std::pair<std::size_t, std::size_t>> same; ///< before, now
+    std::vector<std::size_t> gone;
+    std::vector<std::size_t> come;
+
+    Matching(const std::vector<QByteArray>& before, const std::vector<QByteArray>& now) {
+        // Length of the longest common row from here on.
+        std::vector<std::vector<int>> length(before.size() + 1, std::vector<int>(now.size() + 1));
+        for (std::size_t b = before.size(); b-- > 0;) {
+            for (std::size_t n = now.size(); n-- > 0;)
+                length[b][n] =
+                    before[b] == now[n] ? length[b + 1][n + 1] + 1 : std::max(length[b + 1][n], length[b][n + 1]);
+        }
+        std::size_t b = 0;
+        std::size_t n = 0;
+        while (b < before.size() || n < now.size()) {
+            const bool isKept = b < before.size() && n < now.size() && before[b] == now[n];
+            if (isKept) {
+                PairUp();
+                same.emplace_back(b++, n++);
+            } else if (n == now.size() || (b < before.size() && length[b + 1][n] >= length[b][n + 1])) {
+                m_gone.push_back(b++);
+            } else {
+                m_come.push_back(n++);
+            }
+        }
+        PairUp();
     }
-    return count;
+
+private:
+    void PairUp() {
+        const std::size_t both = std::min(m_gone.size(), m_come.size());
+        for (std::size_t i = 0; i < both; ++i)
+            same.emplace_back(m_gone[i], m_come[i]);
+        gone.insert(gone.end(), m_gone.begin() + qsizetype(both), m_gone.end());
+        come.insert(come.end(), m_come.begin() + qsizetype(both), m_come.end());
+        m_gone.clear();
+        m_come.clear();
+    }
+
+    std::vector<std::size_t> m_gone; ///< since the last service that was kept
+    std::vector<std::size_t> m_come;
+};
+
+/// Takes services that stand at another place out of those that have gone and come.
+qsizetype TakeMoved(Matching& matching, const std::vector<QByteArray>& before, const std::vector<QByteArray>& now) {
+    const std::size_t gone = matching.gone.size();
+    std::erase_if(matching.gone, [&](std::size_t b) {
+        const auto found = std::find_if(matching.come.begin(), matching.come.end(),
+                                        [&](std::size_t n) { return now[n] == before[b]; });
+        if (found == matching.come.end())
+            return false;
+        matching.same.emplace_back(b, *found);
+        matching.come.erase(found);
+        return true;
+    });
+    return static_cast<qsizetype>(gone - matching.gone.size());
 }
 
 QStringList OfTables(const QByteArray& before, const QByteArray& now) {
@@ -65,15 +115,28 @@ QStringList OfTables(const QByteArray& before, const QByteArray& now) {
     QStringList words;
     if (!old || !wanted)
         return words;
-    const qsizetype more = wanted->keys.size() - old->keys.size();
-    Count(words, more, Words::tr("1 service more"), Words::tr("%1 services more"));
-    Count(words, -more, Words::tr("1 service fewer"), Words::tr("%1 services fewer"));
-    Count(words, Different(old->names, wanted->names), Words::tr("1 service renamed"),
+    Matching matching(old->names, wanted->names);
+    const qsizetype moved = TakeMoved(matching, old->names, wanted->names);
+    const auto different = [&matching](const auto& before, const auto& now) {
+        return std::count_if(matching.same.begin(), matching.same.end(), [&](const auto& places) {
+            using Index = decltype(before.size());
+            return before[static_cast<Index>(places.first)] != now[static_cast<Index>(places.second)];
+        });
+    };
+    Count(words, static_cast<qsizetype>(matching.come.size()), Words::tr("1 service more"),
+          Words::tr("%1 services more"));
+    Count(words, static_cast<qsizetype>(matching.gone.size()), Words::tr("1 service fewer"),
+          Words::tr("%1 services fewer"));
+    Count(words, moved, Words::tr("1 service at another place"), Words::tr("%1 services at other places"));
+    Count(words, different(old->names, wanted->names), Words::tr("1 service renamed"),
           Words::tr("%1 services renamed"));
-    Count(words, Different(old->descriptions, wanted->descriptions), Words::tr("1 description changed"),
+    Count(words, different(old->descriptions, wanted->descriptions), Words::tr("1 description changed"),
           Words::tr("%1 descriptions changed"));
-    Count(words, Different(old->keys, wanted->keys), Words::tr("1 key changed"), Words::tr("%1 keys changed"));
-    Count(words, Different(old->series, wanted->series), Words::tr("1 series changed"), Words::tr("%1 series changed"));
+    Count(words, different(old->keys, wanted->keys), Words::tr("1 key changed"), Words::tr("%1 keys changed"));
+    // Where services come and go the numbers of the series move with them.
+    if (matching.come.empty() && matching.gone.empty() && moved == 0)
+        Count(words, different(old->series, wanted->series), Words::tr("1 series changed"),
+              Words::tr("%1 series changed"));
     return words;
 }
 

@@ -384,6 +384,8 @@ private:
     QCoro::Task<Outcome> LoadPrinters();
     PrinterTables::CounterList CounterList();
     void JoinRecord();
+    /// Waits up to 10 seconds for the store to take entries of the record, unless the user does without.
+    QCoro::Task<bool> CanRecord();
     void JoinHistory();
     Result<> UsableStore() const;
     Outcome Stepped(const Result<EditHistory::Step>& step);
@@ -397,4 +399,5 @@ private:
     bool m_canCancel = false;
     bool m_isCancelled = false;
     bool m_isEnding = false;
+    bool m_goesUnrecorded = false; ///< the user commissions although nothing can be written down
 };

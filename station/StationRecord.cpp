@@ -22,6 +22,7 @@ void Station::JoinRecord() {
             Q_EMIT ProgressChanged(text, 0, 0);
         return !m_isCancelled && LineIsOpen();
     };
+    commissioning.OnLoad = [this] { return CanRecord(); };
     connect(&watch, &LoadWatch::Entered, this, &Station::HallChanged);
     connect(this, &Station::ModelChanged, this, &Station::HallChanged);
 }
@@ -51,6 +52,18 @@ void Station::NoteStoreChanged() {
     Q_EMIT HallChanged();
 }
 
+QCoro::Task<bool> Station::CanRecord() {
+    constexpr int Times = 20;
+    constexpr qint16 Pause = 500;
+    for (int i = 0; !m_goesUnrecorded && !record.Try(); ++i) {
+        if (i == Times || m_isCancelled)
+            co_return false;
+        Q_EMIT ProgressChanged(tr("Waiting for the database: %1").arg(record.Fault()), 0, 0);
+        co_await clock.DelayMilliseconds(Pause);
+    }
+    co_return true;
+}
+
 QCoro::Task<Outcome> Station::CommissionHall(Commissioning::What what, std::set<Commissioning::Choice> chosen) {
     return Alone([this, what, chosen]() -> QCoro::Task<Outcome> {
         const Outcome reloaded = co_await Reloaded();
@@ -58,11 +71,26 @@ QCoro::Task<Outcome> Station::CommissionHall(Commissioning::What what, std::set<
             co_return reloaded;
         if (!LineIsOpen())
             co_return Outcome::Failed(tr("The line is closed. Choose a port first."));
+        m_goesUnrecorded = false;
+        if (what != Commissioning::What::Verify && !record.Try()) {
+            m_goesUnrecorded = co_await dialogs.AskYesNo(
+                BoxKind::Exclamation,
+                tr("What is loaded now cannot be written down, and is forgotten when the program ends: %1\n\n"
+                   "Load all the same?")
+                    .arg(record.Fault()));
+            if (!m_goesUnrecorded)
+                co_return Outcome::Cancelled();
+        }
         Outcome outcome = co_await commissioning.Run(what, chosen);
         watch.EndAll();
         record.Flush();
         if (!LineIsOpen() && !m_isCancelled)
             co_return Outcome::Failed(tr("The line was closed before everything was done."));
+        const bool isLost = !m_goesUnrecorded && !record.Fault().isEmpty();
+        if (isLost && !outcome.IsDone() && !m_isCancelled)
+            co_return Outcome::Failed(tr("The database no longer takes down what is loaded, so nothing more was "
+                                         "loaded: %1")
+                                          .arg(record.Fault()));
         if (outcome.IsDone() && !record.Fault().isEmpty()) {
             outcome.kind = BoxKind::Exclamation;
             outcome.text += tr("\n\nNothing of it could be written down, and it is forgotten when the program ends: %1")

@@ -333,7 +333,7 @@ protected:
         auto* window = Await<frmCommission>();
         const WindowDriver hands(*window);
         hands.ClickButton("cmdLoad");
-        Close(QStringLiteral("All 7 devices are in step."));
+        Close(QStringLiteral("All 3 devices that are loaded are in step."));
         auto& tree = hands.Find<QTreeView>("treHall");
         const auto stateOf = [&tree](int row) { return tree.model()->index(row, 1).data().toString(); };
         EXPECT_TRUE(WaitUntil([&] { return stateOf(3) == QStringLiteral("in step"); }));
@@ -345,7 +345,7 @@ protected:
         tree.expand(tree.model()->index(3, 0));
         Picture("commissioning", window);
         hands.ClickButton("cmdLoad");
-        Close(QStringLiteral("All 7 devices are in step."));
+        Close(QStringLiteral("All 3 devices that are loaded are in step."));
         hands.ClickButton("cmdRecord");
         auto* record = Await<frmRecord>();
         Picture("record", record);

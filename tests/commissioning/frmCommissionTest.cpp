@@ -76,3 +76,25 @@ TEST_F(frmCommissionTest, WhatIsCheckedIsLoadedAndTheRecordTellsIt) {
     m_station.CancelOperation();
     EXPECT_TRUE(WaitUntil([&] { return !m_station.IsBusy(); }));
 }
+
+TEST_F(frmCommissionTest, AnEchoAndLateAnswersDoNotPassForAHall) {
+    const std::unique_ptr<frmCommission> window = std::make_unique<frmCommission>(m_station);
+    window->setAttribute(Qt::WA_DeleteOnClose, false);
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    const WindowDriver hands(*window);
+    FaultSettings echo;
+    echo.Echo = true;
+    FaultSettings late;
+    late.LateMilliseconds = 900;
+    for (const auto& [faults, words] : {std::pair(echo, QStringLiteral("The adapter echoes what is sent")),
+                                        {late, QStringLiteral("of 5 devices are not in step")}}) {
+        m_devices->SetFaults(faults);
+        m_dialogs.ExpectMessage(BoxKind::Exclamation, QString());
+        hands.ClickButton("cmdVerify");
+        EXPECT_TRUE(WaitUntil([&] { return !m_station.IsBusy(); }, 60'000));
+        EXPECT_TRUE(m_dialogs.LastText.contains(words)) << qPrintable(m_dialogs.LastText);
+    }
+    EXPECT_EQ(hands.Find<QLabel>("lblSummary").text().section(u'.', 0, 0),
+              QStringLiteral("0 of 3 devices that are loaded are in step"));
+}

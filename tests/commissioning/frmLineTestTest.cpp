@@ -71,6 +71,12 @@ TEST_F(frmLineTestTest, AnEchoIsSetOnDemandAndTheVerdictsCanBeCopiedAndSaved) {
     EXPECT_EQ(Column("tblDevices", 10), "healthy|healthy");
     EXPECT_EQ(m_hands->Find<QLabel>("lblTested").text(), QStringLiteral("Healthy: 2 of 2 devices."));
 
+    // Five questions to each device, and before and behind the echo those that look for one.
+    m_hands->Find<QTabWidget>("tabs").setCurrentIndex(2);
+    EXPECT_EQ(Column("tblCounts", 0).substr(0, 18), "All|Quầy 1|Main|");
+    EXPECT_NE(Column("tblCounts", 2).find("|10|10|"), std::string::npos);
+    m_hands->Find<QTabWidget>("tabs").setCurrentIndex(0);
+
     m_hands->ClickButton("cmdCopy");
     EXPECT_TRUE(QGuiApplication::clipboard()->text().contains(QStringLiteral("\nQuầy 1\t1\t\t5 of 5\t")));
     const QString path = m_folder.filePath(QStringLiteral("test.csv"));

@@ -118,7 +118,7 @@ protected:
 TEST_F(CommissioningTest, OneRunBringsTheHallIntoStepAndTheNextOneOnlyAsks) {
     Start();
     EXPECT_EQ(Told(2, LoadKind::Tables), QStringLiteral("never loaded: "));
-    EXPECT_EQ(Commission().text, QStringLiteral("All 5 devices are in step."));
+    EXPECT_EQ(Commission().text, QStringLiteral("All 3 devices that are loaded are in step."));
     EXPECT_EQ(m_line->FindAs<DeviceHub>(64)->Members(), (std::vector<DeviceHub::Member>{{1, 33}}));
     EXPECT_EQ(m_line->FindAs<TicketPrinter>(33)->ServiceRows().size(), 3U);
     EXPECT_EQ(m_line->FindAs<TicketPrinter>(33)->Flags().first(4), "1111");
@@ -243,6 +243,65 @@ TEST_F(CommissioningTest, APrinterThatGoesAwayDoesNotHoldTheRunUp) {
     EXPECT_TRUE(isGone);
     EXPECT_EQ(outcome.end, Outcome::End::Failed);
     EXPECT_LT(m_timeline.Now() - begun, 120s) << "two tables of three rows, each tried once";
+}
+
+TEST_F(CommissioningTest, ServicesThatComeGoAndMoveAreToldApart) {
+    Start();
+    ASSERT_TRUE(Commission().IsDone());
+    const auto told = [this](const char* edit) {
+        EXPECT_TRUE(m_station->database.Edit(QStringLiteral("edit"), {{QString::fromLatin1(edit)}}));
+        const QString words = Told(2, LoadKind::Tables);
+        EXPECT_TRUE(m_station->UndoEdit().IsDone());
+        return words.section(QStringLiteral("since then: "), 1);
+    };
+    EXPECT_EQ(told("DELETE FROM Queue WHERE q_Id=1"), QStringLiteral("1 service fewer"));
+    EXPECT_EQ(told("UPDATE Queue SET q_Name='New' WHERE q_Id=2"), QStringLiteral("1 service renamed"));
+    EXPECT_EQ(told("UPDATE Queue SET q_Id=q_Id+10 WHERE q_Id=1").section(u',', 0, 0),
+              QStringLiteral("1 service at another place"));
+}
+
+TEST_F(CommissioningTest, WhatCannotBeWrittenDownIsAskedAboutAndStopsARun) {
+    Start();
+    const auto lock = [this](bool isLocked) {
+        (void)m_station->database.Run(
+            {isLocked ? QStringLiteral("CREATE TEMP TRIGGER full BEFORE UPDATE ON LoadIdentity BEGIN SELECT "
+                                       "RAISE(ABORT,'the disk is full'); END")
+                      : QStringLiteral("DROP TRIGGER IF EXISTS full")});
+    };
+    QString asked;
+    m_user.OnBox = [&asked](const QString& text) { asked += text; };
+    lock(true);
+    // The user says yes or no as it comes.
+    std::set<bool> answers;
+    for (int i = 0; i < 20 && answers.size() < 2; ++i) {
+        asked.clear();
+        const Outcome outcome = Commission();
+        EXPECT_TRUE(asked.contains(QStringLiteral("the disk is full"))) << qPrintable(asked);
+        answers.insert(outcome.IsDone());
+        EXPECT_EQ(m_line->FindAs<TicketPrinter>(32)->ServiceRows().empty(), answers == std::set<bool>{false});
+    }
+    EXPECT_EQ(answers.size(), 2U);
+
+    // In the middle nobody is asked: the next load does not begin.
+    lock(false);
+    asked.clear();
+    Edit(QStringLiteral("UPDATE Queue SET q_Name='X'"));
+    const QMetaObject::Connection watching = ::QObject::connect(
+        &m_station->LastCommissioning(), &Commissioning::Advanced, &m_station->LastCommissioning(), [&] {
+            for (const auto& [key, visit] : m_station->LastCommissioning().Visits()) {
+                if (visit.loading)
+                    lock(true);
+            }
+        });
+    const Outcome outcome = Commission();
+    ::QObject::disconnect(watching);
+    EXPECT_EQ(outcome.end, Outcome::End::Failed);
+    EXPECT_TRUE(outcome.text.startsWith(QStringLiteral("The database no longer takes down what is loaded")))
+        << qPrintable(outcome.text);
+    EXPECT_EQ(asked, QString());
+    EXPECT_NE(m_line->FindAs<TicketPrinter>(33)->ServiceRows().at(0).Name.left(1), "X");
+    lock(false);
+    EXPECT_TRUE(Commission().IsDone());
 }
 
 TEST_F(CommissioningTest, ASilentHubAndWhatStandsBehindItDoNotStopTheRest) {

@@ -65,6 +65,7 @@ void TestDialogs::ExpectText(const QString& prompt, const QString& typed) {
 }
 
 TestDialogs::Expected TestDialogs::Next(const QString& kind, const QString& text) {
+    LastText = text;
     if (m_closed)
         throw Ended();
     if (m_expected.empty()) {

@@ -25,6 +25,8 @@ public:
 
     /// Everything that a progress box showed, one text a call of `Show`.
     QStringList ProgressTexts;
+    /// Of the last box.
+    QString LastText;
     /// Answer of `ProgressBox::IsCancelled`.
     bool CancelProgress = false;
 
