@@ -103,11 +103,13 @@ std::vector<FindingTable::Row> findings::CountRows(const LineStatistics& statist
         CountRow(Said(QT_TRANSLATE_NOOP("Findings", "All")), QString(), statistics.All())};
     for (int address = 0; address < LineStatistics::Addresses; ++address) {
         const LineStatistics::Counters& counters = statistics.Of(static_cast<quint8>(address));
-        if (counters.commands + counters.unasked == 0)
-            continue;
         const auto objects = installation.LoadedObjects();
         const auto object = std::find_if(objects.begin(), objects.end(),
                                          [address](const model::QObject& one) { return one.Address == address; });
+        const bool wasHeard = counters.roundTrips.Count() + counters.foreign + counters.badSums + counters.unasked > 0;
+        // A search asks many addresses at which nobody is.
+        if (!wasHeard && (counters.commands == 0 || object == objects.end()))
+            continue;
         const QString name = address == frames::Broadcast ? Said(QT_TRANSLATE_NOOP("Findings", "all devices"))
                              : object == objects.end()    ? QString()
                                                           : vni::ToUnicode(object->Name);

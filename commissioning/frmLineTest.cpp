@@ -54,6 +54,8 @@ frmLineTest::frmLineTest(Station& station)
     SetUpTable(*m_ui->tblDevices, m_devices, {0, 2});
     SetUpTable(*m_ui->tblAddresses, m_addresses, {1, 2});
     SetUpTable(*m_ui->tblCounts, m_counts, {0, 0});
+    m_ui->tblCounts->horizontalHeader()->setSectionResizeMode(m_counts->columnCount() - 1,
+                                                              QHeaderView::ResizeToContents);
     JoinParts();
     ShowFindings();
     ShowBusy();

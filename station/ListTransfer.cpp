@@ -18,11 +18,12 @@ QString tr(const char* text) {
     return QCoreApplication::translate("ListTransfer", text);
 }
 
-/// The number of a word, or a number that stands for none of them, as the store may hold it.
+/// The number of a word or of its first letter, or a number that stands for none of them, as the store may hold it.
 template <std::size_t N>
 std::optional<int> IndexIn(const char* const (&names)[N], const QString& word) {
     for (std::size_t i = 0; i < N; ++i) {
-        if (word.compare(QLatin1String(names[i]), Qt::CaseInsensitive) == 0)
+        const QLatin1String name(names[i]);
+        if (word.compare(name, Qt::CaseInsensitive) == 0 || word.compare(name.first(1), Qt::CaseInsensitive) == 0)
             return static_cast<int>(i);
     }
     bool isNumber = false;
@@ -59,7 +60,11 @@ private:
     bool ReadTitles(const QStringList& titles) {
         for (const QString& title : titles) {
             const auto known = std::find_if(m_list.columns.begin(), m_list.columns.end(), [&](const Column& column) {
-                return title.trimmed().compare(QLatin1String(column.title), Qt::CaseInsensitive) == 0;
+                const auto is = [&title](const char* name) {
+                    return title.trimmed().compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
+                };
+                const bool isName = column.holds == Holds::Text && &column == &m_list.columns[1];
+                return is(column.title) || is(column.field) || (isName && is("Name"));
             });
             m_columns.push_back(known == m_list.columns.end() ? nullptr : &*known);
             if (known == m_list.columns.end() && !title.trimmed().isEmpty())

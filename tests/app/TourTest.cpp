@@ -11,6 +11,7 @@
 #include "designer/frmImportLogo.h"
 #include "operator/ObjectPicture.h"
 #include "operator/frmMain.h"
+#include "setup/frmImport.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
 #include "station/Station.h"
@@ -130,6 +131,7 @@ protected:
                                {u"HUB"_qs, 31, 64, u"H"_qs}});
         for (int service = 0; service < 3; ++service)
             m_hands->Assign(service, {service, (service + 1) % 3});
+        PreviewAList();
         m_hands->ClickButton("cmdCheck");
         const auto& objects = m_hands->Find<DataGrid>("TDBGridDisplay");
         EXPECT_TRUE(WaitUntil(
@@ -243,6 +245,24 @@ protected:
         EXPECT_TRUE(WaitUntil([d = QPointer(designer)] { return d.isNull(); }));
     }
 
+    void PreviewAList() {
+        const QString file = m_folder.filePath(QStringLiteral("counters.csv"));
+        WriteFile(file,
+                  QStringLiteral("Number;Name;Address;Type;Active\n1;Quầy 1;1;Teller;Yes\n4;Quầy 4;4;Counter;Yes\n"
+                                 "5;Quầy 5;five;Counter;Yes\n12;Máy in lầu 2;33;Printer;perhaps\n")
+                      .toUtf8());
+        auto* lists = m_setup->findChild<QMenu*>(QStringLiteral("mnImport"));
+        lists->actions()[1]->trigger();
+        auto* open = Await<QFileDialog>();
+        open->selectFile(file);
+        QTest::keyClick(open, Qt::Key_Return);
+        auto* import = Await<frmImport>();
+        ASSERT_NE(import, nullptr);
+        Picture("import-list", import);
+        import->close();
+        EXPECT_TRUE(WaitUntil([i = QPointer(import)] { return i.isNull(); }));
+    }
+
     void ImportAPicture(frmEditLogo* editor) {
         QImage photo(900, 300, QImage::Format_RGB32);
         photo.fill(Qt::white);
@@ -275,6 +295,14 @@ protected:
         EXPECT_EQ(hands.Find<QLabel>("lblTested").text(),
                   QStringLiteral("Healthy: 6 of 7 devices. Displays that do not answer, as they may: 1."));
         Picture("line-test", test);
+        auto& tabs = hands.Find<QTabWidget>("tabs");
+        tabs.setCurrentIndex(1);
+        hands.ClickButton("cmdScan");
+        Ready();
+        EXPECT_EQ(hands.Find<QTableView>("tblAddresses").model()->rowCount(), 5) << "without those behind the hub";
+        Picture("find-devices", test);
+        tabs.setCurrentIndex(2);
+        Picture("line-counts", test);
         test->close();
     }
 
