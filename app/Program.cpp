@@ -58,14 +58,15 @@ Program::Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, 
 
 Program::~Program() {
     m_isExiting = true;
-    delete m_testWindow;
-    delete m_busMonitor;
-    delete m_commissioning;
-    delete m_record;
-    delete m_lineTest;
+    for (const QWidget* window : OtherWindows())
+        delete window;
 }
 
-QCoro::Task<> Program::Main() {
+std::vector<QWidget*> Program::OtherWindows() const {
+    return {m_testWindow, m_busMonitor, m_commissioning, m_history, m_record, m_lineTest};
+}
+
+QCoro::Task<> Program::Main(QString store) {
     Station& station = *m_station;
     // Both windows are there, hidden, before the first box: the notification area can ask for them from then on.
     connect(&station, &Station::Loaded, this, [this] {
@@ -75,7 +76,7 @@ QCoro::Task<> Program::Main() {
     connect(&station, &Station::Ready, this, [this] { m_setupWindow->show(); });
     try {
         co_await station.ReadSettings();
-        const QString store = co_await ChooseDatabase();
+        store = co_await ChooseDatabase(store);
         if (store.isEmpty()) {
             Q_EMIT Ended();
             co_return;
@@ -86,7 +87,12 @@ QCoro::Task<> Program::Main() {
     }
 }
 
-QCoro::Task<QString> Program::ChooseDatabase() {
+QCoro::Task<QString> Program::ChooseDatabase(QString store) {
+    if (!store.isEmpty()) {
+        const Outcome prepared = co_await ShowOutcome(m_dialogs, m_station->PrepareStore(store));
+        if (prepared.IsDone())
+            co_return store;
+    }
     const QString offered = m_station->OfferedStore();
     const QString filter = QStringLiteral("Harbinet Access Database *.mdb|*.mdb");
     for (;;) {
@@ -136,7 +142,11 @@ void Program::MakeSetupWindow() {
     connect(m_setupWindow.get(), &frmQueue::CommissioningWanted, this, &Program::ShowCommissioning);
     connect(m_setupWindow.get(), &frmQueue::HistoryWanted, this, &Program::ShowHistory);
     connect(m_setupWindow.get(), &frmQueue::MainWindowWanted, m_mainWindow.get(), &frmMain::Open);
-    connect(m_setupWindow.get(), &frmQueue::Closed, this, [this] { ExitSystem(); });
+    connect(m_setupWindow.get(), &frmQueue::LeaveWanted, this, &Program::Leave, Qt::QueuedConnection);
+    connect(m_setupWindow.get(), &frmQueue::Closed, this, [this] {
+        m_nextStore = m_setupWindow->NextStore();
+        ExitSystem();
+    });
 }
 
 void Program::ShowPortWindow(QWidget& parent) {
@@ -253,8 +263,10 @@ void Program::Leave() {
         return;
     // A window that holds what nobody has saved asks first, and stays.
     for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (window->isModal() && window->isVisible() && !window->close())
+        if (window->isModal() && window->isVisible() && !window->close()) {
+            m_setupWindow->ForgetNextStore();
             return;
+        }
     }
     if (m_setupWindow->close())
         return;
@@ -265,9 +277,7 @@ QCoro::Task<> Program::ExitSystem() {
     if (std::exchange(m_isExiting, true))
         co_return;
     m_mainWindow->UnloadTray();
-    for (QWidget* window :
-         {static_cast<QWidget*>(m_testWindow), static_cast<QWidget*>(m_busMonitor),
-          static_cast<QWidget*>(m_commissioning), static_cast<QWidget*>(m_record), static_cast<QWidget*>(m_lineTest)}) {
+    for (QWidget* window : OtherWindows()) {
         if (window)
             window->close();
     }

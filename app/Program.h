@@ -36,9 +36,13 @@ public:
     Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell = nullptr);
     ~Program() override;
 
-    /// Starts the station on the database that the user picks, and shows the setup window. Cancelling the choice ends
-    /// the program without a message.
-    QCoro::Task<> Main();
+    /// Starts the station on a database, and shows the setup window. @param store the one that the user has picked
+    /// already; if it is empty, or cannot be used, the user picks one, and cancelling that ends the program without a
+    /// message.
+    QCoro::Task<> Main(QString store = {});
+
+    /// The database with which the user wants to begin anew, once this has ended; empty for none.
+    QString NextStore() const { return m_nextStore; }
 
     /// Closes the windows, and ends the program unless one of them has something to settle first.
     void Leave();
@@ -56,7 +60,9 @@ Q_SIGNALS:
     void Ended();
 
 private:
-    QCoro::Task<QString> ChooseDatabase();
+    QCoro::Task<QString> ChooseDatabase(QString store);
+    /// The windows that can be open beside the two that are always there.
+    std::vector<QWidget*> OtherWindows() const;
     void MakeMainWindow();
     void MakeSetupWindow();
     void ShowPortWindow(QWidget& parent);
@@ -87,5 +93,6 @@ private:
     QPointer<frmHistory> m_history;
     QPointer<frmRecord> m_record;
     QPointer<frmLineTest> m_lineTest;
+    QString m_nextStore;
     bool m_isExiting = false;
 };

@@ -6,6 +6,25 @@
 
 #include <QApplication>
 
+#include <functional>
+#include <optional>
+
+namespace {
+
+std::unique_ptr<ShellIcon> NotificationArea() {
+    return DesktopIcon::IsAvailable() ? std::make_unique<DesktopIcon>() : nullptr;
+}
+
+/// The program on one database.
+struct Run {
+    SystemClock clock;
+    WindowDialogs dialogs;
+    Program program{FoldersOfProgram(), clock, dialogs, NotificationArea()};
+    std::optional<QCoro::Task<>> running;
+};
+
+} // namespace
+
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Orvex"));
@@ -14,14 +33,24 @@ int main(int argc, char** argv) {
     // Boxes come and go before the first window stays.
     QApplication::setQuitOnLastWindowClosed(false);
 
-    SystemClock clock;
-    WindowDialogs dialogs;
-    std::unique_ptr<ShellIcon> shell;
-    if (DesktopIcon::IsAvailable())
-        shell = std::make_unique<DesktopIcon>();
-    Program program(FoldersOfProgram(), clock, dialogs, std::move(shell));
-    // Queued: the program may end before the event loop has begun.
-    QObject::connect(&program, &Program::Ended, &application, &QApplication::quit, Qt::QueuedConnection);
-    const auto running = program.Main();
+    // The user may go on with another database: each has a program of its own.
+    std::unique_ptr<Run> run;
+    const std::function<void(const QString&)> begin = [&](const QString& store) {
+        run.reset();
+        run = std::make_unique<Run>();
+        // Queued: the program may end before the event loop has begun, and it must not go under its own signal.
+        QObject::connect(
+            &run->program, &Program::Ended, &application,
+            [&] {
+                const QString next = run->program.NextStore();
+                if (next.isEmpty())
+                    QApplication::quit();
+                else
+                    begin(next);
+            },
+            Qt::QueuedConnection);
+        run->running.emplace(run->program.Main(store));
+    };
+    begin({});
     return QApplication::exec();
 }

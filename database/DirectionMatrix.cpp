@@ -4,6 +4,7 @@
 #include "database/GridRecords.h"
 #include "database/Schema.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -32,6 +33,8 @@ std::vector<Device> DevicesOf(const GridRecords& rsDisplay, model::ObjectType ty
         if (stored.toInt() == type && id > 0 && id <= std::numeric_limits<qint16>::max())
             devices.push_back({static_cast<qint16>(id), rsDisplay.Value(row, u"d_Name").toString()});
     }
+    // As they stand in the store, however a user has sorted the list.
+    std::sort(devices.begin(), devices.end(), [](const Device& one, const Device& other) { return one.id < other.id; });
     return devices;
 }
 

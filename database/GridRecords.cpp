@@ -3,6 +3,7 @@
 #include "database/Database.h"
 #include "database/Schema.h"
 
+#include <QCollator>
 #include <QSqlError>
 #include <QSqlQuery>
 
@@ -97,8 +98,10 @@ Result<> GridRecords::Requery() {
     if (m_isOpen) {
         auto query = m_database.Select({SelectStatement(m_source.where), m_values});
         QString problem = query.Error();
-        while (query && query->next())
+        while (query && query->next()) {
             m_rows.push_back(RowOf(*query));
+            m_rows.back().place = m_rows.size();
+        }
         if (query && query->lastError().isValid())
             problem = Sqlite::TextOf(query->lastError());
         if (!query || !problem.isEmpty()) {
@@ -109,8 +112,61 @@ Result<> GridRecords::Requery() {
     } else {
         done = Closed();
     }
+    Arrange();
     endResetModel();
     return done;
+}
+
+void GridRecords::sort(int column, Qt::SortOrder order) {
+    beginResetModel();
+    m_sortColumn = column < columnCount() ? column : -1;
+    m_sortOrder = order;
+    Arrange();
+    endResetModel();
+}
+
+void GridRecords::Arrange() {
+    std::sort(m_rows.begin(), m_rows.end(), [](const Row& one, const Row& other) { return one.place < other.place; });
+    if (m_sortColumn < 0)
+        return;
+    const auto index = static_cast<std::size_t>(m_sortColumn);
+    const GridColumn& column = m_columns[index];
+    QCollator collator(QLocale(QLocale::Vietnamese));
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    // What each row is sorted by, found out once.
+    struct Entry {
+        bool isNull;
+        bool isNumber;
+        double number;
+        QString text;
+        std::size_t row;
+    };
+    std::vector<Entry> entries;
+    for (std::size_t row = 0; row < m_rows.size(); ++row) {
+        const QVariant& value = m_rows[row].values[index];
+        const QString note = column.field.isEmpty() ? NoteText(m_rows[row].keys[0]) : QString();
+        bool isNumber = false;
+        const double number = value.toDouble(&isNumber);
+        isNumber = isNumber && column.values.empty();
+        const QString text = column.field.isEmpty() ? note : AsRead(column.Shown(value.toString()));
+        entries.push_back({text.isEmpty(), isNumber, number, text, row});
+    }
+    std::stable_sort(entries.begin(), entries.end(), [&](const Entry& first, const Entry& second) {
+        // What is empty comes last, whatever the direction is.
+        if (first.isNull != second.isNull)
+            return second.isNull;
+        const bool isDown = m_sortOrder == Qt::DescendingOrder;
+        const Entry& one = isDown ? second : first;
+        const Entry& other = isDown ? first : second;
+        if (one.isNumber != other.isNumber)
+            return one.isNumber;
+        return one.isNumber ? one.number < other.number : collator.compare(one.text, other.text) < 0;
+    });
+    std::vector<Row> arranged;
+    for (const Entry& entry : entries)
+        arranged.push_back(std::move(m_rows[entry.row]));
+    m_rows = std::move(arranged);
 }
 
 int GridRecords::rowCount(const QModelIndex& parent) const {
@@ -207,6 +263,8 @@ Result<> GridRecords::Insert(int column, const QVariant& value) {
     added.keys.resize(m_tables.size());
     added.keys[0] = key;
     added.values.resize(m_columns.size());
+    for (const Row& one : m_rows)
+        added.place = std::max(added.place, one.place + 1);
     endInsertRows();
     ReadAgain(row);
     Q_EMIT headerDataChanged(Qt::Vertical, row, row + 1);
@@ -248,7 +306,9 @@ void GridRecords::ReadAgain(int row) {
         endRemoveRows();
         return;
     }
+    const std::size_t place = shown.place;
     shown = RowOf(*query);
+    shown.place = place;
     Q_EMIT dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
 

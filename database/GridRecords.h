@@ -44,6 +44,9 @@ public:
     bool IsNewRow(int row) const override { return m_isOpen && m_source.canAdd && row == RecordCount(); }
     QVariant Key(int row) const override;
     bool CanRemove() const override { return m_source.canRemove; }
+    bool CanSort() const override { return true; }
+    /// Numbers by their size, texts as they are read; rows that are equal, and new ones, stay in the store's order.
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
     QString CellText(int row, int column) const override;
     Result<> Write(int row, int column, const QString& text) override;
     Result<> Remove(int row) override;
@@ -60,6 +63,7 @@ private:
     struct Row {
         std::vector<QVariant> keys; ///< by table
         std::vector<QVariant> values;
+        std::size_t place = 0; ///< in the order of the store
     };
 
     std::size_t TableOf(const GridColumn& column);
@@ -68,6 +72,7 @@ private:
     Result<> CheckReference(const GridColumn& column, const QVariant& value) const;
     Result<> Insert(int column, const QVariant& value);
     Result<> Update(int row, int column, const QVariant& value);
+    void Arrange();
     /// Shows what the store holds for a row; drops the row if it is gone there.
     void ReadAgain(int row);
 
@@ -78,6 +83,8 @@ private:
     std::vector<std::size_t> m_columnTables; ///< by column, an index in `m_tables`
     QVariantList m_values;
     std::vector<Row> m_rows;
+    int m_sortColumn = -1; ///< -1 for the order of the store
+    Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
     bool m_isOpen = false;
     bool m_isTogether = false;
     bool m_hasRemoved = false; ///< since `Together` began

@@ -39,6 +39,11 @@ void GridModel::SetNotes(int column, std::map<qint64, GridNote> notes) {
         Q_EMIT dataChanged(index(0, column), index(rowCount() - 1, column));
 }
 
+QString GridModel::NoteText(const QVariant& key) const {
+    const auto note = m_notes.find(key.toLongLong());
+    return note == m_notes.end() ? QString() : note->second.text;
+}
+
 const GridNote* GridModel::NoteOf(const QModelIndex& index) const {
     const QVariant key = index.isValid() && index.column() == m_notedColumn ? Key(index.row()) : QVariant();
     const auto note = key.isValid() ? m_notes.find(key.toLongLong()) : m_notes.end();

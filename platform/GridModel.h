@@ -76,6 +76,9 @@ public:
     /// Deletes the record of a row.
     virtual Result<> Remove(int row) = 0;
 
+    /// Whether the rows can be sorted by a column (`sort`); a column of -1 is the order of the store.
+    virtual bool CanSort() const { return false; }
+
     /// Does several of these as one act, whole or not at all; after a failure the rows show what the store holds.
     /// Rows keep their places meanwhile, and the signals come once, at its end. @param act its name, for a user.
     virtual Result<> Together(const QString& act, const std::function<Result<>()>& change);
@@ -104,6 +107,12 @@ Q_SIGNALS:
     void RecordRemoved();
     /// Other cells are marked than before; not `dataChanged`, which would reset open editors.
     void MarksChanged();
+
+protected:
+    /// A text as people read it, and not as it is stored.
+    QString AsRead(const QString& stored) const { return m_readable ? m_readable(stored) : stored; }
+    /// What a cell of the column without a field shows.
+    QString NoteText(const QVariant& key) const;
 
 private:
     const GridNote* NoteOf(const QModelIndex& index) const;

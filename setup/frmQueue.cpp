@@ -69,9 +69,11 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     connect(m_ui->mnSetHub, &QAction::triggered, this, [this] { Run(&Station::SetHubs); });
     connect(m_ui->mnHubTime, &QAction::triggered, this, [this] { Run(&Station::SetHubClocks); });
     SetUpTicketMenus();
+    SetUpFileMenu();
     SetUpEditMenu();
     SetUpGridCommands();
     SetUpListMenus();
+    SetUpFind();
     connect(&m_station, &Station::BusyChanged, this, &frmQueue::ShowBusy);
     connect(&m_station, &Station::ProgressChanged, m_status, &OperationStatus::ShowProgress);
     connect(&m_station.Line(), &CommLine::StatusChanged, this, &frmQueue::SetCommStatus);
@@ -178,6 +180,9 @@ void frmQueue::SetUpStatusBar() {
     connect(m_status, &OperationStatus::CancelWanted, this, [this] { m_station.CancelOperation(); });
     connect(m_status, &OperationStatus::DetailsWanted, this,
             [this](const QString& text) { m_station.dialogs.ShowMessage(BoxKind::Information, text); });
+    m_place = new QLabel(this);
+    m_place->setObjectName(QStringLiteral("lblPlace"));
+    statusBar()->addPermanentWidget(m_place);
     statusBar()->addPermanentWidget(m_findingCount);
     m_linePanels.emplace(*statusBar());
 }
@@ -317,8 +322,9 @@ void frmQueue::Run(Operation operation) {
 }
 
 void frmQueue::ShowBusy(bool busy) {
-    for (QAction* action : {m_ui->mnSetServiceCfg, m_ui->mnTDTime, m_ui->mnSetHub, m_ui->mnSetHubCounter,
-                            m_ui->mnHubTime, m_ui->mnTicket->menuAction(), m_ui->mnLoadFont->menuAction()})
+    for (QAction* action :
+         {m_ui->mnSetServiceCfg, m_ui->mnTDTime, m_ui->mnSetHub, m_ui->mnSetHubCounter, m_ui->mnHubTime, m_ui->mnNew,
+          m_ui->mnNewFrom, m_ui->mnOpen, m_ui->mnTicket->menuAction(), m_ui->mnLoadFont->menuAction()})
         action->setEnabled(!busy);
     for (SetupPage* page : Pages())
         page->ShowBusy(busy);
@@ -375,6 +381,7 @@ void frmQueue::KeepPlaces() {
 void frmQueue::closeEvent(QCloseEvent* event) {
     // A text that the store refuses must not go with the window, nor must directions that nobody stored.
     if (!DataGrid::CommitAll(*this)) {
+        ForgetNextStore();
         event->ignore();
         return;
     }
@@ -384,6 +391,8 @@ void frmQueue::closeEvent(QCloseEvent* event) {
             // Behind this event: a window that is closing cannot be closed.
             if (settled && window)
                 QMetaObject::invokeMethod(window, &QWidget::close, Qt::QueuedConnection);
+            else if (window)
+                window->ForgetNextStore();
         });
         return;
     }

@@ -43,6 +43,11 @@ public:
     /// Brings the tab of a grid to the front.
     void BringToFront(const DataGrid& grid);
 
+    /// The database that the program is to begin anew with once this window is closed; empty for none.
+    QString NextStore() const { return m_nextStore; }
+    /// The user has thought better of it.
+    void ForgetNextStore() { m_nextStore.clear(); }
+
 Q_SIGNALS:
     /// The user wants to choose the serial port.
     void PortChoiceWanted();
@@ -56,6 +61,8 @@ Q_SIGNALS:
     void MainWindowWanted();
     /// The user wants to design a ticket form for the family of printers that is chosen now.
     void TicketDesignWanted();
+    /// The user wants to go on with another database: `NextStore`.
+    void LeaveWanted();
     /// The user has closed the window, with nothing left unwritten.
     void Closed();
 
@@ -69,11 +76,22 @@ private:
     void Run(Operation operation);
     std::vector<SetupPage*> Pages() const;
     void SetUpTicketMenus();
+    void SetUpFileMenu();
+    void ListRecent();
+    void NewStore();
+    void NewStoreFrom();
+    void OpenStore(const QString& path);
+    /// Asks whether to go on with a database that was made.
+    void OfferStore(const QString& path, const QString& text);
+    void SaveDescription();
     void SetUpEditMenu();
     void SetUpGridCommands();
     void SetUpListMenus();
     void ImportList(lists::List list);
     void ExportList(lists::List list);
+    void SetUpFind();
+    /// Tells which row of the list that has the keyboard is the current one, and how many there are.
+    void ShowPlace();
     /// The list that has the keyboard, an open cell of it included; nullptr if none has.
     DataGrid* CurrentGrid() const;
     /// Does something with the selected cells once what stands in open editors is written.
@@ -113,5 +131,7 @@ private:
     std::optional<LinePanels> m_linePanels;
     OperationStatus* m_status = nullptr;
     QPushButton* m_findingCount = nullptr;
+    QLabel* m_place = nullptr;
+    QString m_nextStore;
     bool m_isBusy = false;
 };

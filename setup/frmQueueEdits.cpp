@@ -10,6 +10,8 @@
 #include "station/Station.h"
 #include "widgets/DataGrid.h"
 
+#include <QApplication>
+#include <QLabel>
 #include <QPointer>
 #include <QShortcut>
 
@@ -78,6 +80,36 @@ void frmQueue::SetUpGridCommands() {
                 });
         });
     }
+}
+
+void frmQueue::SetUpFind() {
+    connect(m_ui->mnFind, &QAction::triggered, this, [this] {
+        DataGrid* grid = CurrentGrid();
+        if (!grid)
+            grid = m_ui->TabStrip1->currentWidget()->findChild<DataGrid*>();
+        if (DataGrid::CommitAll(*this) && grid)
+            m_ui->findBar->Open(*grid);
+    });
+    for (const auto& [key, step] : {std::pair(QStringLiteral("F3"), 1), {QStringLiteral("Shift+F3"), -1}})
+        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, this,
+                [this, step = step] { m_ui->findBar->Step(step); });
+    // Another tab holds other lists.
+    connect(m_ui->TabStrip1, &QTabWidget::currentChanged, m_ui->findBar, &QWidget::hide);
+    for (const DataGrid* grid : findChildren<DataGrid*>())
+        connect(grid, &DataGrid::CurrentRowChanged, this, &frmQueue::ShowPlace);
+    connect(qApp, &QApplication::focusChanged, this, &frmQueue::ShowPlace);
+    ShowPlace();
+}
+
+void frmQueue::ShowPlace() {
+    const DataGrid* const grid = CurrentGrid();
+    const auto* const records = grid ? qobject_cast<const GridModel*>(grid->model()) : nullptr;
+    if (!records)
+        return;
+    const int all = records->rowCount();
+    const int rows = all > 0 && records->IsNewRow(all - 1) ? all - 1 : all;
+    const int row = grid->currentIndex().row() + 1;
+    m_place->setText(row >= 1 && row <= rows ? tr("Row %1 of %2").arg(row).arg(rows) : tr("%n rows", nullptr, rows));
 }
 
 void frmQueue::SetUpListMenus() {

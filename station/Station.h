@@ -9,6 +9,7 @@
 #include "database/Loaders.h"
 #include "database/Reload.h"
 #include "database/StoreCopies.h"
+#include "database/StoreTemplate.h"
 #include "database/TicketRecords.h"
 #include "hubs/DeviceClocks.h"
 #include "hubs/DeviceStart.h"
@@ -129,6 +130,10 @@ public:
 
     /// Makes a file that the user chose ready to be opened, see `JetTakeover::Prepare`.
     QCoro::Task<Outcome> PrepareStore(QString path);
+
+    /// Makes a new store out of another one, see `StoreTemplate`, and takes over the forms and logos that lie beside
+    /// that one, where this program has none of their names. The outcome's text says what was made.
+    Outcome MakeStoreFrom(const QString& source, const QString& target, StoreTemplate::Shift shift);
 
     /// The store that is offered at the start, Harbinet.mdb of the program folder; an empty one is made where it is
     /// missing. What goes wrong with that is logged.

@@ -5,6 +5,9 @@
 #include "station/EditWords.h"
 #include "station/Station.h"
 
+#include <QDir>
+#include <QFileInfo>
+
 void Station::JoinHistory() {
     database.History().SetUser(m_user);
     database.History().OnChanged = [this] { Q_EMIT EditsChanged(); };
@@ -96,6 +99,38 @@ QCoro::Task<Outcome> Station::GoBackTo(SiteEvent event) {
         co_return Stepped(database.History().TakeFrom(event.path, tr("go back to the copy of %1").arg(event.moment)));
     co_return Stepped(
         database.History().GoBack(event.act, tr("go back to before \"%1\" of %2").arg(event.what, event.moment)));
+}
+
+Outcome Station::MakeStoreFrom(const QString& source, const QString& target, StoreTemplate::Shift shift) {
+    const Result<> made = StoreTemplate(source).Make(target, shift);
+    if (!made)
+        return Outcome::Failed(made.Error());
+    QStringList lines{tr("%1 is made.").arg(target)};
+    const QDir from(QFileInfo(source).absolutePath() + QStringLiteral("/Data"));
+    const QDir to(forms.DataFolder());
+    const bool isSame = from.canonicalPath() == to.canonicalPath();
+    const QStringList names =
+        isSame
+            ? QStringList()
+            : from.entryList({QStringLiteral("*.rtf"), QStringLiteral("*.bin"), QStringLiteral("*.bmp")}, QDir::Files);
+    QStringList kept;
+    QStringList failed;
+    for (const QString& name : names) {
+        if (QFileInfo::exists(to.filePath(name)))
+            kept += name;
+        else if (!QFile::copy(from.filePath(name), to.filePath(name)))
+            failed += name;
+    }
+    const qsizetype taken = names.size() - kept.size() - failed.size();
+    if (taken > 0)
+        lines += tr("%n form(s) and logo(s) were taken over.", nullptr, static_cast<int>(taken));
+    if (!kept.isEmpty())
+        lines += tr("There were others of these names, which stay: %1").arg(kept.join(QStringLiteral(", ")));
+    if (!failed.isEmpty())
+        lines += tr("These could not be copied: %1").arg(failed.join(QStringLiteral(", ")));
+    if (taken > 0)
+        NoteFormsChanged();
+    return Outcome::Done(BoxKind::Information, lines.join(u'\n'));
 }
 
 QCoro::Task<Outcome> Station::ImportList(lists::Incoming incoming) {

@@ -42,6 +42,11 @@ DataGrid::DataGrid(QWidget* parent)
     verticalHeader()->setDefaultAlignment(Qt::AlignCenter);
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 10);
     horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+    // A click there is no choice of a column.
+    disconnect(horizontalHeader(), &QHeaderView::sectionPressed, this, nullptr);
+    disconnect(horizontalHeader(), &QHeaderView::sectionEntered, this, nullptr);
+    connect(horizontalHeader(), &QHeaderView::sectionClicked, this, &DataGrid::SortBy);
     connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int, int before, int now) {
         // A column that is hidden or shown has no width on one side.
         m_hasUserWidths |= !m_isFitting && before > 0 && now > 0;

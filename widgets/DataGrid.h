@@ -26,6 +26,9 @@ struct GridInsertion {
 ///
 /// What is selected is a block of cells or of whole rows around the current cell, made with Shift.
 ///
+/// A click on the head of a column sorts by it, a second one the other way round, a third one no more; the order of the
+/// store stays as it is.
+///
 /// As long as there are rows one of them is the current one: after the records were read anew it is the one with the
 /// same key, else the one in the same place. Columns are as wide as what they show, until the user changes a width.
 class DataGrid : public QTableView {
@@ -65,6 +68,15 @@ public:
     QString CurrentReadable(int column) const { return Readable(CurrentText(column)); }
     /// The same as a number, 0 for a null or if there is no row.
     qint32 CurrentNumber(int column) const { return CurrentText(column).toInt(); }
+
+    /// Which of how many places that hold a text is the current cell; none of them for a place of 0.
+    struct Found {
+        int place = 0;
+        int count = 0;
+    };
+    /// Goes to a cell that shows a text, without regard to case and marks: with a step of 0 to the current one or else
+    /// the next, with 1 to the next, with -1 to the one before, round about.
+    Found Find(const QString& text, int step);
 
     /// Goes to the record with that key, in the column of that field or, if it has none such, in the first one shown.
     /// @return false if there is no such record.
@@ -133,6 +145,8 @@ private:
     int FirstEditable() const;
     void NoteCurrentRow();
     void RestoreCurrentRow();
+    /// Sorts by a column upwards, downwards, or no more, one after the other.
+    void SortBy(int column);
     void FitColumns();
     int FittingWidth(int column) const;
     DataGrid* DropTargetAt(QPoint place) const;
@@ -156,6 +170,8 @@ private:
     int m_currentRow = 0;
     std::optional<int> m_currentColumn;
     bool m_isRestoring = false;
+    int m_sortColumn = -1; ///< -1 for the order of the store
+    bool m_isSortedDown = false;
     bool m_isFitting = false;
     bool m_hasUserWidths = false;
     Letters m_letters;

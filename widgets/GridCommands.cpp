@@ -1,10 +1,12 @@
 // What an Edit menu does with the cells of a grid.
 
+#include "platform/TextFold.h"
 #include "widgets/CopiedText.h"
 #include "widgets/DataGrid.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QHeaderView>
 
 #include <algorithm>
 
@@ -197,4 +199,46 @@ void DataGrid::DeleteSelected() {
         Tell(Blocks().Clear(cells));
     else if (!cells.isEmpty() && cells.first().flags().testFlag(Qt::ItemIsEditable))
         WriteCell(cells.first(), QString());
+}
+
+DataGrid::Found DataGrid::Find(const QString& text, int step) {
+    const QString wanted = Folded(text);
+    if (!m_records || wanted.isEmpty())
+        return {};
+    std::vector<QModelIndex> places;
+    for (int row = 0; row < m_records->rowCount(); ++row) {
+        for (int column = 0; column < m_records->columnCount(); ++column) {
+            const QModelIndex cell = m_records->index(row, column);
+            if (!isColumnHidden(column) && Folded(cell.data(Qt::AccessibleTextRole).toString()).contains(wanted))
+                places.push_back(cell);
+        }
+    }
+    if (places.empty())
+        return {};
+    const auto count = static_cast<int>(places.size());
+    // The first place that is not before the current cell.
+    const auto at = std::lower_bound(places.begin(), places.end(), currentIndex());
+    auto place = static_cast<int>(at - places.begin());
+    if (step > 0 && at != places.end() && *at == currentIndex())
+        ++place;
+    else if (step < 0)
+        --place;
+    place = (place + count) % count;
+    setCurrentIndex(places[static_cast<std::size_t>(place)]);
+    scrollTo(currentIndex());
+    return {place + 1, count};
+}
+
+void DataGrid::SortBy(int column) {
+    QHeaderView& head = *horizontalHeader();
+    if (!m_records || !m_records->CanSort() || !CommitOpenEditor())
+        return;
+    // The head may have turned its own mark already.
+    const bool isSame = m_sortColumn == column;
+    m_isSortedDown = isSame && !m_isSortedDown;
+    m_sortColumn = isSame && !m_isSortedDown ? -1 : column;
+    const Qt::SortOrder order = m_isSortedDown ? Qt::DescendingOrder : Qt::AscendingOrder;
+    head.setSortIndicator(m_sortColumn, order);
+    head.setSortIndicatorShown(m_sortColumn >= 0);
+    m_records->sort(m_sortColumn, order);
 }

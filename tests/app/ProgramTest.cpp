@@ -2,6 +2,7 @@
 
 #include "designer/frmDesignTicket.h"
 #include "designer/frmEditLogo.h"
+#include "setup/frmNewFrom.h"
 #include "setup/frmQueue.h"
 #include "simulator/BusInstallation.h"
 #include "simulator/SimulatedBus.h"
@@ -12,8 +13,11 @@
 
 #include <QAction>
 #include <QDir>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTest>
 
 namespace {
@@ -77,6 +81,57 @@ TEST_F(ProgramTest, ThePortWindowComesFromTheMenuAsOftenAsItIsWanted) {
         Window<frmSetPort>()->close();
         EXPECT_TRUE(WaitUntil([this] { return Window<frmSetPort>() == nullptr; }));
     }
+}
+
+TEST_F(ProgramTest, AnotherDatabaseIsMadeOutOfTheOpenOneAndTheProgramBeginsAnewWithIt) {
+    m_dialogs->ExpectChoice(m_store);
+    ExpectNoPort();
+    Start();
+    EXPECT_EQ(Window()->windowTitle(), QStringLiteral("Setup Queue System - Harbinet.mdb"));
+    ASSERT_TRUE(m_program->TheStation().Store().Run(
+        {QStringLiteral("INSERT INTO Display (d_Number,d_Address,d_Name,d_On,d_Type) VALUES (3,5,'Quaày 3',1,0)")}));
+    const QString other = Path(QStringLiteral("Other.mdb"));
+    m_dialogs->ExpectChoice(m_store, m_store);
+    Window()->findChild<QAction*>(QStringLiteral("mnNewFrom"))->trigger();
+    auto* form = Window<frmNewFrom>();
+    ASSERT_NE(form, nullptr);
+    auto* make = form->findChild<QPushButton*>(QStringLiteral("cmdMake"));
+    auto* address = form->findChild<QSpinBox*>(QStringLiteral("spnAddress"));
+    address->setValue(122);
+    EXPECT_FALSE(make->isEnabled());
+    EXPECT_EQ(form->findChild<QLabel*>(QStringLiteral("lblResult"))->text(),
+              QStringLiteral("Quầy 3: no device can have address 127"));
+    address->setValue(10);
+    form->findChild<QSpinBox*>(QStringLiteral("spnNumber"))->setValue(4);
+    m_dialogs->ExpectChoice(other, {});
+    m_dialogs->ExpectQuestion(BoxKind::Information, other + QStringLiteral(" is made.\nOpen it now?"), true);
+    make->click();
+    EXPECT_TRUE(WaitUntil([this] { return m_ended == 1; }));
+    EXPECT_EQ(m_program->NextStore(), other);
+    m_program->deleteLater();
+    (void)m_program.release();
+    m_running.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    m_dialogs.emplace();
+    ExpectNoPort();
+    Start(false, other);
+    EXPECT_EQ(m_program->TheStation().Store().Path(), other);
+    EXPECT_EQ(m_program->TheStation().Model().Object(0).Name, QStringLiteral("Quaày 7"));
+    EXPECT_EQ(m_program->TheStation().Model().Object(0).Address, 15);
+    auto* recent = Window()->findChild<QMenu*>(QStringLiteral("mnRecent"));
+    Q_EMIT recent->aboutToShow();
+    ASSERT_EQ(recent->actions().size(), 1);
+    EXPECT_EQ(recent->actions()[0]->text(), m_store);
+
+    const QString pdf = Path(QStringLiteral("hall.pdf"));
+    m_dialogs->ExpectChoice(pdf);
+    m_dialogs->ExpectMessage(BoxKind::Information, QStringLiteral("Saved to %1.").arg(pdf));
+    Window()->findChild<QAction*>(QStringLiteral("mnDescription"))->trigger();
+    EXPECT_TRUE(ReadFile(pdf).startsWith("%PDF"));
+    m_program->ExitSystem();
+    EXPECT_EQ(m_ended, 2);
+    EXPECT_EQ(m_program->NextStore(), QString());
 }
 
 TEST_F(ProgramTest, TheCounterOptionIsTypedInItsWindow) {

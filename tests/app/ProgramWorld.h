@@ -20,8 +20,9 @@ protected:
 
     QString Path(const QString& name) const { return m_folder.filePath(name); }
 
-    /// Starts the program on the store that the user chooses. @param hasTray on a desktop with a notification area.
-    void Start(bool hasTray = false) {
+    /// Starts the program on `store`, or on one that the user chooses. @param hasTray on a desktop with a notification
+    /// area.
+    void Start(bool hasTray = false, const QString& store = {}) {
         std::unique_ptr<KeptShell> shell;
         if (hasTray)
             shell = std::make_unique<KeptShell>(m_told, true);
@@ -30,7 +31,7 @@ protected:
         m_program = std::make_unique<Program>(ProgramFolders{m_folder.path(), m_folder.path()}, m_clock, *m_dialogs,
                                               std::move(shell));
         QObject::connect(m_program.get(), &Program::Ended, [this] { ++m_ended; });
-        m_running.emplace(m_program->Main());
+        m_running.emplace(m_program->Main(store));
         EXPECT_TRUE(WaitUntil([this] { return m_running->isReady(); }, 30'000));
     }
 
