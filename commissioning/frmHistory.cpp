@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int MostEvents = 5'000;
+constexpr int MostEvents = 20'000;
 constexpr int RefreshTime = 300;        ///< milliseconds
 constexpr int MostDetails = 500;        ///< lines
 constexpr int EventRole = Qt::UserRole; ///< index in the events
@@ -76,11 +76,13 @@ frmHistory::frmHistory(Station& station)
 frmHistory::~frmHistory() = default;
 
 void frmHistory::Refresh() {
+    const std::optional<SiteEvent> chosen = Chosen();
     Result<std::vector<SiteEvent>> events = m_station.History().Read(MostEvents);
     QStringList texts;
     if (events) {
         m_events = std::move(*events);
-        texts += tr("%Ln event(s).", nullptr, static_cast<int>(m_events.size()));
+        texts += m_events.size() < MostEvents ? tr("%Ln event(s).", nullptr, static_cast<int>(m_events.size()))
+                                              : tr("The newest %L1 events.").arg(MostEvents);
     } else {
         texts += events.Error();
     }
@@ -90,7 +92,7 @@ void frmHistory::Refresh() {
         texts += tr("Loads are not recorded: %1").arg(fault);
     m_ui->lblCount->setText(texts.join(u' '));
     ListPlaces();
-    ShowEvents();
+    ShowEventsAt(chosen);
 }
 
 void frmHistory::ListPlaces() {
@@ -107,7 +109,10 @@ void frmHistory::ListPlaces() {
 }
 
 void frmHistory::ShowEvents() {
-    const std::optional<SiteEvent> chosen = Chosen();
+    ShowEventsAt(Chosen());
+}
+
+void frmHistory::ShowEventsAt(const std::optional<SiteEvent>& chosen) {
     const int kind = m_ui->cboKind->currentData().toInt();
     const QString place = m_ui->cboPlace->currentData().toString();
     m_model->clear();

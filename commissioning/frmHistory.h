@@ -31,6 +31,8 @@ private:
     void Refresh();
     void ListPlaces();
     void ShowEvents();
+    /// @param chosen the event that stays chosen.
+    void ShowEventsAt(const std::optional<SiteEvent>& chosen);
     void ShowDetails();
     void GoBack();
     /// The event that the user has chosen; nothing on a day's line.

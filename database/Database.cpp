@@ -48,7 +48,12 @@ Database::Database(QString programFolder, IniUtility& ini, EventLog& log, const 
     , m_ini(ini)
     , m_log(log)
     , m_clock(clock)
-    , m_history(m_file, clock, log) {}
+    , m_history(m_file, clock, log) {
+    m_history.OnMissing = [this]() -> Result<> {
+        const Result<> given = GiveRowKeys(m_file);
+        return given ? MakeOwnTables() : given;
+    };
+}
 
 void Database::OpenDatabase(const QString& path) {
     CloseDatabase();

@@ -5,7 +5,10 @@
 #include "database/Schema.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
+#include <map>
+#include <utility>
 
 namespace {
 
@@ -62,6 +65,29 @@ void DirectionMatrix::LoadDirectionGrid(const GridRecords& rsDisplay, const mode
     endResetModel();
 }
 
+void DirectionMatrix::ReloadUnderChoices(const GridRecords& rsDisplay, const model::Installation& installation) {
+    struct Kept {
+        qint16 display;
+        qint16 counter;
+        qint16 direction;
+    };
+    std::vector<Kept> kept;
+    for (std::size_t i = 0; i + m_undone < m_choices.size(); ++i) {
+        const Choice& choice = m_choices[i];
+        kept.push_back({m_rows[static_cast<std::size_t>(choice.row)].displayId,
+                        m_counterIds[static_cast<std::size_t>(choice.column - 1)], choice.after});
+    }
+    LoadDirectionGrid(rsDisplay, installation);
+    for (const Kept& choice : kept) {
+        const auto row = std::find_if(m_rows.begin(), m_rows.end(),
+                                      [&choice](const Row& one) { return one.displayId == choice.display; });
+        const auto counter = std::find(m_counterIds.begin(), m_counterIds.end(), choice.counter);
+        if (row != m_rows.end() && counter != m_counterIds.end())
+            (void)Write(static_cast<int>(row - m_rows.begin()), static_cast<int>(counter - m_counterIds.begin()) + 1,
+                        QString::number(choice.direction));
+    }
+}
+
 void DirectionMatrix::ForgetChoices() {
     m_choices.clear();
     m_undone = 0;
@@ -80,14 +106,26 @@ void DirectionMatrix::Clear() {
 Result<> DirectionMatrix::UpdateDataDir(Database& database) {
     if (!database.IsOpen())
         return Failure{QStringLiteral("Can't open Queue database!")};
+    // A direction that is stored already keeps its key: what does not change is no edit.
+    std::map<std::array<int, 3>, QVariant> keys;
+    auto stored = database.Select({QStringLiteral("SELECT inf_Id,d_Id,Dir_Id,RowKey FROM [Info-Direction]")});
+    while (stored && stored->next())
+        keys[{stored->value(0).toInt(), stored->value(1).toInt(), stored->value(2).toInt()}] = stored->value(3);
+    if (stored)
+        stored->finish();
     std::vector<Statement> statements{{QStringLiteral("DELETE FROM [Info-Direction]")}};
     for (const Row& row : m_rows) {
         if (row.displayId == NoDisplay)
             continue;
         for (std::size_t i = 0; i < m_counterIds.size(); ++i) {
-            statements.push_back(
-                {QStringLiteral("INSERT INTO [Info-Direction] ([inf_Id],[d_Id],[Dir_Id]) VALUES (?,?,?)"),
-                 {row.displayId, m_counterIds[i], row.directions[i]}});
+            Statement insert{QStringLiteral("INSERT INTO [Info-Direction] ([inf_Id],[d_Id],[Dir_Id]) VALUES (?,?,?)"),
+                             {row.displayId, m_counterIds[i], row.directions[i]}};
+            if (const auto key = keys.find({row.displayId, m_counterIds[i], row.directions[i]}); key != keys.end()) {
+                insert.text =
+                    QStringLiteral("INSERT INTO [Info-Direction] ([inf_Id],[d_Id],[Dir_Id],[RowKey]) VALUES (?,?,?,?)");
+                insert.values += key->second;
+            }
+            statements.push_back(insert);
         }
     }
     const Result<> done = database.Edit({}, statements);
@@ -114,11 +152,13 @@ QString DirectionMatrix::CellText(int row, int column) const {
 }
 
 Result<> DirectionMatrix::Write(int row, int column, const QString& text) {
-    if (!flags(index(row, column)).testFlag(Qt::ItemIsEditable) || text == CellText(row, column))
+    // Emptied is none.
+    if (!flags(index(row, column)).testFlag(Qt::ItemIsEditable) || text.toShort() == CellText(row, column).toShort())
         return Result<>();
+    m_act += m_isTogether ? 0 : 1;
     m_choices.resize(m_choices.size() - m_undone);
     m_undone = 0;
-    m_choices.push_back({row, column, CellText(row, column).toShort(), text.toShort()});
+    m_choices.push_back({row, column, CellText(row, column).toShort(), text.toShort(), m_act});
     Set(row, column, text.toShort());
     return Result<>();
 }
@@ -133,15 +173,33 @@ void DirectionMatrix::Set(int row, int column, qint16 direction) {
 void DirectionMatrix::Undo() {
     if (!CanUndo())
         return;
-    const Choice& choice = m_choices[m_choices.size() - ++m_undone];
-    Set(choice.row, choice.column, choice.before);
+    const int act = m_choices[m_choices.size() - m_undone - 1].act;
+    while (CanUndo() && m_choices[m_choices.size() - m_undone - 1].act == act) {
+        const Choice& choice = m_choices[m_choices.size() - ++m_undone];
+        Set(choice.row, choice.column, choice.before);
+    }
 }
 
 void DirectionMatrix::Redo() {
     if (!CanRedo())
         return;
-    const Choice& choice = m_choices[m_choices.size() - m_undone--];
-    Set(choice.row, choice.column, choice.after);
+    const int act = m_choices[m_choices.size() - m_undone].act;
+    while (CanRedo() && m_choices[m_choices.size() - m_undone].act == act) {
+        const Choice& choice = m_choices[m_choices.size() - m_undone--];
+        Set(choice.row, choice.column, choice.after);
+    }
+}
+
+Result<> DirectionMatrix::Together(const QString&, const std::function<Result<>()>& change) {
+    ++m_act;
+    m_isTogether = true;
+    const Result<> done = change();
+    m_isTogether = false;
+    if (!done && CanUndo() && m_choices.back().act == m_act && m_undone == 0) {
+        Undo();
+        m_choices.resize(m_choices.size() - std::exchange(m_undone, 0));
+    }
+    return done;
 }
 
 Qt::ItemFlags DirectionMatrix::flags(const QModelIndex& index) const {

@@ -24,6 +24,10 @@ public:
     /// Choices that are not stored yet are lost. With no device at all the grid keeps what it shows.
     void LoadDirectionGrid(const GridRecords& rsDisplay, const model::Installation& installation);
 
+    /// The same, with the choices that are not stored yet made once more where their display and counter are still
+    /// there.
+    void ReloadUnderChoices(const GridRecords& rsDisplay, const model::Installation& installation);
+
     /// Shows nothing.
     void Clear();
 
@@ -33,7 +37,8 @@ public:
     /// A choice is not stored yet.
     bool IsChanged() const { return m_isChanged; }
 
-    /// Takes the last choice back that is not stored yet, makes the last one again that was taken back.
+    /// Takes the last choice back that is not stored yet (what was chosen together, together), makes the last one again
+    /// that was taken back.
     bool CanUndo() const { return m_undone < m_choices.size(); }
     bool CanRedo() const { return m_undone > 0; }
     void Undo();
@@ -46,6 +51,7 @@ public:
     QString CellText(int row, int column) const override;
     Result<> Write(int row, int column, const QString& text) override;
     Result<> Remove(int) override { return {}; }
+    Result<> Together(const QString& act, const std::function<Result<>()>& change) override;
     int rowCount(const QModelIndex& parent = {}) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
@@ -61,6 +67,7 @@ private:
         int column;
         qint16 before;
         qint16 after;
+        int act; ///< what was chosen together has the same
     };
 
     void Set(int row, int column, qint16 direction);
@@ -71,5 +78,7 @@ private:
     std::vector<Row> m_rows;
     std::vector<Choice> m_choices; ///< since the directions were read or stored
     std::size_t m_undone = 0;      ///< of the last ones
+    int m_act = 0;                 ///< of the last choice
+    bool m_isTogether = false;
     bool m_isChanged = false;
 };

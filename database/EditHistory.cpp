@@ -20,9 +20,16 @@ QByteArray Packed(const QByteArray& changes) {
     return packed.size() < changes.size() ? packed : changes;
 }
 
-QByteArray Unpacked(const QByteArray& stored) {
-    // Changes begin with a letter; a length of less than 16 MB in front of what is packed does not.
-    return stored.startsWith('\0') ? qUncompress(stored) : stored;
+QString DamagedText() {
+    return QStringLiteral("What was written down of the edits is damaged.");
+}
+
+Result<QByteArray> Unpacked(const QByteArray& stored) {
+    // Changes begin with a letter; the length in front of what is packed would be more than a gigabyte with it.
+    if (stored.startsWith('T'))
+        return stored;
+    QByteArray changes = qUncompress(stored);
+    return changes.isEmpty() ? Failure{DamagedText()} : Result<QByteArray>(std::move(changes));
 }
 
 constexpr const char* ActColumns = "SELECT ID,Moment,User,Name,Kind,Target FROM EditAct";
@@ -54,11 +61,14 @@ EditHistory::EditHistory(const Sqlite& file, const Clock& clock, EventLog& log)
     , m_log(log) {}
 
 void EditHistory::Open(const Result<>& tables) {
+    const QString toldBefore = m_fault;
     Close();
     auto rows =
         m_file.Select({QString::fromLatin1(ActColumns) + QStringLiteral(" WHERE Changes IS NOT NULL ORDER BY ID")});
     if (!rows) {
         m_fault = tables ? rows.Error() : tables.Error();
+        if (m_fault == toldBefore)
+            return;
         m_log.WriteLog(QStringLiteral("Edits are not written down and cannot be undone: %1").arg(m_fault),
                        EventLog::Warning);
         return;
@@ -96,6 +106,11 @@ Result<> EditHistory::Do(const QString& name, const Change& change) {
         return change();
     if (!m_file.IsOpen())
         return Failure{QStringLiteral("Can't open Queue database!")};
+    // What stood in the way when the store was opened may have gone.
+    if (!m_fault.isEmpty()) {
+        Open(OnMissing());
+        OnChanged();
+    }
     Transaction transaction(m_file, Transaction::Kind::Write);
     if (!transaction.Begun())
         return transaction.Begun();
@@ -194,8 +209,14 @@ Result<EditHistory::Step> EditHistory::Back(std::vector<EditAct>& from, EditAct:
     Result<QByteArray> changes = ChangesOf(target.id);
     if (changes && kind == EditAct::Kind::Undo)
         changes = changeset::Inverted(*changes);
-    if (!changes)
+    if (!changes) {
+        // Those before it need not be lost with it.
+        if (changes.Error() == DamagedText()) {
+            from.pop_back();
+            OnChanged();
+        }
         return Failure{changes.Error()};
+    }
     EditAct act;
     act.name = target.name;
     act.kind = kind;
@@ -218,8 +239,12 @@ Result<QByteArray> EditHistory::ChangesSince(qint64 id) const {
     if (!rows)
         return Failure{rows.Error()};
     std::vector<QByteArray> all;
-    while (rows->next())
-        all.push_back(Unpacked(rows->value(0).toByteArray()));
+    while (rows->next()) {
+        Result<QByteArray> changes = Unpacked(rows->value(0).toByteArray());
+        if (!changes)
+            return changes;
+        all.push_back(std::move(*changes));
+    }
     return changeset::Joined(all);
 }
 
@@ -251,13 +276,29 @@ Result<EditHistory::Step> EditHistory::TakeFrom(const QString& path, const QStri
         changes = changeset::Inverted(*changes);
     if (!changes)
         return Failure{changes.Error()};
-    if (changes->isEmpty())
+    const qint64 before = m_lastId;
+    const Result<> done = Do(name, [&]() -> Result<> {
+        // The station's own writing stays as it is.
+        if (const Result<> kept = m_file.Run({QStringLiteral("CREATE TEMP TABLE KeptInfo AS SELECT d_Id,LastInfo FROM "
+                                                             "Display")});
+            !kept)
+            return kept;
+        const Result<std::optional<RowChange>> applied = changeset::Apply(m_file, *changes);
+        if (!applied)
+            return Failure{applied.Error()};
+        if (*applied)
+            return Failure{Obstacle(**applied)};
+        Result<> kept = m_file.Run({QStringLiteral("UPDATE Display SET LastInfo=(SELECT LastInfo FROM KeptInfo WHERE "
+                                                   "KeptInfo.d_Id=Display.d_Id) WHERE d_Id IN (SELECT d_Id FROM "
+                                                   "KeptInfo)")});
+        return kept ? m_file.Run({QStringLiteral("DROP TABLE temp.KeptInfo")}) : kept;
+    });
+    if (!done)
+        return Failure{done.Error()};
+    if (m_fault.isEmpty() && m_lastId == before)
         return Failure{QStringLiteral("The description is what it was then.")};
-    EditAct act;
-    act.name = name;
-    Result<Step> step = Take(act, *changes);
-    OnChanged();
-    return step;
+    Result<std::vector<RowChange>> rows = changeset::Rows(m_file, *changes);
+    return Step{name, rows ? std::move(*rows) : std::vector<RowChange>()};
 }
 
 Result<std::vector<RowChange>> EditHistory::CompareWith(const QString& path) const {
@@ -290,7 +331,8 @@ void EditHistory::FindLostNames() const {
     auto rows = m_file.Select({QStringLiteral("SELECT ID,Changes FROM EditAct WHERE ID>? ORDER BY ID"), {m_namesUpTo}});
     while (rows && rows->next()) {
         m_namesUpTo = rows->value(0).toLongLong();
-        const auto changed = changeset::Rows(m_file, Unpacked(rows->value(1).toByteArray()));
+        const Result<QByteArray> changes = Unpacked(rows->value(1).toByteArray());
+        const auto changed = changes ? changeset::Rows(m_file, *changes) : Failure{changes.Error()};
         if (!changed)
             continue;
         for (const RowChange& row : *changed) {

@@ -32,7 +32,7 @@ struct EditAct {
 /// What was done to the description of the installation, act by act, and the way back.
 ///
 ///     EditAct  ID, Moment, User, Name, Kind, Target: as in `EditAct`, where Target is `of`
-///              Changes: see `changeset`, compressed if that is shorter (`qCompress`, told by its first byte 0)
+///              Changes: see `changeset`, compressed if that is shorter (`qCompress`; what is not begins with "T")
 ///
 /// An act and its row are one transaction: a kill leaves both or neither. Rows are only ever added; undoing is an act
 /// of its own. What can be undone is what stood in the store when it was opened and what was done here since; acts of
@@ -96,6 +96,8 @@ public:
     /// Why acts are not written down, for a user; empty if they are.
     const QString& Fault() const { return m_fault; }
 
+    /// Makes what the history needs of tables, where it could not be made when the store was opened.
+    std::function<Result<>()> OnMissing = [] { return Result<>(); };
     /// Called when there is something new to undo or to redo.
     std::function<void()> OnChanged = [] {};
 

@@ -198,7 +198,9 @@ QString GridRecords::CellText(int row, int column) const {
 Result<> GridRecords::Write(int row, int column, const QString& text) {
     if (!m_database.IsOpen())
         return Closed();
-    if (row < 0 || row >= rowCount() || text == CellText(row, column))
+    if (row >= rowCount())
+        return Gone();
+    if (row < 0 || text == CellText(row, column))
         return {};
     const QVariant value = text.isEmpty() ? QVariant() : QVariant(text);
     if (Result<> known = CheckReference(m_columns[static_cast<std::size_t>(column)], value); !known)

@@ -6,6 +6,8 @@
 #include <QUrl>
 #include <QUuid>
 
+#include <utility>
+
 #include <sqlite3.h>
 
 namespace {
@@ -92,14 +94,20 @@ bool Sqlite::IsInUse() const {
 Result<QSqlQuery> Sqlite::Select(const Statement& statement) const {
     if (!IsOpen())
         return Failure{QStringLiteral("The database is closed.")};
+    if (m_isWithin && !m_lostBy.isEmpty())
+        return Failure{m_lostBy};
     QSqlQuery query(m_connection);
     query.setForwardOnly(true);
     bool isGood = query.prepare(statement.text);
     for (const QVariant& value : statement.values)
         query.addBindValue(value);
     isGood = isGood && query.exec();
-    if (!isGood)
-        return Failure{TextOf(query.lastError())};
+    if (!isGood) {
+        const QString error = TextOf(query.lastError());
+        if (sqlite3* const file = Handle(); m_isWithin && file && sqlite3_get_autocommit(file) != 0)
+            m_lostBy = error;
+        return Failure{error};
+    }
     return Result<QSqlQuery>(std::move(query));
 }
 
@@ -122,15 +130,22 @@ Result<> Sqlite::RunTogether(const std::vector<Statement>& statements) const {
 Transaction::Transaction(const Sqlite& file, Kind kind)
     : m_file(file)
     , m_begun(file.Run({kind == Kind::Write ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN")}))
-    , m_isOpen(static_cast<bool>(m_begun)) {}
+    , m_isOpen(static_cast<bool>(m_begun)) {
+    if (m_isOpen)
+        m_file.m_isWithin = true;
+}
 
 Transaction::~Transaction() {
-    if (m_isOpen)
+    if (!m_isOpen)
+        return;
+    m_file.m_isWithin = false;
+    if (std::exchange(m_file.m_lostBy, {}).isEmpty())
         (void)m_file.Run({QStringLiteral("ROLLBACK")});
 }
 
 Result<> Transaction::Commit() {
     Result<> done = m_file.Run({QStringLiteral("COMMIT")});
     m_isOpen = !done;
+    m_file.m_isWithin = m_isOpen;
     return done;
 }

@@ -65,10 +65,17 @@ public:
     static QString InUseText();
 
 private:
+    friend class Transaction;
+
     QSqlDatabase m_connection;
+    mutable bool m_isWithin = false; ///< a transaction of `Transaction` runs
+    mutable QString m_lostBy;        ///< why SQLite has rolled it back by itself
 };
 
 /// A transaction that is rolled back on every road but `Commit`.
+///
+/// A full disk or a fault of it can make SQLite roll back by itself. Every later statement, `Commit` included, is then
+/// a failure of the same text: by itself it would be for good.
 class Transaction {
 public:
     enum class Kind {

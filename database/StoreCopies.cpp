@@ -16,6 +16,7 @@
 namespace {
 
 constexpr const char* Unfinished = ".copying";
+constexpr qint64 UnfinishedAge = 3600; ///< seconds after which nobody writes to such a file any more
 
 Result<> Flush(const QString& path) {
     const int file = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
@@ -61,7 +62,7 @@ Result<> StoreCopies::Take(const QString& before) const {
         QFile::remove(temporary);
         return done;
     }
-    RemoveOld();
+    RemoveOld(path);
     return {};
 }
 
@@ -88,13 +89,16 @@ std::vector<StoreCopy> StoreCopies::List() const {
     return all;
 }
 
-void StoreCopies::RemoveOld() const {
+void StoreCopies::RemoveOld(const QString& made) const {
     const std::vector<StoreCopy> all = List();
     for (std::size_t i = Most; i < all.size(); ++i)
-        QFile::remove(all[i].path);
-    // What a killed program has left.
+        if (all[i].path != made)
+            QFile::remove(all[i].path);
+    // What a killed program has left; another one may be copying at this moment.
+    const QDateTime old = m_clock.Now().addSecs(-UnfinishedAge);
     QDir folder(Folder());
     const QStringList unfinished = folder.entryList({u'*' + QLatin1String(Unfinished)}, QDir::Files);
     for (const QString& name : unfinished)
-        folder.remove(name);
+        if (QFileInfo(folder.filePath(name)).lastModified() < old)
+            folder.remove(name);
 }

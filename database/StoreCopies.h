@@ -39,7 +39,8 @@ public:
 
 private:
     QString Folder() const;
-    void RemoveOld() const;
+    /// @param made the copy that was made just now, which stays whatever its date is.
+    void RemoveOld(const QString& made) const;
 
     const Database& m_database;
     const Clock& m_clock;

@@ -32,16 +32,21 @@ std::optional<QString> FromVietnamese(const QByteArray& bytes) {
     return QString::fromUtf8(text).normalized(QString::NormalizationForm_C);
 }
 
-/// A tone mark of Windows-1258 behind a vowel, or one of its own letters among small ones.
+/// More tone marks of Windows-1258 behind vowels, and letters of its own, than marks of the printers' letters.
 bool LooksVietnamese(const QByteArray& bytes) {
+    const auto isOneOf = [](char byte, const char* signs) { return byte != '\0' && std::strchr(signs, byte); };
     constexpr const char* Tones = "\xCC\xD2\xDE\xEC\xF2";
     constexpr const char* Vowels = "aeiouyAEIOUY\xC2\xC3\xCA\xD4\xD5\xDD\xE2\xE3\xEA\xF4\xF5\xFD";
-    for (qsizetype i = 1; i < bytes.size(); ++i) {
-        if (bytes[i] != '\0' && bytes[i - 1] != '\0' && std::strchr(Tones, bytes[i]) &&
-            std::strchr(Vowels, bytes[i - 1]))
-            return true;
+    constexpr const char* Struck = "\xD0\xF0";
+    constexpr const char* PrinterMarks = "\xD8\xD9\xDB\xCF\xF8\xF9\xFB\xEF\xE0\xE1\xE4\xE5\xE8\xE9\xEB\xFA\xFC";
+    int ofCodePage = 0;
+    int ofPrinters = 0;
+    for (qsizetype i = 0; i < bytes.size(); ++i) {
+        const char before = i > 0 ? bytes[i - 1] : '\0';
+        ofCodePage += isOneOf(bytes[i], Struck) || (isOneOf(bytes[i], Tones) && isOneOf(before, Vowels)) ? 1 : 0;
+        ofPrinters += isOneOf(bytes[i], PrinterMarks) && isOneOf(before, "aeouyAEOUY\xF4\xF6\xD4\xD6") ? 1 : 0;
     }
-    return false;
+    return ofCodePage > ofPrinters;
 }
 
 QString Decoded(const QByteArray& bytes, QString& encoding) {
@@ -67,7 +72,9 @@ QString Decoded(const QByteArray& bytes, QString& encoding) {
 }
 
 QChar SeparatorOf(const QString& text) {
-    const QString line = text.left(text.indexOf(u'\n'));
+    const auto isEnd = [](QChar sign) { return sign == u'\n' || sign == u'\r'; };
+    const auto begin = std::find_if_not(text.begin(), text.end(), isEnd);
+    const QString line(begin, std::find_if(begin, text.end(), isEnd) - begin);
     const auto count = [&line](QChar candidate) {
         bool isQuoted = false;
         int found = 0;
@@ -101,14 +108,14 @@ QByteArray Quoted(QString cell) {
 
 namespace delimited {
 
-std::vector<QStringList> Cells(const QString& text, QChar separator) {
+std::vector<QStringList> Cells(const QString& text, QChar separator, EmptyRows emptyRows) {
     std::vector<QStringList> rows;
     QStringList row;
     QString cell;
     const auto endRow = [&] {
         row += std::exchange(cell, {});
         const bool isEmpty = std::all_of(row.begin(), row.end(), [](const QString& one) { return one.isEmpty(); });
-        if (!isEmpty)
+        if (!isEmpty || emptyRows == EmptyRows::Keep)
             rows.push_back(row);
         row.clear();
     };
@@ -127,13 +134,17 @@ std::vector<QStringList> Cells(const QString& text, QChar separator) {
             isQuoted = true;
         } else if (sign == separator) {
             row += std::exchange(cell, {});
-        } else if (sign == u'\n') {
+        } else if (sign == u'\n' || sign == u'\r') {
+            if (sign == u'\r' && i + 1 < text.size() && text[i + 1] == u'\n')
+                ++i;
             endRow();
-        } else if (sign != u'\r') {
+        } else {
             cell += sign;
         }
     }
-    endRow();
+    // The end of the last line begins no further one.
+    if (!row.isEmpty() || !cell.isEmpty())
+        endRow();
     return rows;
 }
 

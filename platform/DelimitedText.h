@@ -21,11 +21,16 @@ struct Table {
 /// The largest text that is read, bytes.
 inline constexpr qint64 LargestText = 16 << 20;
 
-/// The cells of a text. Whatever it holds gives a table: a quote that is never closed is one of the text.
-std::vector<QStringList> Cells(const QString& text, QChar separator);
+/// What becomes of rows whose cells are all empty.
+enum class EmptyRows : quint8 { Drop, Keep };
+
+/// The cells of a text. Whatever it holds gives a table: a quote that is never closed is one of the text. Lines end in
+/// line feed, carriage return, or both.
+std::vector<QStringList> Cells(const QString& text, QChar separator, EmptyRows emptyRows = EmptyRows::Drop);
 
 /// Finds encoding and separator (comma, semicolon or tab, whichever its first line has most of) and reads the cells.
-/// What is neither UTF-8 nor UTF-16 is Windows-1258 if letters stand where only Vietnamese has them, else Windows-1252.
+/// What is neither UTF-8 nor UTF-16 is Windows-1258 if more marks stand where only that code page has them than where
+/// only the letters of the printers have theirs, else Windows-1252.
 /// A failure if the text holds no cell at all or is too large.
 Result<Table> Read(const QByteArray& bytes);
 

@@ -173,7 +173,9 @@ SetupRecords::SetupRecords(Station& station)
         UpdateAll();
         if (rsDisplay.RecordCount() == 0)
             directions.Clear();
-        else if (!directions.IsChanged())
+        else if (directions.IsChanged())
+            directions.ReloadUnderChoices(rsDisplay, m_station.Model());
+        else
             LoadDirectionGrid();
     });
 }

@@ -158,6 +158,9 @@ DataGrid* frmQueue::CurrentGrid() const {
 
 void frmQueue::InGrid(void (DataGrid::*command)()) {
     DataGrid* const grid = CurrentGrid();
+    // What is typed in an open cell is not what a row is deleted for.
+    if (grid && grid->IsEditing() && command == &DataGrid::DeleteRows)
+        return;
     if (DataGrid::CommitAll(*this) && grid)
         (grid->*command)();
 }

@@ -1,5 +1,6 @@
 #include "station/ListColumns.h"
 
+#include "core/Installation.h"
 #include "database/Database.h"
 #include "tickets/VniText.h"
 
@@ -32,14 +33,15 @@ constexpr Column Objects[] = {
     {"Address", "d_Address", Holds::Number},
     {"Type", "d_Type", Holds::Type},
     {"Active", "d_On", Holds::YesNo},
-    {"HUB", "d_HubId", Holds::Object},
+    {"HUB", "d_HubId", Holds::Object, model::Hub},
 };
-constexpr Column Assignments[] = {{"Service", "q_Id", Holds::Service}, {"Counter", "d_Id", Holds::Object}};
+constexpr Column Assignments[] = {{"Service", "q_Id", Holds::Service},
+                                  {"Counter", "d_Id", Holds::Object, model::Counter}};
 constexpr Column ScanPlan[] = {{"Order", "Order", Holds::Number}, {"Object", "d_Id", Holds::Object}};
-constexpr Column Directions[] = {{"Display", "inf_Id", Holds::Object},
-                                 {"Counter", "d_Id", Holds::Object},
+constexpr Column Directions[] = {{"Display", "inf_Id", Holds::Object, model::Display},
+                                 {"Counter", "d_Id", Holds::Object, model::Counter},
                                  {"Direction", "Dir_Id", Holds::Direction}};
-constexpr Column HubMembers[] = {{"HUB", "d_HubId", Holds::Object}, {"Device", "d_Id", Holds::Object}};
+constexpr Column HubMembers[] = {{"HUB", "d_HubId", Holds::Object, model::Hub}, {"Device", "d_Id", Holds::Object}};
 
 constexpr Description Descriptions[] = {
     {List::Services, QT_TRANSLATE_NOOP("ListTransfer", "Services"), "Queue", "q_Number,q_Id", Services},
@@ -59,34 +61,49 @@ const Description& Of(List list) {
 
 Names::Names(const Database& database, bool areObjects)
     : m_areObjects(areObjects) {
-    auto rows = database.Select({areObjects ? QStringLiteral("SELECT d_Id,d_Name,d_Number FROM Display")
-                                            : QStringLiteral("SELECT q_Id,q_Name,q_Number FROM Queue")});
-    while (rows && rows->next())
-        m_rows.push_back(
-            {rows->value(0).toInt(), vni::ToUnicode(rows->value(1).toString()).trimmed(), rows->value(2).toString()});
+    auto rows =
+        database.Select({areObjects ? QStringLiteral("SELECT d_Id,d_Name,d_Number,d_Type FROM Display ORDER BY d_Id")
+                                    : QStringLiteral("SELECT q_Id,q_Name,q_Number FROM Queue ORDER BY q_Id")});
+    while (rows && rows->next()) {
+        const qint32 id = rows->value(0).toInt();
+        const Row row{vni::ToUnicode(rows->value(1).toString()).trimmed(), rows->value(2).toString(),
+                      areObjects ? rows->value(3).toInt() : -1};
+        m_byName[row.name] += id;
+        m_byNumber[row.number] += id;
+        m_rows.insert(id, row);
+    }
 }
 
 QString Names::Text(qint32 id) const {
-    const auto row = std::find_if(m_rows.begin(), m_rows.end(), [id](const Row& one) { return one.id == id; });
+    const auto row = m_rows.find(id);
     if (row == m_rows.end())
         return {};
-    return !row->name.isEmpty() && Count(&Row::name, row->name) == 1 ? row->name : row->number;
+    for (const QString& text : {row->name, row->number}) {
+        const Result<qint32> found = text.isEmpty() ? Failure{QString()} : Find(text);
+        if (found && *found == id)
+            return text;
+    }
+    return QStringLiteral("#%1").arg(id);
 }
 
 Result<qint32> Names::Find(const QString& text) const {
-    for (const auto& field : {&Row::name, &Row::number}) {
-        const auto count = Count(field, text);
-        if (count == 1)
-            return std::find_if(m_rows.begin(), m_rows.end(), [&](const Row& one) { return one.*field == text; })->id;
-        if (count > 1)
-            return Failure{tr("There are %1 with \"%2\".").arg(count).arg(text)};
+    for (const auto& known : {m_byName.value(text), m_byNumber.value(text)}) {
+        if (known.size() == 1)
+            return known.first();
+        if (known.size() > 1)
+            return Failure{tr("There are %1 with \"%2\".").arg(known.size()).arg(text)};
     }
+    bool isNumber = false;
+    const qint32 id = text.startsWith(u'#') ? QStringView(text).sliced(1).toInt(&isNumber) : 0;
+    if (isNumber && m_rows.contains(id))
+        return id;
     return Failure{m_areObjects ? tr("There is no object \"%1\".").arg(text)
                                 : tr("There is no service \"%1\".").arg(text)};
 }
 
-qsizetype Names::Count(QString Row::*field, const QString& text) const {
-    return std::count_if(m_rows.begin(), m_rows.end(), [&](const Row& one) { return one.*field == text; });
+int Names::TypeOf(qint32 id) const {
+    const auto row = m_rows.find(id);
+    return row == m_rows.end() ? -1 : row->type;
 }
 
 } // namespace lists

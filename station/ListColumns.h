@@ -2,6 +2,8 @@
 
 #include "station/ListTransfer.h"
 
+#include <QHash>
+
 #include <optional>
 #include <span>
 
@@ -16,6 +18,7 @@ struct Column {
     const char* title;
     const char* field;
     Holds holds;
+    int type = -1; ///< that an object must have here, -1 for any
 };
 
 struct Description {
@@ -38,23 +41,28 @@ class Names {
 public:
     Names(const Database& database, bool areObjects);
 
-    /// The name, or the number where the name is another's too; empty for what is not there.
+    /// The name or, where that does not say which, the number; where neither does, "#" and the key. Empty for what is
+    /// not there.
     QString Text(qint32 id) const;
 
-    /// Who has that name, or else that number; a failure says that nobody has, or several.
+    /// Who has that name, or else that number, or else, behind "#", that key; a failure says that nobody has, or
+    /// several.
     Result<qint32> Find(const QString& text) const;
+
+    /// The type of an object, -1 for what is not there.
+    int TypeOf(qint32 id) const;
 
 private:
     struct Row {
-        qint32 id;
         QString name;
         QString number;
+        int type = -1;
     };
 
-    qsizetype Count(QString Row::*field, const QString& text) const;
-
     bool m_areObjects;
-    std::vector<Row> m_rows;
+    QHash<qint32, Row> m_rows;
+    QHash<QString, QList<qint32>> m_byName;
+    QHash<QString, QList<qint32>> m_byNumber;
 };
 
 } // namespace lists

@@ -1,5 +1,6 @@
 #include "station/ListColumns.h"
 
+#include "core/Installation.h"
 #include "database/Database.h"
 #include "database/Schema.h"
 #include "tickets/VniText.h"
@@ -97,6 +98,14 @@ private:
         return nullptr;
     }
 
+    /// Read once, and anew after rows that others may name have changed.
+    const Names& NamesOf(bool areObjects) const {
+        std::optional<Names>& names = areObjects ? m_objects : m_services;
+        if (!names)
+            names.emplace(m_database, areObjects);
+        return *names;
+    }
+
     Result<QVariant> ValueOf(const Column& column, const QString& cell) const {
         QString text = cell.trimmed();
         // From a spreadsheet, which shows it as a text.
@@ -132,8 +141,13 @@ private:
             return Failure{tr("\"%1\" is none of None, Left, Right, Up, Down.").arg(text)};
         case Holds::Object:
         case Holds::Service: {
-            const Result<qint32> id = Names(m_database, isObject).Find(text);
-            return id ? Result<QVariant>(QVariant(*id)) : Failure{id.Error()};
+            const Names& names = NamesOf(isObject);
+            const Result<qint32> id = names.Find(text);
+            if (!id)
+                return Failure{id.Error()};
+            if (column.type >= 0 && names.TypeOf(*id) != column.type)
+                return Failure{tr("\"%1\" is no %2.").arg(text, QLatin1String(TypeNames[column.type]))};
+            return QVariant(*id);
         }
         case Holds::Key:
         case Holds::Number:
@@ -161,7 +175,7 @@ private:
         if (m_import.faults.size() > faults)
             return;
         const Result<> done =
-            m_list.list == List::Services || m_list.list == List::Objects ? TakeRecord(values) : TakeLink(values);
+            m_list.list == List::Services || m_list.list == List::Objects ? TakeRecord(row, values) : TakeLink(values);
         if (!done)
             NoteRefusal(row, schema::ReadableError(done.Error()));
     }
@@ -199,7 +213,14 @@ private:
         return keys;
     }
 
-    Result<> TakeRecord(const Values& values) {
+    /// The row is, or becomes, an object that others may stand behind.
+    bool HoldsHub(const Values& values) const {
+        return std::any_of(values.begin(), values.end(), [](const auto& value) {
+            return value.first->holds == Holds::Type && value.second.toInt() == model::Hub;
+        });
+    }
+
+    Result<> TakeRecord(int row, const Values& values) {
         const Result<std::vector<qint64>> keys = Matching(values);
         if (!keys)
             return Failure{keys.Error()};
@@ -215,11 +236,29 @@ private:
         }
         if (fields.isEmpty())
             return {};
+        if (!keys->empty()) {
+            const auto [taken, isFirst] = m_takenBy.emplace(keys->front(), row);
+            if (!isFirst)
+                return Failure{
+                    tr("Row %1 has this %2 too.").arg(taken->second).arg(QLatin1String(MatchColumn()->title))};
+            const auto hub = std::find_if(values.begin(), values.end(), [](const auto& value) {
+                return value.first->holds == Holds::Object && value.second.toLongLong() != 0;
+            });
+            if (hub != values.end() && hub->second.toLongLong() == keys->front())
+                return Failure{tr("A hub cannot stand behind itself.")};
+        }
+        // Behind a hub of the same table: it may be one that has just been added.
+        if (m_list.list == List::Objects && HoldsHub(values))
+            m_objects.reset();
         if (keys->empty()) {
             ++m_import.added;
-            return m_database.Run({QStringLiteral("INSERT INTO [%1] (%2) VALUES (%3)")
-                                       .arg(QLatin1String(m_list.table), fields.join(u','), marks.join(u',')),
-                                   bound});
+            auto added = m_database.Select({QStringLiteral("INSERT INTO [%1] (%2) VALUES (%3)")
+                                                .arg(QLatin1String(m_list.table), fields.join(u','), marks.join(u',')),
+                                            bound});
+            if (!added)
+                return Failure{added.Error()};
+            m_takenBy.emplace(added->lastInsertId().toLongLong(), row);
+            return {};
         }
         ++m_import.changed;
         bound += keys->front();
@@ -236,6 +275,8 @@ private:
         const QVariant first = value(0);
         const QVariant second = value(1);
         if (second.isNull() || (first.isNull() && m_list.list != List::ScanPlan))
+            return Failure{tr("A cell is empty.")};
+        if (m_list.list == List::Directions && value(2).isNull())
             return Failure{tr("A cell is empty.")};
         switch (m_list.list) {
         case List::Assignments:
@@ -297,7 +338,10 @@ private:
     const vni::Origin m_origin;
     Import& m_import;
     std::vector<const Column*> m_columns;
-    std::set<qint64> m_entries; ///< of the scan plan that rows have taken
+    mutable std::optional<Names> m_objects;
+    mutable std::optional<Names> m_services;
+    std::map<qint64, int> m_takenBy; ///< rows of the store, by which rows of the table
+    std::set<qint64> m_entries;      ///< of the scan plan that rows have taken
 };
 
 Import RunImport(Database& database, const Incoming& incoming, bool isReal) {

@@ -139,14 +139,16 @@ QCoro::Task<Outcome> Station::ImportList(lists::Incoming incoming) {
     const bool goesOn = co_await CopyStore(QStringLiteral("import"));
     if (!goesOn)
         co_return Outcome::Cancelled();
+    const std::optional<EditAct> before = database.History().NextUndo();
     const lists::Import import = lists::Take(database, incoming);
     if (!import.error.isEmpty())
         co_return Outcome::Failed(import.error);
     if (!import.faults.empty())
         co_return Outcome::Failed(tr("Nothing was imported: %1").arg(import.faults.front().why));
     const std::optional<EditAct> act = database.History().NextUndo();
-    const Result<std::vector<RowChange>> rows =
-        act ? database.History().Rows(act->id) : Result<std::vector<RowChange>>(std::vector<RowChange>());
+    const Result<std::vector<RowChange>> rows = act && (!before || before->id != act->id)
+                                                    ? database.History().Rows(act->id)
+                                                    : Result<std::vector<RowChange>>(std::vector<RowChange>());
     if (rows)
         FollowRows(*rows);
     co_return Outcome::Done(BoxKind::Information, tr("%1: %2 rows added, %3 rows taken over that were there.")

@@ -77,7 +77,9 @@ std::optional<CellBlock> cellblock::Of(const QMimeData* data) {
         }
         block.isStored = true;
     } else if (data->hasText()) {
-        block.rows = delimited::Cells(data->text().left(LongestText), u'\t');
+        const QString text = data->text();
+        if (text.size() <= LongestText)
+            block.rows = delimited::Cells(text, u'\t', delimited::EmptyRows::Keep);
     }
     return block.rows.empty() ? std::nullopt : std::optional(std::move(block));
 }
@@ -109,6 +111,23 @@ Result<> GridBlocks::Write(const QString& act, const std::vector<Cell>& cells) {
     if (count > MostFaults)
         faults += tr("and %1 more").arg(count - MostFaults);
     return Failure{tr("Nothing was changed:") + u'\n' + faults.join(u'\n')};
+}
+
+void GridBlocks::DropEmptyNewRows(std::vector<Cell>& cells, int firstNew) {
+    // An empty row makes no record, so that those behind it come one further up.
+    std::map<int, bool> isFilled;
+    for (const Cell& cell : cells)
+        isFilled[cell.row] |= !cell.text.isEmpty();
+    std::erase_if(cells, [&](const Cell& cell) { return cell.row >= firstNew && !isFilled[cell.row]; });
+    std::map<int, int> places;
+    for (const auto& [row, filled] : isFilled) {
+        if (row >= firstNew && filled)
+            places.emplace(row, firstNew + static_cast<int>(places.size()));
+    }
+    for (Cell& cell : cells) {
+        if (const auto place = places.find(cell.row); place != places.end())
+            cell.row = place->second;
+    }
 }
 
 Result<> GridBlocks::Paste(int row, int column, const CellBlock& block, const QModelIndexList& selected) {
@@ -154,6 +173,7 @@ Result<> GridBlocks::Paste(int row, int column, const CellBlock& block, const QM
         return Failure{tr("Nothing was changed:") + u'\n' + faults.join(u'\n')};
     if (writable.empty())
         return Failure{tr("Nothing was changed: these cells cannot be edited.")};
+    DropEmptyNewRows(writable, hasNewRow ? rows - 1 : rows);
     return Write(writable.size() == 1 ? QString() : tr("paste %1 cells").arg(writable.size()), writable);
 }
 

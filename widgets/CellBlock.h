@@ -68,6 +68,7 @@ private:
         QString text;
     };
 
+    static void DropEmptyNewRows(std::vector<Cell>& cells, int firstNew);
     Result<> Write(const QString& act, const std::vector<Cell>& cells);
     bool IsEditable(int row, int column) const;
     QString PlaceOf(int row, int column) const;

@@ -91,6 +91,8 @@ public:
     /// Takes rows that are dragged out of `source`; `RowDropped` tells of each.
     void TakeRowsOf(const DataGrid* source) { m_dragSource = source; }
 
+    /// A cell is open.
+    bool IsEditing() const { return state() == EditingState; }
     /// A refused text waits to be edited again.
     bool HasRefusedText() const { return m_refusedText.has_value(); }
 

@@ -134,3 +134,76 @@ TEST(EditHistory, AStoreOfEarlierDaysGetsKeysForItsDirections) {
     EXPECT_EQ(world.Values(QStringLiteral("SELECT Note FROM [Info-Direction]")), u"x,null,y"_s);
     EXPECT_EQ(world.TakeLines(), QStringList());
 }
+
+TEST(EditHistory, ADiskThatGetsFullInTheMiddleLeavesNothingOfAnAct) {
+    World world;
+    world.Sql(QStringLiteral("INSERT INTO Display (d_Name) VALUES ('A')"));
+    const QString before = DescriptionOf(world.database);
+    world.Sql(QStringLiteral("PRAGMA max_page_count = 1")); // as many as there are now
+    int refused = 0;
+    const Result<> done = world.database.Edit(QStringLiteral("many"), [&]() -> Result<> {
+        // Whoever goes on after a refusal must not write past the act.
+        for (int i = 0; i < 600; ++i) {
+            const Result<> written = world.database.Run(
+                {QStringLiteral("INSERT INTO Display (d_Name) VALUES (?)"), {QString(i % 3 == 0 ? 20'000 : 9, u'x')}});
+            refused += written ? 0 : 1;
+        }
+        return {};
+    });
+    EXPECT_GT(refused, 500);
+    EXPECT_EQ(done.Error(), u"The disk is full."_s);
+    EXPECT_EQ(DescriptionOf(world.database), before);
+    EXPECT_FALSE(world.database.History().NextUndo());
+    world.Sql(QStringLiteral("PRAGMA max_page_count = 100000"));
+    EXPECT_TRUE(world.database.Edit({}, {Statement{QStringLiteral("DELETE FROM Display")}}));
+    EXPECT_TRUE(world.database.History().Undo());
+    EXPECT_EQ(DescriptionOf(world.database), before);
+}
+
+TEST(EditHistory, AHugeActIsTakenBackAndADamagedOneDoesNotHoldThoseBeforeIt) {
+    World world;
+    const auto edit = [&](const char* statement) {
+        ASSERT_TRUE(world.database.Edit({}, {Statement{QString::fromLatin1(statement)}})) << statement;
+    };
+    edit("INSERT INTO Queue (q_Name) VALUES ('A')");
+    edit("INSERT INTO Queue (q_Notes) VALUES (printf('%.*c', 17000000, 'x'))");
+    edit("UPDATE Queue SET q_Notes='short'");
+    EditHistory& history = world.database.History();
+    world.Sql(QStringLiteral("UPDATE EditAct SET Changes=x'0000000154' WHERE ID=(SELECT MAX(ID) FROM EditAct)"));
+    EXPECT_EQ(history.Undo().Error(), u"What was written down of the edits is damaged."_s);
+    world.Sql(QStringLiteral("UPDATE Queue SET q_Notes=CASE q_Id WHEN 2 THEN printf('%.*c', 17000000, 'x') END"));
+    EXPECT_TRUE(history.Undo());
+    EXPECT_TRUE(history.Undo());
+    EXPECT_EQ(world.Values(QStringLiteral("SELECT q_Id FROM Queue")), QString());
+}
+
+TEST(EditHistory, WhatStoodInTheWayAtOpeningIsTriedAnewAtTheFirstEdit) {
+    World world;
+    world.Sql(QStringLiteral("DROP TABLE EditAct"));
+    Sqlite other;
+    ASSERT_TRUE(other.Open(world.store));
+    {
+        const Transaction held(other, Transaction::Kind::Write);
+        world.database.OpenDatabase(world.store);
+        EXPECT_NE(world.database.History().Fault(), QString());
+    }
+    ASSERT_TRUE(world.database.Edit({}, {Statement{QStringLiteral("INSERT INTO Display (d_Name) VALUES ('A')")}}));
+    EXPECT_EQ(world.database.History().Fault(), QString());
+    EXPECT_TRUE(world.database.History().Undo());
+}
+
+TEST(EditHistory, WhatTheStationItselfWritesStaysWhenACopyIsTakenBack) {
+    World world;
+    world.Sql(QStringLiteral("INSERT INTO Display (d_Id,d_Name,LastInfo) VALUES (1,'A','old'), (2,'B','old')"));
+    const QString copy = world.folder.filePath(QStringLiteral("copy.mdb"));
+    world.Sql(QStringLiteral("VACUUM INTO '%1'").arg(copy));
+    world.Sql(QStringLiteral("UPDATE Display SET LastInfo='new'"));
+    EditHistory& history = world.database.History();
+    EXPECT_EQ(history.TakeFrom(copy, QStringLiteral("copy")).Error(), u"The description is what it was then."_s);
+    ASSERT_TRUE(world.database.Edit({}, {Statement{QStringLiteral("UPDATE Display SET d_Name='X' WHERE d_Id=1")}}));
+    ASSERT_TRUE(history.TakeFrom(copy, QStringLiteral("copy")));
+    EXPECT_EQ(world.Values(QStringLiteral("SELECT d_Name||LastInfo FROM Display")), u"Anew,Bnew"_s);
+    world.Sql(QStringLiteral("UPDATE Display SET LastInfo='newer'"));
+    ASSERT_TRUE(history.Undo());
+    EXPECT_EQ(world.Values(QStringLiteral("SELECT d_Name||LastInfo FROM Display")), u"Xnewer,Bnewer"_s);
+}

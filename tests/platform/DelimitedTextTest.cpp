@@ -27,6 +27,9 @@ TEST(DelimitedText, FindsEncodingAndSeparator) {
         // As spreadsheets on a Vietnamese and on a Western computer save.
         {"Name,No\nQu\xE2\xCCy s\xF4\xEC 1,1", u"Windows-1258"_qs, u',', {u"Qu\u1EA7y s\u1ED1 1"_qs, u"1"_qs}},
         {"Name,No\nQua\xE0y,1", u"Windows-1252"_qs, u',', {u"Qua\u00E0y"_qs, u"1"_qs}},
+        {"N,a\n\xD0\xE3ng ky\xEC,1", u"Windows-1258"_qs, u',', {u"\u0110\u0103ng k\u00FD"_qs, u"1"_qs}},
+        {"N,a\nqu\xEC nhie\xE0u,1", u"Windows-1252"_qs, u',', {u"qu\u00EC nhie\u00E0u"_qs, u"1"_qs}},
+        {"\r\ra;b\rc;d\r", u"UTF-8"_qs, u';', {u"c"_qs, u"d"_qs}},
         {"a,\"b\nc,d", u"UTF-8"_qs, u',', {u"c"_qs, u"d"_qs}},
     };
     for (const auto& one : cases) {

@@ -53,6 +53,26 @@ TEST_F(BlockTest, ABlockFromASpreadsheetFillsRowsAndAddsNewOnesAsOneAct) {
     EXPECT_EQ(Rows(), Before) << "one act";
 }
 
+TEST_F(BlockTest, AnEmptyRowOfABlockEmptiesItsCellAndMakesNoRecord) {
+    Show();
+    WindowDriver::Click(Objects(), 0, 2);
+    FromOutside(QStringLiteral("11\n\n13\n"));
+    Press("Ctrl+V", Objects());
+    EXPECT_EQ(Rows(), QStringLiteral("Quaày 1,1,11,0,1|Quaày 2,2,null,0,1|P,9,13,1,1"));
+    Press("Ctrl+Z", Objects());
+    WindowDriver::Click(Objects(), 2, 0);
+    FromOutside(QStringLiteral("X\r\n\r\n\r\nY\r\nZ\r\n"));
+    Press("Ctrl+V", Objects());
+    EXPECT_EQ(Rows(), QStringLiteral("Quaày 1,1,1,0,1|Quaày 2,2,3,0,1|X,9,32,1,1|Y,null,null,0,0|Z,null,null,0,0"));
+    Press("Ctrl+Z", Objects());
+    EXPECT_EQ(Rows(), Before);
+    // What is typed in an open cell is no reason to delete its row.
+    WindowDriver::Click(Objects(), 0, 0);
+    WindowDriver::Keys(QStringLiteral("typed"));
+    QTest::keySequence(m_window.get(), QKeySequence(QStringLiteral("Ctrl+Shift+Delete")));
+    EXPECT_EQ(Objects().model()->rowCount(), 4);
+}
+
 TEST_F(BlockTest, ARefusedCellRefusesTheWholeBlockAndIsNamed) {
     Show();
     const std::pair<const char*, const char*> blocks[] = {

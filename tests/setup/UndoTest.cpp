@@ -1,6 +1,7 @@
 #include "tests/setup/SetupWindow.h"
 
 #include <QAction>
+#include <QClipboard>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
@@ -111,6 +112,36 @@ TEST_F(UndoTest, EveryActOfEveryTabIsOneStepThatTheMenuNames) {
         Press("Ctrl+Shift+Z");
         EXPECT_EQ(Description(), states[i + 1]) << acts[i].second;
     }
+}
+
+TEST_F(UndoTest, DirectionsChosenTogetherGoTogetherAndOutliveAStepBack) {
+    Show();
+    GoToTab(3);
+    DataGrid& matrix = m_hands->Grid("TDBGrid1");
+    const auto shown = [&matrix] { return WindowDriver::Column(matrix, 1) + " " + WindowDriver::Column(matrix, 2); };
+    const std::string before = shown();
+    WindowDriver::Click(matrix, 0, 1);
+    QApplication::clipboard()->setText(QStringLiteral("Left\tDown"));
+    QTest::keySequence(&matrix, QKeySequence(QKeySequence::Paste));
+    const std::string chosen = shown();
+    EXPECT_EQ(chosen, "Left|None Down|None");
+    Press("Ctrl+Z");
+    EXPECT_EQ(shown(), before);
+    Press("Ctrl+Shift+Z");
+    EXPECT_EQ(shown(), chosen);
+
+    // A step back in another window reads the lists anew.
+    ASSERT_TRUE(m_station.database.Edit({}, {Statement{QStringLiteral("DELETE FROM [Info-Direction]")}}));
+    ASSERT_TRUE(m_station.UndoEdit().IsDone());
+    EXPECT_EQ(shown(), chosen);
+    for (int time = 0; time < 2; ++time) {
+        m_dialogs.ExpectMessage(BoxKind::Plain, QStringLiteral("Update Done."));
+        m_hands->ClickButton("cmdUpdate");
+    }
+    EXPECT_EQ(Stored(QStringLiteral("SELECT d_Id,Dir_Id FROM [Info-Direction] ORDER BY d_Id")),
+              QStringLiteral("1,1|2,4"));
+    Press("Ctrl+Z");
+    EXPECT_EQ(shown(), before) << "what was stored once more as it was is no act";
 }
 
 TEST_F(UndoTest, WhatIsTypedInAnOpenCellHasItsOwnUndo) {

@@ -56,7 +56,12 @@ TEST(ListTransfer, WhatWasExportedMakesTheSameHallInAnEmptyStore) {
                            "IN (SELECT d_Id FROM Display)"));
         from.Sql(QStringLiteral("DELETE FROM [Info-Direction] WHERE RowKey NOT IN (SELECT MIN(RowKey) FROM "
                                 "[Info-Direction] GROUP BY inf_Id,d_Id)"));
-        from.Sql(QStringLiteral("UPDATE Display SET d_HubId=0 WHERE d_HubId NOT IN (SELECT d_Id FROM Display)"));
+        // What the windows refuse is refused here as well.
+        const auto of = [](int type) { return QStringLiteral("(SELECT d_Id FROM Display WHERE d_Type=%1)").arg(type); };
+        from.Sql(QStringLiteral("DELETE FROM [Queue-Display] WHERE d_Id NOT IN ") + of(model::Counter));
+        from.Sql(QStringLiteral("DELETE FROM [Info-Direction] WHERE d_Id NOT IN %1 OR inf_Id NOT IN %2")
+                     .arg(of(model::Counter), of(model::Display)));
+        from.Sql(QStringLiteral("UPDATE Display SET d_HubId=0 WHERE d_HubId=d_Id OR d_HubId NOT IN ") + of(model::Hub));
         World to;
         to.Sql(QStringLiteral("PRAGMA synchronous = OFF"));
         // Hubs are named by objects that come in the same table, so their column comes with the members.
@@ -132,6 +137,14 @@ TEST(ListTransfer, ARefusedCellRefusesTheWholeTableAndIsNamed) {
          Match::None,
          {{u"Display"_qs, u"Counter"_qs, u"Direction"_qs}, {u"Bảng"_qs, u"Quầy 2"_qs, u"North"_qs}},
          "1,2: \"North\" is none of None, Left, Right, Up, Down."},
+        {List::Directions,
+         Match::None,
+         {{u"Display"_qs, u"Counter"_qs, u"Direction"_qs}, {u"Quầy 1"_qs, u"#3"_qs, u"Up"_qs}},
+         "1,0: \"Quầy 1\" is no Display.\n1,1: \"#3\" is no Counter."},
+        {List::Objects,
+         Match::Number,
+         {{u"Number"_qs, u"HUB"_qs}, {u"7"_qs, {}}, {u"7"_qs, {}}, {u"9"_qs, u"Hub"_qs}, {u"1"_qs, u"2"_qs}},
+         "2,-1: Row 1 has this Number too.\n3,-1: A hub cannot stand behind itself.\n4,1: \"2\" is no Hub."},
     };
     for (const auto& one : cases) {
         for (const bool isReal : {false, true}) {
@@ -151,4 +164,17 @@ TEST(ListTransfer, ARefusedCellRefusesTheWholeTableAndIsNamed) {
     EXPECT_EQ(seen.ignored, QStringList{u"Colour"_qs});
     EXPECT_EQ(DescriptionOf(world.database), before) << "a preview does nothing";
     EXPECT_FALSE(world.database.History().NextUndo());
+}
+
+TEST(ListTransfer, ANameThatIsAnothersNumberIsNotTakenForIt) {
+    World world;
+    world.Sql(QStringLiteral("INSERT INTO Queue (q_Id,q_Number,q_Name) VALUES (1,1,'A')"));
+    world.Sql(QStringLiteral("INSERT INTO Display (d_Id,d_Number,d_Name,d_Type) VALUES (1,5,'TV',0), (2,6,'TV',0), "
+                             "(3,7,'5',0), (4,8,'6',0)"));
+    world.Sql(QStringLiteral("INSERT INTO [Queue-Display] (q_Id,d_Id) VALUES (1,1), (1,3)"));
+    const QString before = DescriptionOf(world.database);
+    const Table table = ExportOf(world, List::Assignments);
+    EXPECT_EQ(table, (Table{{u"Service"_qs, u"Counter"_qs}, {u"A"_qs, u"#1"_qs}, {u"A"_qs, u"5"_qs}}));
+    EXPECT_EQ(FaultsOf(lists::Take(world.database, {List::Assignments, Match::None, table})), QString());
+    EXPECT_EQ(DescriptionOf(world.database), before);
 }
