@@ -120,7 +120,8 @@ TEST_F(UndoTest, DirectionsChosenTogetherGoTogetherAndOutliveAStepBack) {
     DataGrid& matrix = m_hands->Grid("TDBGrid1");
     const auto shown = [&matrix] { return WindowDriver::Column(matrix, 1) + " " + WindowDriver::Column(matrix, 2); };
     const std::string before = shown();
-    WindowDriver::Click(matrix, 0, 1);
+    matrix.setFocus();
+    matrix.setCurrentIndex(matrix.model()->index(0, 1));
     QApplication::clipboard()->setText(QStringLiteral("Left\tDown"));
     QTest::keySequence(&matrix, QKeySequence(QKeySequence::Paste));
     const std::string chosen = shown();
