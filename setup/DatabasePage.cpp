@@ -7,6 +7,8 @@
 
 #include <QPointer>
 
+#include <algorithm>
+
 namespace {
 
 // Places of columns.
@@ -122,8 +124,37 @@ void DatabasePage::LoadQueueDisplay() {
 void DatabasePage::AddSelected() {
     if (m_ui->TDBGridDisplay->CurrentNumber(ObjectId) < 1 || m_ui->TDBGridQueue->CurrentNumber(ServiceId) < 1)
         TheStation().dialogs.Warn(QStringLiteral("Must Select Service and Counter in Lists!"));
+    else if (m_ui->TDBGridDisplay->BlockRows().size() > 1)
+        AddServiceCounters();
     else
         AddServiceCounter();
+}
+
+void DatabasePage::AddServiceCounters() {
+    const std::vector<qint32> types = m_ui->TDBGridDisplay->BlockNumbers(ObjectType);
+    if (std::any_of(types.begin(), types.end(), [](qint32 type) { return type != model::Counter; })) {
+        TheStation().dialogs.Warn(QStringLiteral("Could not add this type to service."));
+        return;
+    }
+    const qint32 serviceId = m_ui->TDBGridQueue->CurrentNumber(ServiceId);
+    const std::vector<qint32> counters = m_ui->TDBGridDisplay->BlockNumbers(ObjectId);
+    const auto add = [this, serviceId, counters]() -> Result<> {
+        for (const qint32 counter : counters) {
+            // Those that serve it already stay as they are.
+            const Result<bool> served = Records().assignments.IsCounterServed(counter, serviceId);
+            if (!served)
+                return Failure{served.Error()};
+            if (*served)
+                continue;
+            if (Result<> added = Records().assignments.AddServiceCounter(serviceId, counter); !added)
+                return added;
+        }
+        TheStation().NoteStoreChanged();
+        return {};
+    };
+    const QString act =
+        tr("%1 counters for %2").arg(counters.size()).arg(m_ui->TDBGridQueue->CurrentReadable(ServiceName));
+    Do(act, add, [this] { LoadQueueDisplay(); });
 }
 
 void DatabasePage::AddServiceCounter() {

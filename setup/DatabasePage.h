@@ -36,6 +36,8 @@ private:
     void LoadQueueDisplay();
     void AddSelected();
     void AddServiceCounter();
+    /// Adds all counters of the selected block as one act.
+    void AddServiceCounters();
     void RemoveServiceCounter();
     void RemoveServiceCounters();
 

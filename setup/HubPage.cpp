@@ -4,6 +4,8 @@
 #include "setup/ui_HubPage.h"
 #include "station/Station.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int HubName = 0;    ///< column of TDBGridHUB
@@ -58,16 +60,23 @@ void HubPage::AddSelected() {
 }
 
 void HubPage::AddHubCounter() {
-    const qint32 id = m_ui->TDBGridCounters->CurrentNumber(FreeId);
+    const std::vector<qint32> ids = m_ui->TDBGridCounters->BlockNumbers(FreeId);
     const qint32 hubId = m_ui->TDBGridHUB->CurrentNumber(HubId);
-    if (id < 1 || hubId < 1)
+    if (hubId < 1 || std::any_of(ids.begin(), ids.end(), [](qint32 id) { return id < 1; }))
         return;
-    Do(
-        {}, [=, this] { return Records().assignments.SetHub(id, hubId); },
-        [this] {
-            Records().Requery(Records().rsFreeCounters);
-            LoadHubCounters();
-        });
+    const auto add = [=, this]() -> Result<> {
+        for (const qint32 id : ids) {
+            if (Result<> set = Records().assignments.SetHub(id, hubId); !set)
+                return set;
+        }
+        return {};
+    };
+    const QString act =
+        ids.size() > 1 ? tr("%1 devices behind %2").arg(ids.size()).arg(m_ui->lblHub->text()) : QString();
+    Do(act, add, [this] {
+        Records().Requery(Records().rsFreeCounters);
+        LoadHubCounters();
+    });
 }
 
 void HubPage::RemoveCounter() {

@@ -78,6 +78,12 @@ public:
     /// the next, with 1 to the next, with -1 to the one before, round about.
     Found Find(const QString& text, int step);
 
+    /// The rows of records that the selected block goes over, from top to bottom; the current one alone without a
+    /// block.
+    std::vector<int> BlockRows() const;
+    /// The same as numbers in a column, 0 for a null.
+    std::vector<qint32> BlockNumbers(int column) const;
+
     /// Goes to the record with that key, in the column of that field or, if it has none such, in the first one shown.
     /// @return false if there is no such record.
     bool GoTo(const QVariant& key, const QString& field);

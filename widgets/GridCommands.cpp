@@ -9,6 +9,7 @@
 #include <QHeaderView>
 
 #include <algorithm>
+#include <set>
 
 QModelIndexList DataGrid::SelectedCells() const {
     QModelIndexList cells;
@@ -199,6 +200,24 @@ void DataGrid::DeleteSelected() {
         Tell(Blocks().Clear(cells));
     else if (!cells.isEmpty() && cells.first().flags().testFlag(Qt::ItemIsEditable))
         WriteCell(cells.first(), QString());
+}
+
+std::vector<int> DataGrid::BlockRows() const {
+    std::set<int> rows;
+    for (const QModelIndex& cell : SelectedCells())
+        rows.insert(cell.row());
+    if (rows.size() > 1)
+        std::erase_if(rows, [this](int row) { return m_records->IsNewRow(row); });
+    else if (currentIndex().isValid())
+        rows = {currentIndex().row()};
+    return {rows.begin(), rows.end()};
+}
+
+std::vector<qint32> DataGrid::BlockNumbers(int column) const {
+    std::vector<qint32> numbers;
+    for (const int row : BlockRows())
+        numbers.push_back(m_records->CellText(row, column).toInt());
+    return numbers;
 }
 
 DataGrid::Found DataGrid::Find(const QString& text, int step) {
