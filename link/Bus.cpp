@@ -95,8 +95,7 @@ QCoro::Task<Reply> Bus::SendCommand(quint8 address, char letter, QByteArray data
             break;
         const bool broadcast = address == frames::Broadcast;
         const char sequence = broadcast ? '*' : static_cast<char>('0' + m_sequenceNumber[address]);
-        const QByteArray body = frames::Body(address, sequence, letter, data);
-        const QByteArray frame = frames::BuildFrame(body);
+        const QByteArray frame = frames::BuildCommand(address, sequence, letter, data);
         if (broadcast)
             reply = BroadcastFrame(address, frame, attempt + 1);
         else

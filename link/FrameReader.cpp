@@ -4,6 +4,12 @@
 
 #include <utility>
 
+namespace {
+
+constexpr qsizetype UsualFrame = 64; ///< characters; hardly a reply is longer
+
+} // namespace
+
 void FrameReader::Feed(QByteArrayView characters) {
     for (const char character : characters)
         FeedOne(character);
@@ -21,6 +27,7 @@ void FrameReader::FeedOne(char character) {
             ++m_counters.Abandoned;
         ClearReceiveState();
         m_inFrame = true;
+        m_buffer.reserve(UsualFrame);
         m_buffer.append(character);
         return;
     case frames::Etx:
@@ -68,5 +75,5 @@ void FrameReader::ClearReceiveState() {
     m_ackReceived = false;
     m_inFrame = false;
     m_replyComplete = false;
-    m_buffer.clear();
+    m_buffer.resize(0);
 }

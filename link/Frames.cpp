@@ -24,26 +24,53 @@ int HexadecimalDigit(char character) {
     return -1;
 }
 
+/// The low byte in two upper-case digits. In place: this stands in the path of every command.
+void AddHexadecimal(QByteArray& text, qsizetype number) {
+    constexpr const char* Digits = "0123456789ABCDEF";
+    text += Digits[(number >> 4) & 0xF];
+    text += Digits[number & 0xF];
+}
+
+void AddBody(QByteArray& text, quint8 address, char sequence, char letter, const QByteArray& data) {
+    text += encoding::SmallNumber(address);
+    text += sequence;
+    AddHexadecimal(text, data.size() + 1);
+    text += letter;
+    text += data;
+}
+
+void AddEnd(QByteArray& frame) {
+    AddHexadecimal(frame, CheckSum(frame));
+    frame += Etx;
+}
+
+constexpr qsizetype BeforeData = 5; ///< of a body
+constexpr qsizetype AroundBody = 4; ///< of a frame
+
 } // namespace
 
 QByteArray Body(quint8 address, char sequence, char letter, const QByteArray& data) {
     QByteArray body;
-    body.reserve(data.size() + 5);
-    body += encoding::SmallNumber(address);
-    body += sequence;
-    body += encoding::Hexadecimal(static_cast<quint32>(data.size() + 1), 2);
-    body += letter;
-    body += data;
+    body.reserve(data.size() + BeforeData);
+    AddBody(body, address, sequence, letter, data);
     return body;
 }
 
 QByteArray BuildFrame(const QByteArray& body) {
     QByteArray frame;
-    frame.reserve(body.size() + 4);
+    frame.reserve(body.size() + AroundBody);
     frame += Stx;
     frame += body;
-    frame += encoding::Hexadecimal(CheckSum(frame), 2);
-    frame += Etx;
+    AddEnd(frame);
+    return frame;
+}
+
+QByteArray BuildCommand(quint8 address, char sequence, char letter, const QByteArray& data) {
+    QByteArray frame;
+    frame.reserve(data.size() + BeforeData + AroundBody);
+    frame += Stx;
+    AddBody(frame, address, sequence, letter, data);
+    AddEnd(frame);
     return frame;
 }
 

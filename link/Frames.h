@@ -37,6 +37,9 @@ QByteArray Body(quint8 address, char sequence, char letter, const QByteArray& da
 /// Puts STX before `body`, and the check sum and ETX behind it.
 QByteArray BuildFrame(const QByteArray& body);
 
+/// The frame of a command's body, in one.
+QByteArray BuildCommand(quint8 address, char sequence, char letter, const QByteArray& data);
+
 /// The sum of all bytes, low 8 bits.
 quint8 CheckSum(QByteArrayView bytes);
 

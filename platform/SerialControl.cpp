@@ -102,7 +102,8 @@ bool SerialControl::IsOpen() const {
 }
 
 QByteArray SerialControl::TakeAll() {
-    return m_port->readAll();
+    // At once in the size that there is: every answer comes this way.
+    return m_port->read(m_port->bytesAvailable());
 }
 
 Result<> SerialControl::Write(QByteArrayView characters) {
