@@ -99,10 +99,15 @@ std::optional<BusInstallation> BusInstallation::Parse(const QString& text, const
         }
         device.Address = static_cast<quint8>(address);
         device.Name = match.captured(5);
-        if (!match.captured(4).isEmpty()) {
-            const int hub = match.captured(4).toInt();
+        if (const QString digits = match.captured(4); !digits.isEmpty()) {
+            bool hubReads = false;
+            const int hub = digits.toInt(&hubReads);
+            if (!hubReads || !IsDeviceAddress(hub)) {
+                problem = QStringLiteral("%1: there is no hub at address %2").arg(where, digits);
+                return std::nullopt;
+            }
             hubLines.emplace(hub, where);
-            device.Hub = static_cast<quint8>(std::min(hub, 255));
+            device.Hub = static_cast<quint8>(hub);
         }
         if (!installation.Add(device, where, problem))
             return std::nullopt;
