@@ -46,7 +46,9 @@ public:
 
 private:
     static std::optional<BusInstallation> ReadDatabase(const QString& path, QString& problem);
-    /// False if the address is out of range or taken. @param where file and line or row.
+    /// An address that one character can carry, and not that of the broadcast.
+    static bool IsDeviceAddress(int address);
+    /// False if the address is taken. @param where file and line or row.
     bool Add(const BusDevice& device, const QString& where, QString& problem);
 
     std::vector<BusDevice> m_devices;

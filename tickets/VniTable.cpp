@@ -1,14 +1,9 @@
 #include "tickets/VniTable.h"
 
-#include "platform/WholeFile.h"
-
-#include <algorithm>
-
 namespace {
 
 constexpr int SmallLetters = 67;
 constexpr int MostColumns = 8;
-constexpr int MostCodeLines = 229;
 
 /// The bytes of the small letters. A capital has its small letter's byte, but for three.
 constexpr quint8 SmallCodes[SmallLetters] = {
@@ -20,24 +15,10 @@ constexpr int CapitalABreve = 72;
 constexpr int CapitalACircumflex = 78;
 constexpr int CapitalDStroke = 133;
 
-constexpr qint64 LargestFile = 1'000'000; ///< bytes
-
 constexpr char SmallPage = 30;
 constexpr char CapitalPage = 31;
 
 } // namespace
-
-Result<> VniTable::LoadVNITable(const QString& path) {
-    m_records.clear();
-    m_indexes.clear();
-    const Result<QByteArray> content = ReadWhole(path, LargestFile);
-    if (!content)
-        return Failure{content.Error()};
-    const Result<> taken = TakeRecords(content->first(std::min<qsizetype>(content->size(), Records * RecordLength)));
-    if (!taken)
-        return Failure{QStringLiteral("%1 is damaged: %2").arg(path, taken.Error())};
-    return {};
-}
 
 Result<> VniTable::TakeRecords(const QByteArray& records) {
     m_records.clear();
@@ -87,12 +68,4 @@ quint8 VniTable::Code(int index) {
 
 QByteArray VniTable::RecordBytes(int first, int count) const {
     return m_records.mid(first * RecordLength, count * RecordLength);
-}
-
-bool LoadVCode(const QString& path) {
-    const Result<QByteArray> content = ReadWhole(path, LargestFile);
-    if (!content)
-        return false;
-    const bool isEnded = content->isEmpty() || content->endsWith('\n');
-    return content->count('\n') + (isEnded ? 0 : 1) <= MostCodeLines;
 }

@@ -104,8 +104,12 @@ QString Compose(const QString& text) {
         qsizetype end = i + 1;
         while (end < text.size() && CombiningMarks.contains(text[end]))
             ++end;
+        if (end == i + 1) {
+            composed += text[i++];
+            continue;
+        }
         const QString cluster = text.mid(i, end - i);
-        const QString letter = cluster.size() > 1 ? cluster.normalized(QString::NormalizationForm_C) : cluster;
+        const QString letter = cluster.normalized(QString::NormalizationForm_C);
         composed += letter.size() == 1 && FindUnicode(letter[0]) ? letter : cluster;
         i = end;
     }
@@ -146,7 +150,10 @@ QString ConvertLetters(const QString& text, char16_t last) {
     QString converted;
     for (const QChar character : text) {
         const Letter* letter = character.unicode() > last ? FindUnicode(character) : nullptr;
-        converted += letter ? Bytes(*letter) : QString(character);
+        if (letter)
+            converted += Bytes(*letter);
+        else
+            converted += character;
     }
     return converted;
 }

@@ -15,7 +15,7 @@ fi
 cmake -S . -B build/coverage -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g1" -DCMAKE_CXX_COMPILER=clang++ \
     -DORVEX_FUZZ=ON -DCMAKE_CXX_FLAGS="-fprofile-instr-generate -fcoverage-mapping" > /dev/null
 cmake --build build/coverage | tail -n 1
-for target in frame_reader ini delimited bitmap rich_text; do
+for target in frame_reader ini delimited bitmap vni_table bus_installation rich_text; do
     program=build/coverage/fuzz/fuzz_$target
     LLVM_PROFILE_FILE=build/coverage/$target.profraw "$program" -runs=0 "fuzz/corpus/$target" > /dev/null 2>&1
     llvm-profdata merge -o "build/coverage/$target.profdata" "build/coverage/$target.profraw"
@@ -26,6 +26,6 @@ import json, sys
 for file in json.load(sys.stdin)["data"][0]["files"]:
     name = "/".join(file["filename"].split("/")[-2:])
     lines = file["summary"]["lines"]
-    if name.split("/")[0] in ("link", "core", "platform", "tickets") and name.endswith(".cpp"):
+    if name.split("/")[0] in ("link", "core", "platform", "tickets", "simulator") and name.endswith(".cpp"):
         print("    %-32s %5.1f %% of %d lines" % (name, lines["percent"], lines["count"]))'
 done

@@ -15,8 +15,9 @@ cmake --preset fuzz > /dev/null
 cmake --build --preset fuzz | tail -n 1
 export JETIMPORT=$PWD/build/release/bin/JetImport
 [[ " ${targets[*]} " != *" jet "* ]] || cmake --build --preset release --target JetImport | tail -n 1
-# Where memory came from matters only for what is found, and is found again with more of it.
-export ASAN_OPTIONS=malloc_context_size=2
+# Where memory came from matters only for what is found, and is found again with more of it. What an input has freed need not
+# stay apart for longer than its run.
+export ASAN_OPTIONS=malloc_context_size=2:quarantine_size_mb=2:thread_local_quarantine_size_kb=64
 seconds=$((minutes * 60 * 2 / (${#targets[@]} + ${#targets[@]} % 2)))
 mkdir -p build/fuzz/found
 status=0

@@ -15,6 +15,7 @@ TEST(BusInstallationTest, NamesTheLineOfAFault) {
         {"counter 127 1 A", "bus.txt:1: address must be 0 to 207 but not 127, number a whole number"},
         {"counter one 1 A", "bus.txt:1: expected CLASS ADDRESS NUMBER [hub=ADDRESS] NAME"},
         {"counter 1 1 A\nprinter 32 1 hub=64 B", "bus.txt:2: there is no hub at address 64"},
+        {"hub 0 1 A\nprinter 32 1 hub=4294967296 B", "bus.txt:2: there is no hub at address 4294967296"},
     };
     for (const auto& row : rows) {
         QString problem;
