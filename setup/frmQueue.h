@@ -90,6 +90,10 @@ private:
     void ImportList(lists::List list);
     void ExportList(lists::List list);
     void SetUpFind();
+    /// What can be done with the selected cells of a list. @param place in its viewport.
+    void ShowContextMenu(DataGrid& grid, QPoint place);
+    /// Goes to what the check says about a row.
+    void ShowFindingOf(const DataGrid& grid, qint32 key);
     /// Tells which row of the list that has the keyboard is the current one, and how many there are.
     void ShowPlace();
     /// The list that has the keyboard, an open cell of it included; nullptr if none has.

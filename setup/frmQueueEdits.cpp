@@ -72,6 +72,9 @@ void frmQueue::SetUpGridCommands() {
             action->setEnabled(true);
     });
     for (DataGrid* grid : findChildren<DataGrid*>()) {
+        grid->setContextMenuPolicy(Qt::CustomContextMenu);
+        connect(grid, &DataGrid::customContextMenuRequested, this,
+                [this, grid](QPoint place) { ShowContextMenu(*grid, place); });
         connect(grid, &DataGrid::RemovalWanted, this, [this, grid](int rows) {
             m_station.dialogs.AskYesNo(BoxKind::Exclamation, tr("Delete %1 rows?").arg(rows))
                 .then([list = QPointer(grid)](bool yes) {
@@ -110,6 +113,49 @@ void frmQueue::ShowPlace() {
     const int rows = all > 0 && records->IsNewRow(all - 1) ? all - 1 : all;
     const int row = grid->currentIndex().row() + 1;
     m_place->setText(row >= 1 && row <= rows ? tr("Row %1 of %2").arg(row).arg(rows) : tr("%n rows", nullptr, rows));
+}
+
+void frmQueue::ShowContextMenu(DataGrid& grid, QPoint place) {
+    grid.setFocus();
+    if (!DataGrid::CommitAll(*this))
+        return;
+    QMenu menu(this);
+    menu.setObjectName(QStringLiteral("gridMenu"));
+    const QModelIndex cell = grid.currentIndex();
+    const auto* const records = qobject_cast<const GridModel*>(grid.model());
+    if (records && cell.isValid() && !records->MarkOf(cell.row(), cell.column()).isEmpty())
+        connect(menu.addAction(tr("&Go to Finding")), &QAction::triggered, this,
+                [this, &grid, cell, records] { ShowFindingOf(grid, records->Key(cell.row()).toInt()); });
+    if (&grid == findChild<DataGrid*>(QStringLiteral("TDBGridDisplay"))) {
+        for (const char* const name : {"cmdTestConnect", "cmdNew"}) {
+            auto* const button = findChild<QPushButton*>(QString::fromLatin1(name));
+            QAction* const action = menu.addAction(button->text());
+            action->setEnabled(button->isEnabled());
+            connect(action, &QAction::triggered, button, &QPushButton::click);
+        }
+    }
+    if (!menu.isEmpty())
+        menu.addSeparator();
+    Q_EMIT m_ui->mnEdit->aboutToShow();
+    menu.addActions({m_ui->mnCut, m_ui->mnCopy, m_ui->mnPaste});
+    menu.addSeparator();
+    menu.addActions({m_ui->mnDuplicate, m_ui->mnFillDown, m_ui->mnFillSeries, m_ui->mnDeleteRows});
+    menu.addSeparator();
+    menu.addAction(m_ui->mnFind);
+    menu.exec(grid.viewport()->mapToGlobal(place));
+    Q_EMIT m_ui->mnEdit->aboutToHide();
+}
+
+void frmQueue::ShowFindingOf(const DataGrid& grid, qint32 key) {
+    const QString table = grid.objectName() == u"TDBGridQueue" ? QStringLiteral("Queue") : QStringLiteral("Display");
+    m_ui->dckCheck->show();
+    for (std::size_t i = 0; i < m_findings.size(); ++i) {
+        if (m_findings[i].table == table && m_findings[i].key == key) {
+            m_ui->lstFindings->setCurrentRow(static_cast<int>(i));
+            m_ui->lstFindings->setFocus();
+            return;
+        }
+    }
 }
 
 void frmQueue::SetUpListMenus() {

@@ -198,6 +198,19 @@ Result<> GridBlocks::FillDown(const QModelIndexList& selected) {
     return Write(tr("fill down"), cells);
 }
 
+Result<> GridBlocks::Choose(const QModelIndexList& selected, QChar letter) {
+    std::vector<Cell> cells;
+    for (const QModelIndex& cell : selected) {
+        const auto& values = m_model.Columns()[static_cast<std::size_t>(cell.column())].values;
+        const auto chosen = std::find_if(values.begin(), values.end(), [letter](const auto& value) {
+            return value.second.startsWith(letter, Qt::CaseInsensitive);
+        });
+        if (chosen != values.end() && IsEditable(cell.row(), cell.column()) && !m_model.IsNewRow(cell.row()))
+            cells.push_back({cell.row(), cell.column(), QString::number(chosen->first)});
+    }
+    return cells.empty() ? Result<>() : Write(tr("choose for %1 cells").arg(cells.size()), cells);
+}
+
 Result<> GridBlocks::FillSeries(const QModelIndexList& selected) {
     const std::map<int, std::set<int>> rows = ColumnsByRow(selected);
     std::vector<Cell> cells;

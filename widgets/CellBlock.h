@@ -51,6 +51,9 @@ public:
     /// Writes the first row of a block into the others.
     Result<> FillDown(const QModelIndexList& selected);
 
+    /// Writes the choice that begins with a letter into every cell that has such a one.
+    Result<> Choose(const QModelIndexList& selected, QChar letter);
+
     /// Counts up from the first row of a block: a number by one a row, a text in the number at its end.
     Result<> FillSeries(const QModelIndexList& selected);
 

@@ -147,3 +147,15 @@ void CellDelegate::setModelData(QWidget* editor, QAbstractItemModel*, const QMod
     else if (const auto* box = qobject_cast<QComboBox*>(editor))
         WriteChoice(*m_grid, index, *box);
 }
+
+bool CellDelegate::eventFilter(QObject* editor, QEvent* event) {
+    auto* const widget = qobject_cast<QWidget*>(editor);
+    const auto* const key = event->type() == QEvent::KeyPress ? static_cast<QKeyEvent*>(event) : nullptr;
+    if (!widget || !key || key->key() != Qt::Key_Tab || key->modifiers() != Qt::ControlModifier)
+        return QStyledItemDelegate::eventFilter(editor, event);
+    Q_EMIT commitData(widget);
+    Q_EMIT closeEditor(widget, NoHint);
+    if (!m_grid->HasRefusedText())
+        m_grid->LeaveForward();
+    return true;
+}

@@ -16,6 +16,9 @@ public:
     void setEditorData(QWidget* editor, const QModelIndex& index) const override;
     void setModelData(QWidget* editor, QAbstractItemModel* model, const QModelIndex& index) const override;
 
+protected:
+    bool eventFilter(QObject* editor, QEvent* event) override;
+
 private:
     DataGrid* m_grid;
 };

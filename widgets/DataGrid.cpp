@@ -317,11 +317,20 @@ void DataGrid::EditRefusedText() {
 
 void DataGrid::closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) {
     const bool toNext = hint == QAbstractItemDelegate::EditNextItem;
+    const bool isEntered = hint == QAbstractItemDelegate::SubmitModelCache;
     const bool toOther = toNext || hint == QAbstractItemDelegate::EditPreviousItem;
     // A refused text comes back into its own cell; no other one must be opened meanwhile.
     QTableView::closeEditor(editor, m_refusedText || toOther ? QAbstractItemDelegate::NoHint : hint);
     if (toOther && !m_refusedText)
         EditBeside(toNext ? 1 : -1);
+    else if (isEntered && !m_refusedText)
+        GoBelow();
+}
+
+void DataGrid::GoBelow() {
+    const QModelIndex below = currentIndex().siblingAtRow(currentIndex().row() + 1);
+    if (below.isValid())
+        setCurrentIndex(below);
 }
 
 void DataGrid::EditBeside(int step) {
@@ -353,6 +362,12 @@ void DataGrid::keyPressEvent(QKeyEvent* event) {
         DeleteSelected();
     } else if (event->key() == Qt::Key_Space && event->modifiers() == Qt::ShiftModifier) {
         selectRow(currentIndex().row());
+    } else if (event->key() == Qt::Key_Tab && event->modifiers() == Qt::ControlModifier) {
+        LeaveForward();
+    } else if (event->key() == Qt::Key_Apostrophe && event->modifiers() == Qt::ControlModifier) {
+        TakeFromAbove();
+    } else if (isPlain && event->text().size() == 1 && event->text()[0].isLetter() && ChoosesForAll()) {
+        Tell(Blocks().Choose(SelectedCells(), event->text()[0]));
     } else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && isPlain) {
         // The Enter that ends an edit comes here as well.
         if (state() != EditingState && currentIndex().flags().testFlag(Qt::ItemIsEditable))

@@ -24,6 +24,10 @@ struct GridInsertion {
 /// up. Delete empties the selected cells, or deletes the rows if they are selected whole (by a click on the row's head
 /// or Shift+Space). Cells go to other programs and come from them as blocks, see `CellBlock`.
 ///
+/// Enter goes on to the cell below, Tab to the next one that can be edited, over the ends of rows into the blank row;
+/// Ctrl+Tab leaves the grid. Ctrl+' takes the text of the cell above. A letter that is typed over several cells that
+/// are chosen from lists chooses for all of them.
+///
 /// What is selected is a block of cells or of whole rows around the current cell, made with Shift.
 ///
 /// A click on the head of a column sorts by it, a second one the other way round, a third one no more; the order of the
@@ -102,6 +106,9 @@ public:
     /// A refused text waits to be edited again.
     bool HasRefusedText() const { return m_refusedText.has_value(); }
 
+    /// Gives the keyboard to what comes behind the grid.
+    void LeaveForward() { focusNextPrevChild(true); }
+
     /// Writes a cell and tells of a refusal; for the cells' editors.
     void WriteCell(const QModelIndex& index, const QString& text);
 
@@ -163,6 +170,12 @@ private:
     void OpenList(const QPersistentModelIndex& cell);
     /// Opens the next cell that can be edited, over locked columns and the ends of rows. @param step 1 or -1.
     void EditBeside(int step);
+    /// More than one cell is selected, and all are chosen from lists.
+    bool ChoosesForAll() const;
+    /// Writes what stands in the cell above.
+    void TakeFromAbove();
+    /// Goes one row down, as far as there is one.
+    void GoBelow();
     void DeleteSelected();
     void Tell(const Result<>& done);
     GridBlocks Blocks();

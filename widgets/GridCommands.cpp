@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QHeaderView>
+#include <QLineEdit>
 
 #include <algorithm>
 #include <set>
@@ -153,7 +154,10 @@ void DataGrid::FillSeries() {
 }
 
 void DataGrid::DuplicateRows() {
-    const std::vector<int> rows = SelectedRows();
+    std::vector<int> rows = SelectedRows();
+    // On the blank row the one above is meant, where Enter has come from.
+    if (rows.empty() && CanAdd() && m_records->rowCount() > 1)
+        rows.push_back(m_records->rowCount() - 2);
     if (rows.empty())
         return;
     const int first = m_records->rowCount() - 1;
@@ -200,6 +204,23 @@ void DataGrid::DeleteSelected() {
         Tell(Blocks().Clear(cells));
     else if (!cells.isEmpty() && cells.first().flags().testFlag(Qt::ItemIsEditable))
         WriteCell(cells.first(), QString());
+}
+
+bool DataGrid::ChoosesForAll() const {
+    const QModelIndexList cells = SelectedCells();
+    return cells.size() > 1 && std::all_of(cells.begin(), cells.end(), [this](const QModelIndex& cell) {
+               return !m_records->Columns()[static_cast<std::size_t>(cell.column())].values.empty();
+           });
+}
+
+void DataGrid::TakeFromAbove() {
+    const QModelIndex cell = currentIndex();
+    if (cell.row() < 1 || !cell.flags().testFlag(Qt::ItemIsEditable))
+        return;
+    if (auto* const line = qobject_cast<QLineEdit*>(indexWidget(cell)))
+        line->setText(m_records->CellText(cell.row() - 1, cell.column()));
+    else if (state() != EditingState)
+        WriteCell(cell, m_records->CellText(cell.row() - 1, cell.column()));
 }
 
 std::vector<int> DataGrid::BlockRows() const {

@@ -2,6 +2,8 @@
 
 #include <QAction>
 #include <QClipboard>
+#include <QMenu>
+#include <QTimer>
 
 namespace {
 
@@ -51,6 +53,67 @@ TEST_F(BlockTest, ABlockFromASpreadsheetFillsRowsAndAddsNewOnesAsOneAct) {
     EXPECT_EQ(Objects().model()->rowCount(), 6);
     Press("Ctrl+Z", Objects());
     EXPECT_EQ(Rows(), Before) << "one act";
+}
+
+TEST_F(BlockTest, ARowIsTypedWithoutTheMouseAndALetterChoosesForAll) {
+    Show();
+    Objects().setFocus();
+    Objects().setCurrentIndex(Objects().model()->index(3, 0));
+    for (const char* const text : {"Q5", "5", "5", "C", "Y"}) {
+        if (auto* box = qobject_cast<QComboBox*>(QApplication::focusWidget()))
+            QTest::keyClicks(box, QString::fromLatin1(text));
+        else
+            WindowDriver::Keys(QString::fromLatin1(text));
+        WindowDriver::Press(Qt::Key_Tab);
+    }
+    // Tab has gone on to the first cell of the next row.
+    WindowDriver::Keys(QStringLiteral("Q6"));
+    WindowDriver::Press(Qt::Key_Return);
+    EXPECT_EQ(Rows(), Before + QStringLiteral("|Q5,5,5,0,1|Q6,null,null,0,0"));
+    EXPECT_EQ(Objects().currentIndex(), Objects().model()->index(5, 0)) << "Enter goes down";
+    Press("Ctrl+D", Objects());
+    EXPECT_EQ(Rows(), Before + QStringLiteral("|Q5,5,5,0,1|Q6,null,null,0,0|Q7,null,null,0,0")) << "the row above";
+    Objects().setCurrentIndex(Objects().model()->index(4, 2));
+    Press("Ctrl+'", Objects());
+    EXPECT_EQ(Stored(QStringLiteral("SELECT d_Address FROM Display WHERE d_Name='Q6'")), QStringLiteral("5"));
+
+    Select(0, 3, 1, 3);
+    QTest::keyClick(&Objects(), Qt::Key_D);
+    EXPECT_EQ(Stored(QStringLiteral("SELECT d_Type FROM Display WHERE d_Id<4")), QStringLiteral("2|2|1"));
+    Press("Ctrl+Z", Objects());
+    EXPECT_EQ(Stored(QStringLiteral("SELECT d_Type FROM Display WHERE d_Id<4")), QStringLiteral("0|0|1"));
+
+    WindowDriver::Click(Objects(), 0, 0);
+    WindowDriver::Keys(QStringLiteral("left"));
+    WindowDriver::Press(Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_FALSE(Objects().isAncestorOf(QApplication::focusWidget()));
+    EXPECT_EQ(Stored(QStringLiteral("SELECT d_Name FROM Display WHERE d_Id=1")), QStringLiteral("left"));
+}
+
+TEST_F(BlockTest, AMenuBesideTheCellsDoesTheSame) {
+    Show();
+    const auto choose = [this](DataGrid& grid, int row, const QString& entry) {
+        WindowDriver::Click(grid, row, 0);
+        // The menu runs in an event loop of its own.
+        QStringList entries;
+        QTimer::singleShot(0, m_window.get(), [&] {
+            auto* const menu = m_window->findChild<QMenu*>(QStringLiteral("gridMenu"));
+            ASSERT_NE(menu, nullptr);
+            for (QAction* action : menu->actions()) {
+                entries += action->text().remove(u'&').section(u'\t', 0, 0);
+                if (entries.last() == entry)
+                    action->trigger();
+            }
+            menu->close();
+        });
+        Q_EMIT grid.customContextMenuRequested(WindowDriver::Place(grid, row, 0));
+        return entries;
+    };
+    EXPECT_TRUE(choose(Objects(), 1, QStringLiteral("Duplicate Row")).contains(QStringLiteral("Test Connect")));
+    EXPECT_EQ(Rows(), Before + QStringLiteral("|Quaày 3,3,4,0,1"));
+    EXPECT_FALSE(choose(m_hands->Grid("TDBGridQueue"), 0, QStringLiteral("Delete Row"))
+                     .contains(QStringLiteral("Test Connect")));
+    EXPECT_EQ(Stored(QStringLiteral("SELECT q_Id FROM Queue")), QStringLiteral("2"));
 }
 
 TEST_F(BlockTest, AnEmptyRowOfABlockEmptiesItsCellAndMakesNoRecord) {

@@ -183,12 +183,12 @@ protected:
         Chord("Alt+3");
         DataGrid& matrix = Grid("TDBGrid1");
         for (int display = 0; display < 2; ++display) {
-            m_clicks += 1;
-            m_keys += 2;
-            WindowDriver::Choose(matrix, display, 1, display == 0 ? QStringLiteral("L") : QStringLiteral("R"));
-            Chord("Ctrl+C");
+            Click(matrix, display, 1);
+            WindowDriver::Press(Qt::Key_Escape); // the list that the click has opened
+            m_keys += 1;
             Click(matrix, display, Counters, Qt::ShiftModifier);
-            Chord("Ctrl+V");
+            m_keys += 1;
+            QTest::keyClick(&matrix, display == 0 ? Qt::Key_L : Qt::Key_R);
         }
         Update();
     }

@@ -58,6 +58,7 @@ TEST_F(SetupPagesTest, TheListOfCountersFollowsTheSelectedService) {
     EXPECT_EQ(m_hands->Find<QLabel>("lblService").text(), QStringLiteral("B"));
     EXPECT_EQ(Column("TDBGridQD", 2), "C1");
     WindowDriver::Type(Grid("TDBGridQueue"), 1, 1, QStringLiteral("new"));
+    WindowDriver::Press(Qt::Key_Up);
     EXPECT_EQ(m_hands->Find<QLabel>("lblService").text(), QStringLiteral("new"));
     EXPECT_EQ(Column("TDBGridQD", 1), "new");
     WindowDriver::Click(Grid("TDBGridQueue"), 2, 1);

@@ -218,6 +218,7 @@ TEST_F(frmQueueTest, ALetterWithoutRoomIsLeftOutWhole) {
     const QString name = QString(62, u'n') + u'z';
     for (const bool atEnd : {true, false}) {
         Type(0, NameColumn, name);
+        Press(Qt::Key_Up);
         Press(Qt::Key_F2);
         Press(atEnd ? Qt::Key_End : Qt::Key_Home);
         Keys(QStringLiteral("\u1EBF"));
@@ -228,6 +229,7 @@ TEST_F(frmQueueTest, ALetterWithoutRoomIsLeftOutWhole) {
         Press(Qt::Key_Return);
     }
     QApplication::clipboard()->setText(QString(63, u'n') + u'\u1EBF');
+    Press(Qt::Key_Up);
     QTest::keyClick(&Grid(), Qt::Key_V, Qt::ControlModifier);
     EXPECT_EQ(Shown(0, NameColumn), QString(63, u'n'));
 }
