@@ -258,6 +258,15 @@ void Program::ShowHelp(const QString& page) {
     m_dialogs.Warn(tr("The manual cannot be opened: %1/help").arg(m_folders.install));
 }
 
+void Program::ShowUp() {
+    if (QWidget* const box = QApplication::activeModalWidget())
+        ToFront(*box);
+    else if (m_setupWindow && (m_setupWindow->isVisible() || !m_mainWindow->isVisible()))
+        ToFront(*m_setupWindow);
+    else if (m_mainWindow)
+        ToFront(*m_mainWindow);
+}
+
 void Program::Leave() {
     if (m_isExiting)
         return;

@@ -44,6 +44,9 @@ public:
     /// The database with which the user wants to begin anew, once this has ended; empty for none.
     QString NextStore() const { return m_nextStore; }
 
+    /// Brings what the user sees of the program to the front.
+    void ShowUp();
+
     /// Closes the windows, and ends the program unless one of them has something to settle first.
     void Leave();
 

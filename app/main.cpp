@@ -1,3 +1,4 @@
+#include "app/OneProgram.h"
 #include "app/Program.h"
 #include "platform/Clock.h"
 #include "widgets/Artwork.h"
@@ -33,6 +34,9 @@ int main(int argc, char** argv) {
     // Boxes come and go before the first window stays.
     QApplication::setQuitOnLastWindowClosed(false);
 
+    OneProgram one(FoldersOfProgram().user);
+    if (!one.Begin())
+        return 0;
     // The user may go on with another database: each has a program of its own.
     std::unique_ptr<Run> run;
     const std::function<void(const QString&)> begin = [&](const QString& store) {
@@ -51,6 +55,10 @@ int main(int argc, char** argv) {
             Qt::QueuedConnection);
         run->running.emplace(run->program.Main(store));
     };
+    QObject::connect(&one, &OneProgram::Wanted, &application, [&run] {
+        if (run)
+            run->program.ShowUp();
+    });
     begin({});
     return QApplication::exec();
 }
