@@ -4,6 +4,7 @@
 #include "database/Schema.h"
 
 #include <QCollator>
+#include <QLocale>
 #include <QSqlError>
 #include <QSqlQuery>
 
@@ -131,7 +132,7 @@ void GridRecords::Arrange() {
         return;
     const auto index = static_cast<std::size_t>(m_sortColumn);
     const GridColumn& column = m_columns[index];
-    QCollator collator(QLocale(QLocale::Vietnamese));
+    QCollator collator{QLocale(QLocale::Vietnamese)};
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     // What each row is sorted by, found out once.
