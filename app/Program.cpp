@@ -259,6 +259,8 @@ void Program::ShowHelp(const QString& page) {
 }
 
 void Program::ShowUp() {
+    if (m_isExiting)
+        return;
     if (QWidget* const box = QApplication::activeModalWidget())
         ToFront(*box);
     else if (m_setupWindow && (m_setupWindow->isVisible() || !m_mainWindow->isVisible()))

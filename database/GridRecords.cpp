@@ -144,6 +144,7 @@ void GridRecords::Arrange() {
         std::size_t row;
     };
     std::vector<Entry> entries;
+    entries.reserve(m_rows.size());
     for (std::size_t row = 0; row < m_rows.size(); ++row) {
         const QVariant& value = m_rows[row].values[index];
         const QString note = column.field.isEmpty() ? NoteText(m_rows[row].keys[0]) : QString();
@@ -165,6 +166,7 @@ void GridRecords::Arrange() {
         return one.isNumber ? one.number < other.number : collator.compare(one.text, other.text) < 0;
     });
     std::vector<Row> arranged;
+    arranged.reserve(entries.size());
     for (const Entry& entry : entries)
         arranged.push_back(std::move(m_rows[entry.row]));
     m_rows = std::move(arranged);
