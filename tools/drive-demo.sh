@@ -56,7 +56,7 @@ picture() {
 await_window "Open"
 picture 1-open
 xdotool key Return
-await_window "Setup Queue System"
+await_window "Setup Queue System - Harbinet.mdb"
 picture 2-database
 for tab in 2-scan-plan 3-main-display 4-hub-assignment; do
     xdotool key "alt+${tab%%-*}"
@@ -73,7 +73,7 @@ import -window root "$pictures/4-loading.png"
 await_window "Orvex"
 picture 5-done
 xdotool key Return
-await_window "Setup Queue System"
+await_window "Setup Queue System - Harbinet.mdb"
 # The designer, for printers on the DB9 port, with the form of the demonstration.
 for keys in alt+c "Down Right" "Down Right" "Down Right"; do
     # shellcheck disable=SC2086 # several keys in a word
@@ -84,7 +84,7 @@ xdotool key Return
 await_window "Ticket Design"
 picture 6-ticket-design
 xdotool key alt+F4
-await_window "Setup Queue System"
+await_window "Setup Queue System - Harbinet.mdb"
 xdotool key alt+c
 sleep 0.3
 xdotool key m
