@@ -25,19 +25,9 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QKeyEvent>
-#include <QScreen>
 #include <QUrl>
 
 namespace {
-
-/// Makes a window no larger than the screen has room, beside panels and the frame that it will get.
-void KeepOnScreen(QWidget& window) {
-    constexpr QSize Frame(8, 36);
-    const bool isFramed = (window.windowType() == Qt::Window || window.windowType() == Qt::Dialog) &&
-                          !window.windowFlags().testFlag(Qt::FramelessWindowHint);
-    if (isFramed && !window.isMaximized() && !window.isFullScreen())
-        window.resize(window.size().boundedTo(window.screen()->availableSize() - Frame));
-}
 
 void ToFront(QWidget& window) {
     window.show();
@@ -50,6 +40,7 @@ void ToFront(QWidget& window) {
 Program::Program(const ProgramFolders& folders, Clock& clock, Dialogs& dialogs, std::unique_ptr<ShellIcon> shell)
     : m_folders(folders)
     , m_dialogs(dialogs)
+    , m_places(folders.user + QStringLiteral("/Windows.ini"))
     , m_station(std::make_unique<Station>(folders, Station::Machine{clock, m_port, dialogs}))
     , m_registry(RegistryStore::OfUser(folders.user))
     , m_shell(std::move(shell)) {
@@ -243,9 +234,6 @@ bool Program::eventFilter(QObject* watched, QEvent* event) {
             ShowHelp(HelpPage());
         return true;
     }
-    auto* const window = qobject_cast<QWidget*>(watched);
-    if (event->type() == QEvent::Show && window && window->isWindow() && !event->spontaneous())
-        KeepOnScreen(*window);
     return QObject::eventFilter(watched, event);
 }
 

@@ -4,6 +4,7 @@
 #include "platform/SerialControl.h"
 #include "station/ProgramFolders.h"
 #include "widgets/ShellIcon.h"
+#include "widgets/WindowPlaces.h"
 
 #include <QObject>
 #include <QPointer>
@@ -83,6 +84,7 @@ private:
 
     const ProgramFolders m_folders;
     Dialogs& m_dialogs;
+    WindowPlaces m_places;
     SerialControl m_port;
     std::unique_ptr<Station> m_station;
     const RegistryStore m_registry;

@@ -6,6 +6,7 @@
 #include "platform/WholeFile.h"
 #include "station/Station.h"
 #include "tickets/VniText.h"
+#include "widgets/FlowLayout.h"
 
 #include <QApplication>
 #include <QBuffer>
@@ -43,6 +44,7 @@ frmBusMonitor::frmBusMonitor(Station& station)
     , m_ui(std::make_unique<Ui::frmBusMonitor>())
     , m_model(new TraceModel(station.Trace(), station.Model(), this)) {
     m_ui->setupUi(this);
+    FlowLayout::InPlaceOf(*m_ui->barLayout);
     setAttribute(Qt::WA_DeleteOnClose);
     SetUpTable();
     ListCommands();

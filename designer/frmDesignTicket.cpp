@@ -7,6 +7,7 @@
 #include "station/Station.h"
 #include "tickets/RichText.h"
 #include "tickets/VniText.h"
+#include "widgets/FlowLayout.h"
 #include "widgets/OutcomeBox.h"
 
 #include <QApplication>
@@ -99,6 +100,8 @@ frmDesignTicket::frmDesignTicket(Station& station, QWidget* parent)
     , m_dialogs(station.dialogs)
     , m_ui(std::make_unique<Ui::frmDesignTicket>()) {
     m_ui->setupUi(this);
+    FlowLayout::InPlaceOf(*m_ui->formatsLayout);
+    FlowLayout::InPlaceOf(*m_ui->bottomLayout);
     setWindowModality(Qt::ApplicationModal);
     setAttribute(Qt::WA_DeleteOnClose);
     m_ui->scrPreview->setWidgetResizable(true);

@@ -124,8 +124,8 @@ void frmMain::InitScrolling() {
     m_ui->mapView->setPalette(around);
     m_ui->mapView->setAutoFillBackground(true);
     m_ui->mapView->installEventFilter(this);
-    connect(m_ui->VScroll1, &QScrollBar::valueChanged, this,
-            [this](int value) { m_ui->frmQObjs->move(m_ui->frmQObjs->x(), -value); });
+    for (const QScrollBar* bar : {m_ui->VScroll1, m_ui->HScroll1})
+        connect(bar, &QScrollBar::valueChanged, this, &frmMain::PlaceMap);
     connect(m_ui->frmQObjs, &ObjectMap::PictureFocused, this, &frmMain::ScrollTo);
 }
 
@@ -318,6 +318,15 @@ void frmMain::CountSecond() {
         m_ui->Frame1->hide();
 }
 
+void frmMain::PlaceMap() {
+    ObjectMap& map = *m_ui->frmQObjs;
+    const QSize beyond = map.size() - m_ui->mapView->size();
+    m_ui->VScroll1->setMaximum(std::max(0, beyond.height()));
+    m_ui->HScroll1->setMaximum(std::max(0, beyond.width()));
+    m_ui->HScroll1->setVisible(beyond.width() > 0);
+    map.move(beyond.width() > 0 ? -m_ui->HScroll1->value() : -beyond.width() / 2, -m_ui->VScroll1->value());
+}
+
 void frmMain::ScrollTo(const QRect& place) {
     QScrollBar& bar = *m_ui->VScroll1;
     if (place.top() < bar.value())
@@ -411,9 +420,7 @@ void frmMain::changeEvent(QEvent* event) {
 
 bool frmMain::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::Resize) {
-        ObjectMap& map = *m_ui->frmQObjs;
-        m_ui->VScroll1->setMaximum(std::max(0, map.height() - m_ui->mapView->height()));
-        map.move(std::max(0, (m_ui->mapView->width() - map.width()) / 2), -m_ui->VScroll1->value());
+        PlaceMap();
     } else if (event->type() == QEvent::Wheel) {
         QApplication::sendEvent(m_ui->VScroll1, event);
         return true;

@@ -82,6 +82,8 @@ private:
     void ShowBusy(bool busy);
     void ShowCancelledBefore();
     void CountSecond();
+    /// Moves the map to where the scroll bars say; in the middle where there is room for all of it.
+    void PlaceMap();
     void ScrollTo(const QRect& place);
     void ShowInfo(int object);
     void ShowInfoLines(const QStringList& lines);

@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr int LogFrame = 12; ///< pixels around the lines of the bus
+
 // Places of columns.
 constexpr int ServiceName = 1;   ///< in TDBGridQueue
 constexpr int ServiceSeries = 4; ///< in TDBGridQueue
@@ -47,6 +49,13 @@ DatabasePage::DatabasePage(QWidget* parent)
     m_ui->setupUi(this);
     // The objects have more columns than the counters of a service.
     m_ui->splObjects->setSizes({6000, 4000});
+    // The bus has two lines; of the rest the objects, of which a hall has most, have the larger part.
+    const int lines = 2 * QFontMetrics(m_ui->txtLog1->font()).lineSpacing() + LogFrame;
+    m_ui->txtLog1->setMinimumHeight(lines);
+    m_ui->splServices->setSizes({2600, 7400, 0});
+    m_ui->splServices->setStretchFactor(0, 26);
+    m_ui->splServices->setStretchFactor(1, 74);
+    m_ui->splServices->setStretchFactor(2, 0);
 }
 
 DatabasePage::~DatabasePage() = default;

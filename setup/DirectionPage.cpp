@@ -3,6 +3,7 @@
 #include "setup/SetupRecords.h"
 #include "setup/ui_DirectionPage.h"
 #include "station/Station.h"
+#include "widgets/FrozenColumn.h"
 #include "widgets/OutcomeBox.h"
 
 #include <QPointer>
@@ -28,6 +29,7 @@ DirectionPage::~DirectionPage() = default;
 void DirectionPage::SetUp() {
     m_ui->TDBGrid1->SetRecords(&Records().directions);
     m_ui->TDBGrid1->OpenListsByClick();
+    new FrozenColumn(*m_ui->TDBGrid1);
     connect(&Records().directions, &GridModel::RecordsChanged, this, &DirectionPage::ShowUnstored);
     connect(&Records().directions, &GridModel::modelReset, this, &DirectionPage::ShowUnstored);
     OnClick(m_ui->cmdUpdate, [this] { Update(); });

@@ -19,7 +19,6 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QShortcut>
-#include <QSplitter>
 #include <QTimer>
 
 namespace {
@@ -94,7 +93,6 @@ frmQueue::frmQueue(Station& station, QWidget* parent)
     m_records->Load();
     ShowFindings();
     ShowHall();
-    RestorePlaces();
     m_ui->TabStrip1->setCurrentIndex(0);
     findChild<DataGrid*>(QStringLiteral("TDBGridQueue"))->setFocus();
 }
@@ -360,24 +358,6 @@ QString frmQueue::PlacesFile() const {
     return m_station.ProgramFolder + QStringLiteral("/Windows.ini");
 }
 
-void frmQueue::RestorePlaces() {
-    QSettings places(PlacesFile(), QSettings::IniFormat);
-    places.beginGroup(objectName());
-    restoreGeometry(places.value(QStringLiteral("Geometry")).toByteArray());
-    for (QSplitter* splitter : findChildren<QSplitter*>())
-        splitter->restoreState(places.value(splitter->objectName()).toByteArray());
-    m_ui->dckCheck->setVisible(places.value(m_ui->dckCheck->objectName()).toBool());
-}
-
-void frmQueue::KeepPlaces() {
-    QSettings places(PlacesFile(), QSettings::IniFormat);
-    places.beginGroup(objectName());
-    places.setValue(QStringLiteral("Geometry"), saveGeometry());
-    for (const QSplitter* splitter : findChildren<QSplitter*>())
-        places.setValue(splitter->objectName(), splitter->saveState());
-    places.setValue(m_ui->dckCheck->objectName(), !m_ui->dckCheck->isHidden());
-}
-
 void frmQueue::closeEvent(QCloseEvent* event) {
     // A text that the store refuses must not go with the window, nor must directions that nobody stored.
     if (!DataGrid::CommitAll(*this)) {
@@ -396,7 +376,6 @@ void frmQueue::closeEvent(QCloseEvent* event) {
         });
         return;
     }
-    KeepPlaces();
     event->accept();
     Q_EMIT Closed();
 }

@@ -25,7 +25,7 @@ class frmQueue;
 
 /// The setup window: edits the database directly and starts the commands that set devices up.
 ///
-/// Its places (splitters, size, whether the findings show) are kept in Windows.ini of the program folder.
+/// The databases that were open last are kept in Windows.ini of the program folder.
 class frmQueue : public QMainWindow {
     Q_OBJECT
 
@@ -121,8 +121,6 @@ private:
     void ShowHint();
     void GoToFinding(int index);
     void Mend(const Finding& finding);
-    void RestorePlaces();
-    void KeepPlaces();
     QString PlacesFile() const;
 
     Station& m_station;

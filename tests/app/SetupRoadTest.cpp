@@ -24,6 +24,7 @@ protected:
         m_window->resize(1280, 800);
         ASSERT_TRUE(QTest::qWaitForWindowActive(m_window));
         m_hands.emplace(*m_window);
+        m_hands->GoToTab(1);
     }
 
     void End() {

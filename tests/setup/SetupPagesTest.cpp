@@ -1,8 +1,11 @@
 #include "tests/setup/SetupWindow.h"
+#include "widgets/WindowPlaces.h"
 
+#include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
 #include <QSplitter>
+#include <QTabWidget>
 
 namespace {
 
@@ -394,16 +397,27 @@ TEST_F(SetupPagesTest, AFindingIsCountedMarkedAndGoneTo) {
 }
 
 TEST_F(SetupPagesTest, PlacesAreKeptForTheNextTime) {
+    const WindowPlaces places(Path(QStringLiteral("Windows.ini")));
     Show();
-    m_window->resize(1200, 760);
+    m_window->resize(1200, 690);
     QApplication::processEvents();
     auto& splitter = m_hands->Find<QSplitter>("splObjects");
     splitter.setSizes({300, 800});
     m_hands->ClickButton("cmdCheck");
     const QList<int> sizes = splitter.sizes();
+    QHeaderView& head = *Grid("TDBGridDisplay").horizontalHeader();
+    const QPoint edge(head.sectionViewportPosition(1) - 1, head.height() / 2);
+    QTest::mousePress(head.viewport(), Qt::LeftButton, {}, edge);
+    QTest::mouseMove(head.viewport(), edge + QPoint(40, 0));
+    QTest::mouseRelease(head.viewport(), Qt::LeftButton, {}, edge + QPoint(60, 0));
+    const int width = head.sectionSize(0);
+    GoToTab(4);
     m_window->close();
-    Show();
-    EXPECT_EQ(m_window->size(), QSize(1200, 760));
+    SetupWindow::Show();
+    EXPECT_EQ(m_hands->Find<QTabWidget>("TabStrip1").currentIndex(), 3);
+    GoToTab(1);
+    EXPECT_EQ(Grid("TDBGridDisplay").horizontalHeader()->sectionSize(0), width);
+    EXPECT_EQ(m_window->size(), QSize(1200, 690));
     EXPECT_EQ(m_hands->Find<QSplitter>("splObjects").sizes(), sizes);
     EXPECT_TRUE(m_hands->Find<QListWidget>("lstFindings").isVisible());
 }
